@@ -1,0 +1,190 @@
+#include "oruplatform/chunk.h"
+
+#include <atomic>
+#include <cstdlib>
+#include <new>
+
+#include "platform/chunk_pool.h"
+#include "platform/codes.h"
+#include "platform/failure_hook.h"
+#include "platform/sanitizers.h"
+
+namespace oru::platform {
+
+namespace {
+
+std::atomic<Pool *> g_pools{nullptr};
+std::atomic<uint32_t> g_pool_count{0};
+
+__extension__ using Wide = unsigned __int128;
+
+constexpr uint64_t kAlignment = 16;
+
+// The checked builds keep a poisoned gap behind each element.
+uint64_t stride_for(size_t element_size) {
+    const uint64_t rounded = (element_size + kAlignment - 1) / kAlignment * kAlignment;
+    return kWithAsan ? rounded + kAlignment : rounded;
+}
+
+// Small slabs share a span, so that a pool that grows by single elements does not use up the range.
+uint64_t span_elements_for(uint64_t stride, uint64_t slab_count) {
+    const uint64_t of_unit = (kUnit - 64) / (stride + 1);
+    return slab_count < of_unit ? of_unit : slab_count;
+}
+
+uint64_t max_slabs_for(uintptr_t flags) {
+    if ((flags & CHUNK_FLAG_GROW) == 0) {
+        return 1;
+    }
+    return (flags & CHUNK_FLAG_MAX_SLABS_MASK) >> CHUNK_FLAG_MAX_SLABS_SHIFT;
+}
+
+// Of a pool with a cap, threads keep at most an eighth each, so that a few of them can share it.
+uint32_t magazine_limit_for(uint64_t slab_count, uint64_t max_slabs) {
+    if (max_slabs == 0 || slab_count >= CHUNK_MAGAZINE_SIZE * uint64_t{8}) {
+        return CHUNK_MAGAZINE_SIZE;
+    }
+    const uint64_t share = slab_count * max_slabs / 8;
+    return share < 1
+               ? 1
+               : static_cast<uint32_t>(share < CHUNK_MAGAZINE_SIZE ? share : CHUNK_MAGAZINE_SIZE);
+}
+
+Pool *make_pool(size_t element_size, uint64_t count, uintptr_t flags, uint32_t tag) {
+    void *memory = aligned_alloc(alignof(Pool), sizeof(Pool));
+    if (memory == nullptr) {
+        return nullptr;
+    }
+    auto *pool = new (memory) Pool{};
+    pool->stride = stride_for(element_size);
+    pool->tag = tag;
+    pool->element_size = element_size;
+    pool->slab_count = count;
+    pool->max_slabs = max_slabs_for(flags);
+    pool->span_elements = span_elements_for(pool->stride, count);
+    pool->magazine_limit = magazine_limit_for(count, pool->max_slabs);
+    pthread_mutex_init(&pool->lock, nullptr);
+    return pool;
+}
+
+void publish(Pool *pool) {
+    pool->index = g_pool_count.fetch_add(1);
+    pool->next = g_pools.load();
+    while (!g_pools.compare_exchange_weak(pool->next, pool)) {
+    }
+}
+
+inline void *hand_out(const Pool &pool, Magazine &magazine) {
+    const FreeElement taken = magazine.elements[--magazine.count];
+    magazine.takes.add(1);
+    __atomic_store_n(taken.mark, uint8_t{1}, __ATOMIC_RELAXED);
+    unpoison(taken.element, pool.element_size);
+    return taken.element;
+}
+
+// The mark of a live element of the pool; null for any other address.
+inline uint8_t *live_mark(const Pool &pool, const void *element) {
+    const Span *span = span_of(element);
+    if (span == nullptr || span->pool != &pool) {
+        return nullptr;
+    }
+    const auto offset = static_cast<size_t>(static_cast<const char *>(element) - span->elements);
+    if (offset >= span->bytes) {
+        return nullptr;
+    }
+    const auto index = static_cast<uint64_t>((static_cast<Wide>(offset) * span->inverse) >> 64);
+    uint8_t *mark = span->marks + index;
+    const bool live =
+        index * span->stride == offset && __atomic_load_n(mark, __ATOMIC_RELAXED) == 1;
+    return live ? mark : nullptr;
+}
+
+}  // namespace
+
+const Pool *first_pool() {
+    return g_pools.load(std::memory_order_acquire);
+}
+
+const Pool *next_pool(const Pool &pool) {
+    return pool.next;
+}
+
+}  // namespace oru::platform
+
+using namespace oru::platform;
+
+void *chunk_create_poolheap(size_t element_size, intptr_t count, uintptr_t flags, int32_t,
+                            uint32_t tag) {
+    if (element_size == 0 || element_size > CHUNK_MAX_ELEMENT_SIZE || count < 1 || fails_tag(tag) ||
+        !reserve_arena()) {
+        return nullptr;
+    }
+    const auto slab_count = static_cast<uint64_t>(count);
+    const size_t slab_size = span_size(stride_for(element_size), slab_count);
+    if (slab_size == 0 || slab_size > g_arena.size) {
+        return nullptr;
+    }
+    Pool *pool = make_pool(element_size, slab_count, flags, tag);
+    if (pool != nullptr && (flags & CHUNK_FLAG_PREALLOCATE) != 0 && !preallocate(*pool)) {
+        free(pool->depot);
+        free(pool);
+        return nullptr;
+    }
+    if (pool != nullptr) {
+        publish(pool);
+    }
+    return pool;
+}
+
+void *chunk_malloc(void *handle) {
+    if (handle == nullptr) {
+        return nullptr;
+    }
+    Pool &pool = *static_cast<Pool *>(handle);
+    if (must_fail(pool.tag)) {
+        return nullptr;
+    }
+    Magazine *magazine = find_magazine(pool);
+    if (magazine == nullptr || magazine->count == 0) {
+        return take_slowly(pool);
+    }
+    return hand_out(pool, *magazine);
+}
+
+int32_t chunk_free(void *handle, void *element) {
+    if (handle == nullptr) {
+        return 0;
+    }
+    Pool &pool = *static_cast<Pool *>(handle);
+    uint8_t *mark = live_mark(pool, element);
+    if (mark == nullptr) {
+        count_refusal(pool);
+        return 0;
+    }
+    __atomic_store_n(mark, uint8_t{0}, __ATOMIC_RELAXED);
+    poison(element, pool.element_size);
+    Magazine *magazine = find_magazine(pool);
+    if (magazine == nullptr || magazine->count >= magazine->limit) {
+        give_back_slowly(pool, {.element = element, .mark = mark});
+        return 1;
+    }
+    magazine->elements[magazine->count++] = {.element = element, .mark = mark};
+    magazine->returns.add(1);
+    return 1;
+}
+
+int32_t chunk_pool_stats(void *pool, chunk_stats_t *out_stats) {
+    if (pool == nullptr || out_stats == nullptr) {
+        return kInvalid;
+    }
+    *out_stats = pool_stats(*static_cast<Pool *>(pool));
+    return kOk;
+}
+
+uint64_t chunk_live_elements(void) {
+    uint64_t live = 0;
+    for (const Pool *pool = first_pool(); pool != nullptr; pool = next_pool(*pool)) {
+        live += pool_stats(*pool).live;
+    }
+    return live;
+}
