@@ -1,0 +1,3 @@
+target_sources(oruapi PRIVATE
+  do/properties_settings.cpp
+  do/strbuf.cpp)

@@ -1,0 +1,11 @@
+target_sources(oruapi PRIVATE
+  frame/backend.cpp
+  frame/dispatch.cpp
+  frame/iter.cpp
+  frame/lib.cpp
+  frame/location.cpp
+  frame/location_keys.cpp
+  frame/pool.cpp
+  frame/rc.cpp
+  frame/tags.cpp
+  frame/threads.cpp)

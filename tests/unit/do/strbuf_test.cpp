@@ -1,0 +1,339 @@
+#include "oru/strbuf.h"
+
+#include <gtest/gtest.h>
+#include <oruplatform/poolheap.h>
+
+#include <cstdio>
+#include <string>
+
+#include "oru/rc.h"
+#include "tests/support/child.h"
+#include "tests/support/death.h"
+#include "tests/support/oom.h"
+#include "tests/support/trace_capture.h"
+
+namespace {
+
+using oru::test::Trace;
+using oru::test::TraceCapture;
+
+class Strbuf : public testing::Test {
+  protected:
+    ~Strbuf() override { oru_do_strbuf_deref(buf); }
+    std::string text() const { return oru_do_strbuf_to_string(buf); }
+
+    // From now on the buffer holds what it held and is in the failed state.
+    void fail() {
+        poolheap_fail_nth(1, 1);
+        oru_do_strbuf_add_tab(buf, 100000);
+        poolheap_fail_off();
+        ASSERT_EQ(oru_do_strbuf_get_err(buf), 10002);
+    }
+
+    ORUDoStrbuf *buf = oru_do_strbuf_new();
+};
+
+TEST_F(Strbuf, StartsEmptyAndHealthy) {
+    EXPECT_EQ(text(), "");
+    EXPECT_EQ(oru_do_strbuf_get_len(buf), 0);
+    EXPECT_EQ(oru_do_strbuf_get_err(buf), 0);
+}
+
+TEST_F(Strbuf, AppendsGiveTheNewLength) {
+    EXPECT_EQ(oru_do_strbuf_add_string(buf, "abc"), 3);
+    EXPECT_EQ(oru_do_strbuf_add_char(buf, 'd'), 4);
+    EXPECT_EQ(oru_do_strbuf_add_string_l(buf, "efgh", 2), 6);
+    EXPECT_EQ(oru_do_strbuf_add_long(buf, -12), 9);
+    EXPECT_EQ(oru_do_strbuf_add_unsigned_long(buf, 7), 10);
+    EXPECT_EQ(oru_do_strbuf_add_tab(buf, 2), 12);
+    EXPECT_EQ(text(), "abcdef-127\t\t");
+}
+
+TEST_F(Strbuf, AnEmptyTextGivesMinusOneAndChangesNothing) {
+    oru_do_strbuf_add_string(buf, "a");
+    EXPECT_EQ(oru_do_strbuf_add_string(buf, ""), -1);
+    EXPECT_EQ(oru_do_strbuf_add_string_l(buf, "x", 0), -1);
+    EXPECT_EQ(oru_do_strbuf_add_string_l(buf, "x", -1), -1);
+    EXPECT_EQ(text(), "a");
+    EXPECT_EQ(oru_do_strbuf_get_err(buf), 0);
+}
+
+TEST_F(Strbuf, GrowsAtTheTwoHundredFiftySixthByte) {
+    TraceCapture traces;
+    oru_do_strbuf_add_string(buf, std::string(255, 'x').c_str());
+    EXPECT_TRUE(traces.lines().empty());
+    EXPECT_EQ(oru_do_strbuf_add_char(buf, 'y'), 256);
+    EXPECT_EQ(traces.lines(), (std::vector<Trace>{{7, "oru_do_strbuf resize new_size=514"}}));
+    EXPECT_EQ(text(), std::string(255, 'x') + "y");
+}
+
+TEST_F(Strbuf, SizesRunFrom256To514To1030To2062) {
+    TraceCapture traces;
+    for (int i = 0; i < 1500; ++i)
+        oru_do_strbuf_add_char(buf, 'z');
+    EXPECT_EQ(traces.at(7), (std::vector<std::string>{"oru_do_strbuf resize new_size=514",
+                                                      "oru_do_strbuf resize new_size=1030",
+                                                      "oru_do_strbuf resize new_size=2062"}));
+    EXPECT_EQ(text(), std::string(1500, 'z'));
+}
+
+TEST_F(Strbuf, AnAppendThatNeedsMoreThanTwiceTheSizeGetsWhatItNeeds) {
+    TraceCapture traces;
+    oru_do_strbuf_add_string(buf, std::string(1000, 'x').c_str());
+    EXPECT_EQ(traces.at(7), (std::vector<std::string>{"oru_do_strbuf resize new_size=1001"}));
+}
+
+TEST_F(Strbuf, NumbersAskForTheirRoomAhead) {
+    TraceCapture traces;
+    oru_do_strbuf_add_string(buf, std::string(216, 'x').c_str());
+    oru_do_strbuf_add_long(buf, 1);
+    EXPECT_TRUE(traces.at(7).empty());  // 216 + 40 fits
+    oru_do_strbuf_add_unsigned_long(buf, 2);
+    EXPECT_EQ(traces.at(7), (std::vector<std::string>{"oru_do_strbuf resize new_size=514"}));
+    oru_do_strbuf_add_double(buf, 0.5);  // 218 + 512 = 730
+    EXPECT_EQ(traces.at(7).back(), "oru_do_strbuf resize new_size=1030");
+    EXPECT_EQ(text(), std::string(216, 'x') + "120.5");
+}
+
+TEST_F(Strbuf, NumbersPrintAsPrintfDoes) {
+    oru_do_strbuf_add_long(buf, INT64_MIN);
+    oru_do_strbuf_add_char(buf, ' ');
+    oru_do_strbuf_add_unsigned_long(buf, UINT64_MAX);
+    oru_do_strbuf_add_char(buf, ' ');
+    oru_do_strbuf_add_double(buf, 1e100);
+    oru_do_strbuf_add_char(buf, ' ');
+    oru_do_strbuf_add_double(buf, 0.1);
+    oru_do_strbuf_add_char(buf, ' ');
+    oru_do_strbuf_add_double(buf, 1234567);
+    EXPECT_EQ(text(), "-9223372036854775808 18446744073709551615 1e+100 0.1 1.23457e+06");
+}
+
+TEST_F(Strbuf, CountedTextStopsAtAZeroAndStillCounts) {
+    EXPECT_EQ(oru_do_strbuf_add_string_l(buf, "ab\0cd", 5), 5);
+    EXPECT_EQ(text(), "ab");
+    EXPECT_EQ(oru_do_strbuf_get_len(buf), 5);
+}
+
+TEST_F(Strbuf, AZeroByteCountsThoughItEndsTheText) {
+    oru_do_strbuf_add_char(buf, 'a');
+    EXPECT_EQ(oru_do_strbuf_add_char(buf, 0), 2);
+    EXPECT_EQ(text(), "a");
+}
+
+TEST_F(Strbuf, OnlyTheLowByteOfACharIsTaken) {
+    EXPECT_EQ(oru_do_strbuf_add_char(buf, 0x4241), 1);
+    EXPECT_EQ(text(), "A");
+}
+
+TEST_F(Strbuf, ExcludedBytesAreLeftOut) {
+    EXPECT_EQ(oru_do_strbuf_add_string_l_excl(buf, "a-b.c", 5, "-."), 3);
+    EXPECT_EQ(oru_do_strbuf_add_string_l_excl(buf, "d-e", 3, nullptr), 6);
+    EXPECT_EQ(oru_do_strbuf_add_string_l_excl(buf, "f", 0, nullptr), 6);
+    EXPECT_EQ(text(), "abcd-e");
+}
+
+TEST_F(Strbuf, SqlNamesHaveUnderscoresForDots) {
+    EXPECT_EQ(oru_do_strbuf_add_string_encode_for_sql(buf, "a.b"), 4);
+    EXPECT_EQ(text(), "_a_b");
+    EXPECT_EQ(oru_do_strbuf_add_string_encode_for_sql(buf, ""), 5);
+    EXPECT_EQ(oru_do_strbuf_add_string_encode_for_sql(buf, nullptr), 5);
+    EXPECT_EQ(text(), "_a_b_");
+}
+
+TEST_F(Strbuf, XmlTextHasTheFiveEntities) {
+    EXPECT_EQ(oru_do_strbuf_add_string_encode_for_xml(buf, "a\"&'<>b"), 27);
+    EXPECT_EQ(text(), "a&quot;&amp;&apos;&lt;&gt;b");
+    EXPECT_EQ(oru_do_strbuf_add_string_encode_for_xml(buf, ""), 27);
+    EXPECT_EQ(oru_do_strbuf_add_string_encode_for_xml(buf, nullptr), 27);
+}
+
+TEST_F(Strbuf, HexadecimalRunsAndGroups) {
+    const uint8_t bytes[] = {0xab, 0xcd};
+    oru_do_strbuf_add_hexbuf(buf, bytes, 2);
+    oru_do_strbuf_add_char(buf, ' ');
+    oru_do_strbuf_add_hexbuf_sep(buf, bytes, 2, ":", 1);
+    oru_do_strbuf_add_char(buf, ' ');
+    oru_do_strbuf_add_hexbuf_sep(buf, bytes, 2, ":", 2);
+    oru_do_strbuf_add_char(buf, ' ');
+    oru_do_strbuf_add_hexbuf_sep_l(buf, bytes, 2, ":", 1);
+    EXPECT_EQ(text(), "ABCD AB:CD ABCD ab:cd");
+}
+
+TEST_F(Strbuf, NoSeparatorWithoutATextOrAGroup) {
+    const uint8_t bytes[] = {0, 1, 2};
+    EXPECT_EQ(oru_do_strbuf_add_hexbuf_sep(buf, bytes, 3, nullptr, 1), 6);
+    EXPECT_EQ(oru_do_strbuf_add_hexbuf_sep(buf, bytes, 3, ":", 0), 12);
+    EXPECT_EQ(oru_do_strbuf_add_hexbuf_sep(buf, bytes, 3, ":", -1), 18);
+    EXPECT_EQ(oru_do_strbuf_add_hexbuf_sep_l(buf, bytes, 0, ":", 1), 18);
+    EXPECT_EQ(text(), "000102000102000102");
+}
+
+TEST_F(Strbuf, SeparatorsMayBeLongAndGroupsUneven) {
+    const uint8_t bytes[] = {1, 2, 3, 4, 5};
+    EXPECT_EQ(oru_do_strbuf_add_hexbuf_sep(buf, bytes, 5, "--", 2), 14);
+    EXPECT_EQ(text(), "0102--0304--05");
+}
+
+TEST_F(Strbuf, NoTabsBelowOne) {
+    EXPECT_EQ(oru_do_strbuf_add_tab(buf, 0), 0);
+    EXPECT_EQ(oru_do_strbuf_add_tab(buf, -3), 0);
+}
+
+TEST_F(Strbuf, AKnownEndingComesOff) {
+    oru_do_strbuf_add_string(buf, "a, b, ");
+    EXPECT_EQ(oru_do_strbuf_remove_ftr(buf, "; "), -1);
+    EXPECT_EQ(text(), "a, b, ");
+    EXPECT_EQ(oru_do_strbuf_remove_ftr(buf, ", "), 4);
+    EXPECT_EQ(text(), "a, b");
+    EXPECT_EQ(oru_do_strbuf_add_char(buf, '.'), 5);
+    EXPECT_EQ(text(), "a, b.");
+}
+
+TEST_F(Strbuf, ClearKeepsTheCapacity) {
+    oru_do_strbuf_add_string(buf, std::string(400, 'x').c_str());
+    oru_do_strbuf_clear(buf);
+    EXPECT_EQ(text(), "");
+    EXPECT_EQ(oru_do_strbuf_get_len(buf), 0);
+    TraceCapture traces;
+    oru_do_strbuf_add_string(buf, std::string(500, 'y').c_str());
+    EXPECT_TRUE(traces.lines().empty());
+}
+
+TEST_F(Strbuf, AFailedBufferKeepsItsTextUntilItIsCleared) {
+    oru_do_strbuf_add_string(buf, "kept");
+    fail();
+    const uint8_t byte = 1;
+    EXPECT_EQ(oru_do_strbuf_add_char(buf, 'x'), -1);
+    EXPECT_EQ(oru_do_strbuf_add_string(buf, "x"), -1);
+    EXPECT_EQ(oru_do_strbuf_add_string_l(buf, "x", 1), -1);
+    EXPECT_EQ(oru_do_strbuf_add_long(buf, 1), -1);
+    EXPECT_EQ(oru_do_strbuf_add_unsigned_long(buf, 1), -1);
+    EXPECT_EQ(oru_do_strbuf_add_double(buf, 1), -1);
+    EXPECT_EQ(oru_do_strbuf_add_tab(buf, 1), 4);
+    EXPECT_EQ(oru_do_strbuf_add_string_l_excl(buf, "x", 1, nullptr), 4);
+    EXPECT_EQ(oru_do_strbuf_add_string_encode_for_sql(buf, "x"), 4);
+    EXPECT_EQ(oru_do_strbuf_add_string_encode_for_xml(buf, "x"), 4);
+    EXPECT_EQ(oru_do_strbuf_add_hexbuf(buf, &byte, 1), 4);
+    EXPECT_EQ(oru_do_strbuf_add_hexbuf_sep(buf, &byte, 1, ":", 1), 4);
+    EXPECT_EQ(oru_do_strbuf_add_hexbuf_sep_l(buf, &byte, 1, ":", 1), 4);
+    EXPECT_EQ(oru_do_strbuf_remove_ftr(buf, "pt"), -1);
+    EXPECT_EQ(text(), "kept");
+
+    oru_do_strbuf_clear(buf);
+    EXPECT_EQ(oru_do_strbuf_get_err(buf), 0);
+    EXPECT_EQ(oru_do_strbuf_add_string(buf, "works"), 5);
+}
+
+TEST_F(Strbuf, AFailedGrowthOfHeapStorageKeepsTheTextToo) {
+    const std::string kept(600, 'k');
+    oru_do_strbuf_add_string(buf, kept.c_str());
+    fail();
+    EXPECT_EQ(text(), kept);
+    oru_do_strbuf_clear(buf);
+    EXPECT_EQ(oru_do_strbuf_add_char(buf, 'a'), 1);
+}
+
+TEST_F(Strbuf, MoreThanTheLengthCanCountFails) {
+    EXPECT_EQ(oru_do_strbuf_add_string(buf, "a"), 1);
+    EXPECT_EQ(oru_do_strbuf_add_tab(buf, INT32_MAX), 1);
+    EXPECT_EQ(oru_do_strbuf_get_err(buf), 10002);
+    EXPECT_EQ(text(), "a");
+}
+
+TEST_F(Strbuf, ACopyBelongsToTheCaller) {
+    oru_do_strbuf_add_string(buf, "text");
+    char *copy = nullptr;
+    char *result = oru_do_strbuf_to_string_ptr(buf, &copy);
+    EXPECT_EQ(result, copy);
+    EXPECT_STREQ(copy, "text");
+    ph_free_named(copy);
+}
+
+TEST_F(Strbuf, ACopyThatCannotBeHadLeavesTheOutput) {
+    char *copy = reinterpret_cast<char *>(buf);
+    poolheap_fail_nth(1, 1);
+    EXPECT_EQ(oru_do_strbuf_to_string_ptr(buf, &copy), nullptr);
+    poolheap_fail_off();
+    EXPECT_EQ(copy, reinterpret_cast<char *>(buf));
+}
+
+TEST_F(Strbuf, PrintsOnAStream) {
+    oru_do_strbuf_add_string(buf, "on a stream");
+    FILE *stream = std::tmpfile();
+    EXPECT_GE(oru_do_strbuf_print_fp(buf, stream), 0);
+    std::rewind(stream);
+    char line[32] = "";
+    EXPECT_NE(std::fgets(line, sizeof line, stream), nullptr);
+    EXPECT_STREQ(line, "on a stream");
+    std::fclose(stream);
+}
+
+TEST(StrbufBirth, WithoutStorageIsTheFailedState) {
+    poolheap_fail_nth(2, 0);
+    ORUDoStrbuf *buf = oru_do_strbuf_new();
+    poolheap_fail_off();
+    ASSERT_NE(buf, nullptr);
+    EXPECT_EQ(oru_do_strbuf_get_err(buf), 10002);
+    EXPECT_EQ(oru_do_strbuf_to_string(buf), nullptr);
+    EXPECT_EQ(oru_do_strbuf_add_char(buf, 'a'), -1);
+    EXPECT_EQ(oru_do_strbuf_remove_ftr(buf, ""), -1);
+    EXPECT_EQ(oru_do_strbuf_print_fp(buf, stdout), 0);
+    char *copy = nullptr;
+    EXPECT_EQ(oru_do_strbuf_to_string_ptr(buf, &copy), nullptr);
+    oru_do_strbuf_clear(buf);
+    EXPECT_EQ(oru_do_strbuf_get_err(buf), 10002);
+    oru_do_strbuf_deref(buf);
+}
+
+TEST(StrbufBirth, WithoutARecordIsNull) {
+    poolheap_fail_nth(1, 0);
+    EXPECT_EQ(oru_do_strbuf_new(), nullptr);
+    poolheap_fail_off();
+}
+
+TEST(StrbufMemory, EveryAllocationMayFail) {
+    oru::test::sweep_oom(
+        [] {
+            ORUDoStrbuf *buf = oru_do_strbuf_new();
+            if (buf == nullptr)
+                return;
+            for (int i = 0; i < 300; ++i)
+                oru_do_strbuf_add_string(buf, "0123456789");
+            const int32_t err = oru_do_strbuf_get_err(buf);
+            EXPECT_EQ(err, oru::test::oom_hit() ? 10002 : 0);
+            oru_do_strbuf_deref(buf);
+        },
+        {.promised_deaths = {}, .at_least = 4});
+}
+
+TEST(StrbufNull, OnlyTheErrorAndLifeAcceptNull) {
+    EXPECT_EQ(oru_do_strbuf_get_err(nullptr), 10002);
+    EXPECT_EQ(oru_do_strbuf_ref(nullptr), nullptr);
+    oru_do_strbuf_deref(nullptr);
+    char *copy = nullptr;
+    EXPECT_ASSERTION(oru_do_strbuf_to_string(nullptr), "strbuf");
+    EXPECT_ASSERTION(oru_do_strbuf_to_string_ptr(nullptr, &copy), "strbuf");
+    EXPECT_ASSERTION(oru_do_strbuf_get_len(nullptr), "strbuf");
+    EXPECT_ASSERTION(oru_do_strbuf_print_fp(nullptr, stdout), "strbuf");
+    EXPECT_ASSERTION(oru_do_strbuf_clear(nullptr), "strbuf");
+    EXPECT_ASSERTION(oru_do_strbuf_add_string(nullptr, "a"), "strbuf");
+    EXPECT_ASSERTION(oru_do_strbuf_add_string_l(nullptr, "a", 1), "strbuf");
+    EXPECT_ASSERTION(oru_do_strbuf_add_string_l_excl(nullptr, "a", 1, nullptr), "strbuf");
+    EXPECT_ASSERTION(oru_do_strbuf_add_char(nullptr, 'a'), "strbuf");
+    EXPECT_ASSERTION(oru_do_strbuf_add_string_encode_for_sql(nullptr, "a"), "strbuf");
+    EXPECT_ASSERTION(oru_do_strbuf_add_string_encode_for_xml(nullptr, "a"), "strbuf");
+    EXPECT_ASSERTION(oru_do_strbuf_add_long(nullptr, 1), "strbuf");
+    EXPECT_ASSERTION(oru_do_strbuf_add_unsigned_long(nullptr, 1), "strbuf");
+    EXPECT_ASSERTION(oru_do_strbuf_add_double(nullptr, 1), "strbuf");
+    EXPECT_ASSERTION(oru_do_strbuf_add_hexbuf(nullptr, "a", 1), "strbuf");
+    EXPECT_ASSERTION(oru_do_strbuf_add_hexbuf_sep(nullptr, "a", 1, ":", 1), "strbuf");
+    EXPECT_ASSERTION(oru_do_strbuf_add_hexbuf_sep_l(nullptr, "a", 1, ":", 1), "strbuf");
+    EXPECT_ASSERTION(oru_do_strbuf_add_tab(nullptr, 1), "strbuf");
+    EXPECT_ASSERTION(oru_do_strbuf_remove_ftr(nullptr, "a"), "strbuf");
+}
+
+TEST_F(Strbuf, ACopyNeedsAPlace) {
+    EXPECT_ASSERTION(oru_do_strbuf_to_string_ptr(buf, nullptr), "strptr");
+}
+
+}  // namespace
