@@ -1,0 +1,23 @@
+# Installed: the three libraries, the headers, a pkg-config file and the CMake package `oruapi`.
+include(CMakePackageConfigHelpers)
+
+set_target_properties(oruapi PROPERTIES INSTALL_RPATH "$ORIGIN" EXPORT_NAME api)
+set_target_properties(oruplatform PROPERTIES INSTALL_RPATH "$ORIGIN" EXPORT_NAME platform)
+set_target_properties(oruthread PROPERTIES INSTALL_RPATH "$ORIGIN" EXPORT_NAME thread)
+
+install(TARGETS oruapi oruplatform oruthread EXPORT oruapi-targets
+  LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}")
+install(DIRECTORY "${PROJECT_SOURCE_DIR}/include/oru" "${PROJECT_SOURCE_DIR}/include/oruplatform"
+  DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}")
+
+set(package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/oruapi")
+install(EXPORT oruapi-targets NAMESPACE oru:: DESTINATION "${package_dir}")
+configure_package_config_file("${CMAKE_CURRENT_LIST_DIR}/oruapi-config.cmake.in"
+  "${PROJECT_BINARY_DIR}/oruapi-config.cmake" INSTALL_DESTINATION "${package_dir}")
+write_basic_package_version_file("${PROJECT_BINARY_DIR}/oruapi-config-version.cmake"
+  COMPATIBILITY SameMajorVersion)
+install(FILES "${PROJECT_BINARY_DIR}/oruapi-config.cmake"
+  "${PROJECT_BINARY_DIR}/oruapi-config-version.cmake" DESTINATION "${package_dir}")
+
+configure_file("${CMAKE_CURRENT_LIST_DIR}/oruapi.pc.in" "${PROJECT_BINARY_DIR}/oruapi.pc" @ONLY)
+install(FILES "${PROJECT_BINARY_DIR}/oruapi.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
