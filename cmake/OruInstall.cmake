@@ -19,5 +19,7 @@ write_basic_package_version_file("${PROJECT_BINARY_DIR}/oruapi-config-version.cm
 install(FILES "${PROJECT_BINARY_DIR}/oruapi-config.cmake"
   "${PROJECT_BINARY_DIR}/oruapi-config-version.cmake" DESTINATION "${package_dir}")
 
+# Relative, so that a moved installation still tells its own place.
+file(RELATIVE_PATH ORUAPI_PC_TO_PREFIX "/${CMAKE_INSTALL_LIBDIR}/pkgconfig" "/")
 configure_file("${CMAKE_CURRENT_LIST_DIR}/oruapi.pc.in" "${PROJECT_BINARY_DIR}/oruapi.pc" @ONLY)
 install(FILES "${PROJECT_BINARY_DIR}/oruapi.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig")

@@ -52,6 +52,13 @@ def declared(folder):
     return names, bare
 
 
+def not_included(folder):
+    """Headers that the one for all of them forgets."""
+    text = (pathlib.Path(folder) / "oru.h").read_text()
+    names = {path.name for path in pathlib.Path(folder).glob("*.h")} - {"oru.h"}
+    return {name for name in names if f'#include "oru/{name}"' not in text}
+
+
 def commented(text, start):
     """A comment stands above the declaration, or above the first of the run it stands in."""
     for line in reversed(text[:start].splitlines()):
@@ -83,7 +90,8 @@ def main():
               + report("exported, not listed", have - want)
               + report("exported, not declared", have - told)
               + report("declared, not exported", told - have)
-              + report("declared without a comment", bare))
+              + report("declared without a comment", bare)
+              + report("not included by oru.h", not_included(args.headers)))
     print(f"{len(have)} names exported, {faults} faults")
     return 1 if faults else 0
 
