@@ -1,6 +1,9 @@
 target_sources(oruapi PRIVATE
   frame/backend.cpp
   frame/dispatch.cpp
+  frame/hash.cpp
+  frame/hashtable.cpp
+  frame/hashtable_grow.cpp
   frame/iter.cpp
   frame/lib.cpp
   frame/location.cpp

@@ -1,0 +1,89 @@
+// Hash and match functions of the hash tables.
+#include <cstring>
+
+#include "oru/hashtable.h"
+
+namespace {
+
+template <size_t size>
+bool same_bytes(const void *a, const void *b) {
+    return std::memcmp(a, b, size) == 0;
+}
+
+const char *held_text(const void *holder) {
+    return *static_cast<const char *const *>(holder);
+}
+
+}  // namespace
+
+// Bytes are added with their sign: stored hashes and bucket orders of texts above 0x7f rely on it.
+uint32_t oru_hash_calculate(const void *bytes, int32_t n) {
+    const auto *byte = static_cast<const signed char *>(bytes);
+    uint32_t hash = 0;
+    for (int32_t i = 0; i < n; ++i) {
+        hash += static_cast<uint32_t>(byte[i]);
+        hash += hash << 10;
+        hash ^= hash >> 6;
+    }
+    hash += hash << 3;
+    hash ^= hash >> 11;
+    hash += hash << 15;
+    return hash;
+}
+
+uint32_t oru_hash_str_calc(const char *text) {
+    return oru_hash_calculate(text, static_cast<int32_t>(std::strlen(text)));
+}
+
+uint32_t oru_hashset_str_calc(const void *holder) {
+    return oru_hash_str_calc(held_text(holder));
+}
+
+uint32_t oru_hash_int_calc(const void *key) {
+    return oru_hash_calculate(key, sizeof(int32_t));
+}
+
+uint32_t oru_hash_unsigned_int_calc(const void *key) {
+    return oru_hash_calculate(key, sizeof(uint32_t));
+}
+
+uint32_t oru_hashset_int_calc(const void *key) {
+    return oru_hash_calculate(key, sizeof(int32_t));
+}
+
+uint32_t oru_hash_long_calc(const void *key) {
+    return oru_hash_calculate(key, sizeof(int64_t));
+}
+
+uint32_t oru_hashset_long_calc(const void *key) {
+    return oru_hash_calculate(key, sizeof(int64_t));
+}
+
+int32_t oru_hash_int_matcher(const void *a, const void *b) {
+    return same_bytes<sizeof(int32_t)>(a, b);
+}
+
+int32_t oru_hash_unsigned_int_matcher(const void *a, const void *b) {
+    return same_bytes<sizeof(uint32_t)>(a, b);
+}
+
+int32_t oru_hashset_int_matcher(const void *a, const void *b) {
+    return same_bytes<sizeof(int32_t)>(a, b);
+}
+
+int32_t oru_hashset_long_matcher(const void *a, const void *b) {
+    return same_bytes<sizeof(int64_t)>(a, b);
+}
+
+// The other way round: made for tables that want a comparison.
+int32_t oru_hash_long_matcher(const void *a, const void *b) {
+    return !same_bytes<sizeof(int64_t)>(a, b);
+}
+
+int32_t oru_hash_str_matcher(const char *a, const char *b) {
+    return std::strcmp(a, b);
+}
+
+int32_t oru_hashset_str_matcher(const void *holder1, const void *holder2) {
+    return std::strcmp(held_text(holder1), held_text(holder2)) == 0;
+}
