@@ -1,3 +1,4 @@
 target_sources(oruapi PRIVATE
   do/properties_settings.cpp
-  do/strbuf.cpp)
+  do/strbuf.cpp
+  do/uri.cpp)
