@@ -30,6 +30,7 @@
 #define ORU_ORU_H
 
 #include "oru/base.h"
+#include "oru/hashtable.h"
 #include "oru/iter.h"
 #include "oru/lib.h"
 #include "oru/properties.h"
@@ -37,5 +38,6 @@
 #include "oru/strbuf.h"
 #include "oru/thread.h"
 #include "oru/types.h"
+#include "oru/uri.h"
 
 #endif
