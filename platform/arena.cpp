@@ -78,7 +78,8 @@ void lay_out(Span &span, const Pool *pool, char *memory, uint64_t stride, uint64
             .bytes = stride * count,
             .stride = stride,
             .inverse = UINT64_MAX / stride + 1,
-            .count = count};
+            .count = count,
+            .older = nullptr};
     poison(span.elements, span.bytes);
 }
 

@@ -22,6 +22,7 @@ struct Span {
     uint64_t stride;   // bytes from element to element
     uint64_t inverse;  // 2^64 divided by the stride, rounded up
     uint64_t count;
+    const Span *older;  // of the same pool, so that all are reachable from it
 };
 
 struct Arena {

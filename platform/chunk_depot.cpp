@@ -60,6 +60,7 @@ bool next_span(Pool &pool) {
     if (span == nullptr) {
         return false;
     }
+    span->older = pool.span;
     pool.span = span;
     pool.cut = 0;
     return true;
