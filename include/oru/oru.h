@@ -33,11 +33,13 @@
 #include "oru/hashtable.h"
 #include "oru/iter.h"
 #include "oru/lib.h"
+#include "oru/name.h"
 #include "oru/properties.h"
 #include "oru/rc.h"
 #include "oru/strbuf.h"
 #include "oru/thread.h"
 #include "oru/types.h"
 #include "oru/uri.h"
+#include "oru/value.h"
 
 #endif
