@@ -39,6 +39,18 @@ struct Chain {
         ++count;
     }
 
+    // Links `item` so that it becomes the one at `position`; past either end it becomes the first
+    // or the last.
+    void insert_at(int64_t position, Item *item) {
+        if (position < 1) {
+            prepend(item);
+        } else if (position >= count) {
+            append(item);
+        } else {
+            insert_after(at(position - 1), item);
+        }
+    }
+
     // Takes `item` out; `before` is the item in front of it, null for the first.
     void unlink(Item *before, Item *item) {
         (before != nullptr ? before->next : first) = item->next;
@@ -55,6 +67,38 @@ struct Chain {
         while (item != nullptr && index-- > 0)
             item = item->next;
         return item;
+    }
+
+    // The first item that `matches`, or null.
+    template <class Matches>
+    Item *find(Matches &&matches) const {
+        Item *item = first;
+        while (item != nullptr && !matches(*item))
+            item = item->next;
+        return item;
+    }
+
+    // The index of that item, or -1.
+    template <class Matches>
+    int32_t index_of(Matches &&matches) const {
+        int32_t index = 0;
+        for (Item *item = first; item != nullptr; item = item->next, ++index) {
+            if (matches(*item))
+                return index;
+        }
+        return -1;
+    }
+
+    // Visits the items in order until `visit` is false for one; whether it was true for all.
+    // Items that the visits append are not visited, so that a chain can be appended to itself.
+    template <class Visit>
+    bool each(Visit &&visit) const {
+        uint32_t left = count;
+        for (Item *item = first; item != nullptr && left > 0; item = item->next, --left) {
+            if (!visit(*item))
+                return false;
+        }
+        return true;
     }
 
     // Takes out every item that `matches`, or only the first with `at_most` 1, and hands each to
@@ -92,6 +136,16 @@ struct Chain {
 template <class List>
 auto chain(List &list) {
     return Chain<std::remove_pointer_t<decltype(list.first)>>{list.first, list.last, list.count};
+}
+
+// Whether two chains hold the `same` items in the same order.
+template <class Item, class Same>
+bool same_items(const Item *item, const Item *other, Same &&same) {
+    while (item != nullptr && other != nullptr && same(*item, *other)) {
+        item = item->next;
+        other = other->next;
+    }
+    return item == nullptr && other == nullptr;
 }
 
 }  // namespace oru

@@ -1,0 +1,35 @@
+#ifndef ORU_SRC_DO_VLIST_H
+#define ORU_SRC_DO_VLIST_H
+
+#include "frame/list.h"
+#include "oru/types.h"
+
+struct ORUDoVlistItem {
+    ORUDoValue *value;
+    ORUDoVlistItem *next;
+    uint32_t ref_count;  // always 1: the list owns its items alone
+};
+
+struct ORUDoVlist {
+    ORUDoVlistItem *first;
+    ORUDoVlistItem *last;
+    uint32_t count;
+    uint32_t ref_count;
+};
+
+template <>
+struct oru::ObjectType<ORUDoVlistItem> {
+    static constexpr const char *name = "oru_do_vlist_item";
+    static constexpr Tag tag = Tag::vlist_item;
+    static void release_members(ORUDoVlistItem &self);
+};
+
+template <>
+struct oru::ObjectType<ORUDoVlist> {
+    static constexpr const char *name = "oru_do_vlist";
+    static constexpr Tag tag = Tag::vlist;
+    static auto &count(ORUDoVlist &self) { return self.ref_count; }
+    static void release_members(ORUDoVlist &self) { release_items(self); }
+};
+
+#endif
