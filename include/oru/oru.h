@@ -30,10 +30,12 @@
 #define ORU_ORU_H
 
 #include "oru/base.h"
+#include "oru/dtl.h"
 #include "oru/hashtable.h"
 #include "oru/iter.h"
 #include "oru/lib.h"
 #include "oru/name.h"
+#include "oru/pr.h"
 #include "oru/properties.h"
 #include "oru/rc.h"
 #include "oru/strbuf.h"

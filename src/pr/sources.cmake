@@ -1,0 +1,2 @@
+target_sources(oruapi PRIVATE
+  pr/crudx_handler.cpp)
