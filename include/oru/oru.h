@@ -32,6 +32,7 @@
 #include "oru/base.h"
 #include "oru/dtl.h"
 #include "oru/hashtable.h"
+#include "oru/hex.h"
 #include "oru/iter.h"
 #include "oru/lib.h"
 #include "oru/name.h"

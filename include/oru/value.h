@@ -51,6 +51,30 @@ enum {
 /* Bits of the flag byte. The others are free for callers. */
 #define ORU_DO_VALUE_FLAG_DEFAULT 0x1u /* a default, which nobody set */
 
+/*
+ * Bits of the options word of the printing operations, of which 16 bits are read. Hiding prints
+ * "<removed>" for strings whose derived type has a name that begins with "PasswordString" or
+ * "EncryptedString". Plain XML leaves the attributes of elements out.
+ */
+#define ORU_DO_OPT_HIDE_SECRETS 0x1u
+#define ORU_DO_OPT_PLAIN_XML 0x2u
+
+/*
+ * Operations that replace the built-in ones. The record is the caller's and lives as long as it is
+ * installed. A null operation leaves the built-in one in force.
+ */
+struct ORUDoValueFormatter {
+    intptr_t context; /* handed to the three */
+    int32_t (*to_strbuf)(intptr_t context, ORUDoValue *val, int32_t tabs, ORUDoStrbuf *strbuf);
+    ORUDoValue *(*parse)(intptr_t context, const char *text, int32_t type, int32_t *errp);
+    int32_t (*to_xml)(intptr_t context, const char *prefix, const char *name, ORUDoValue *val,
+                      ORUDoStrbuf *strbuf, uint32_t opts);
+};
+
+/* Prints hexBinary values with the derived types "MACAddress" and "PhysAddress" in lower case and
+   without indent; parsing and XML are the built-in ones. */
+extern ORU_API ORUDoValueFormatter lower_case_mac_addr_formatter;
+
 /* How many codes `type_map` covers. */
 #define ORU_DO_TYPE_MAP_LEN 110
 
@@ -127,6 +151,42 @@ ORU_API ORUDoValue *oru_do_value_new_hex_binary(const void *bytes, int32_t n);
 ORU_API ORUDoValue *oru_do_value_new_ip_address(const void *bytes, int32_t n);
 ORU_API ORUDoValue *oru_do_value_new_nsap_address(const void *bytes, int32_t n);
 
+/* Held objects: the value counts a reference of its own, the caller keeps his. Null gives a null
+   value. */
+ORU_API ORUDoValue *oru_do_value_new_any_uri(ORUDoUri *object);
+ORU_API ORUDoValue *oru_do_value_new_mr_uri(ORUDoUri *object);
+ORU_API ORUDoValue *oru_do_value_new_coll_uri(ORUDoUri *object);
+
+/* ---- Making from text and numbers ----
+ * A null result with the status still 0 means that memory ran out. The status is written only on
+ * failure, but for the last operation: the caller clears it first. */
+
+/*
+ * A value of the type from its text. 101 for a text that has not the form of the type; 110 for a
+ * type that cannot be parsed, and for a boolean that is neither "true" nor "false"; 10000 for the
+ * text of an address with nothing but slashes in it and for a prefix length above 255; 10002 when
+ * memory runs out on the way. Numbers may have leading blanks and a sign, nothing behind them, and
+ * are cut to the width of their type: "300" as unsignedByte is 44. A status that was not 0 before
+ * stops integers with a null result; floats and doubles come out whatever the status says. Bytes
+ * are pairs of hexadecimal digits. Addresses may carry "/" and a prefix length. `text` and `errp`
+ * are asserted, unless a formatter parses.
+ */
+ORU_API ORUDoValue *oru_do_value_new_from_string(const char *text, int32_t type, int32_t *errp);
+ORU_API ORUDoValue *oru_do_value_new_from_string_fmt(const char *text, int32_t type,
+                                                     const ORUDoValueFormatter *formatter,
+                                                     int32_t *errp);
+
+/*
+ * A value of the type from a number, cut to its width; 110 for a type that is not numeric. A number
+ * that does not fit becomes the smallest integer of its width before the cut. A boolean is 1 when
+ * `x` is no further from 0 than 1e-5, or is no number: the reverse of what one would expect.
+ */
+ORU_API ORUDoValue *oru_do_value_new_from_number(int32_t type, int32_t *errp, double x);
+
+/* A value of the type from the text of a string value; 101 for a value of another type. Null with
+   the status 0 for a string without a text. */
+ORU_API ORUDoValue *oru_do_value_new_from_conversion(ORUDoValue *val, int32_t type, int32_t *errp);
+
 /*
  * A value of the same type with a payload of its own, with the flag byte and without the name of a
  * derived type, which changes how some values print. Texts are measured again: what stands behind a
@@ -180,8 +240,8 @@ ORU_API int32_t oru_do_value_get_length(ORUDoValue *val);
 /* The URI of any of the three URI types, borrowed; null for all others and for a null value. */
 ORU_API ORUDoUri *oru_do_value_get_uri(ORUDoValue *val);
 
-/* Non-zero for a value of that type. Only the last accepts no null by assertion; the others are not
-   to be given one. A default value is not null. */
+/* Non-zero for a value of that type. Only the last asserts "val"; the others are not to be given
+   null. A default value is not null. */
 ORU_API int32_t oru_do_value_is_null(ORUDoValue *val);
 ORU_API int32_t oru_do_value_is_string(ORUDoValue *val);
 ORU_API int32_t oru_do_value_is_array(ORUDoValue *val);
@@ -194,6 +254,81 @@ ORU_API int32_t oru_do_value_is_integer_number(ORUDoValue *val);
 ORU_API int32_t oru_do_value_is_signed_int_number(ORUDoValue *val);
 ORU_API int32_t oru_do_value_is_unsigned_int_number(ORUDoValue *val);
 ORU_API int32_t oru_do_value_is_float_number(ORUDoValue *val);
+
+/* ---- Numbers, widened ----
+ * A type that is not accepted gives 101 and 0. */
+
+/* Any integer, dateTime or duration; an unsignedLong keeps its bits. The status is written only on
+   refusal, so the caller clears it first. */
+ORU_API int64_t oru_do_value_to_long(ORUDoValue *val, int32_t *errp);
+
+/* The signed integer types, dateTime and duration. */
+ORU_API int64_t oru_do_value_to_int64(ORUDoValue *val, int32_t *errp);
+
+/* The unsigned integer types. */
+ORU_API uint64_t oru_do_value_to_u_int64(ORUDoValue *val, int32_t *errp);
+
+/* float and double; integers are refused. */
+ORU_API double oru_do_value_to_double(ORUDoValue *val, int32_t *errp);
+
+/* ---- Comparing ---- */
+
+/*
+ * Non-zero for values of one type with equal payloads. Numbers of different types are never equal;
+ * floats and doubles are equal when they differ by no more than 1e-5; values without a payload are
+ * equal to their kind. Derived types and flags play no part. Asserts "val1" and "val2".
+ */
+ORU_API int32_t oru_do_value_equals(ORUDoValue *val1, ORUDoValue *val2);
+
+/* Non-zero when the value's text form equals `text`; asserts "val1" and "val2". */
+ORU_API int32_t oru_do_value_equals_str(ORUDoValue *val1, const char *text);
+
+/*
+ * -1, 0 or 1, and -2 for values that cannot be compared, which callers test first. Integers of all
+ * widths and signs compare with each other, dateTime with duration, floats with doubles (a float
+ * and a double are never the same). Texts and bytes go by their length first. URIs have no order
+ * that means anything: only the same held object is known to give 0. `nostrict` also compares a
+ * string with the other types of text and bytes. Assert "val1" and "val2".
+ */
+ORU_API int32_t oru_do_value_compare(ORUDoValue *val1, ORUDoValue *val2);
+ORU_API int32_t oru_do_value_compare_nostrict(ORUDoValue *val1, ORUDoValue *val2);
+
+/* ---- Printing ----
+ * The text form indents with `tabs` tabs. Results are 0, 10002 when the buffer failed, or 10000 for
+ * a date that cannot be printed and a URI value without a URI. `strbuf` is asserted. */
+
+/* Installs a formatter for all operations that are not given one; null takes it away. To be called
+   before other threads print or parse. */
+ORU_API void oru_do_value_set_default_formatter(const ORUDoValueFormatter *formatter);
+
+/*
+ * The text form. A null value prints nothing. `_fmt` takes a formatter of its own, null for none;
+ * `_with_defaults` adds " (default)" behind a value with the default flag; `_opt` prints a secret
+ * that is to be hidden without tabs.
+ */
+ORU_API int32_t oru_do_value_to_strbuf(ORUDoValue *val, int32_t tabs, ORUDoStrbuf *strbuf);
+ORU_API int32_t oru_do_value_to_strbuf_fmt(ORUDoValue *val, int32_t tabs,
+                                           const ORUDoValueFormatter *formatter,
+                                           ORUDoStrbuf *strbuf);
+ORU_API int32_t oru_do_value_to_strbuf_with_defaults(ORUDoValue *val, int32_t tabs,
+                                                     ORUDoStrbuf *strbuf);
+ORU_API int32_t oru_do_value_to_strbuf_opt(ORUDoValue *val, int32_t tabs, ORUDoStrbuf *strbuf,
+                                           uint32_t opts);
+
+/*
+ * The XML form: an element `name`, "value" for null, with the attributes `type`, `typedef` and, for
+ * a null value, `xsi:null`, whose namespace the caller declares. `prefix` is written before each
+ * element's name, as a rule a namespace with its colon; it may be null.
+ */
+ORU_API int32_t oru_do_value_to_xml(const char *prefix, const char *name, ORUDoValue *val,
+                                    ORUDoStrbuf *strbuf);
+ORU_API int32_t oru_do_value_to_xml_opt(const char *prefix, const char *name, ORUDoValue *val,
+                                        ORUDoStrbuf *strbuf, uint32_t opts);
+ORU_API int32_t oru_do_value_to_xml_fmt(const char *prefix, const char *name, ORUDoValue *val,
+                                        const ORUDoValueFormatter *formatter, ORUDoStrbuf *strbuf);
+ORU_API int32_t oru_do_value_to_xml_fmt_opt(const char *prefix, const char *name, ORUDoValue *val,
+                                            const ORUDoValueFormatter *formatter,
+                                            ORUDoStrbuf *strbuf, uint32_t opts);
 
 /* ---- Derived types and flags ---- */
 

@@ -1,5 +1,6 @@
 #include "do/value.h"
 
+#include "do/uri.h"
 #include "do/value_types.h"
 #include "frame/text.h"
 #include "oru/rc.h"
@@ -78,6 +79,17 @@ ORUDoValue *new_bytes(int32_t type, const void *bytes, int32_t n) {
     return unless_unstored(new_sized(type, bytes, static_cast<size_t>(n), false));
 }
 
+// The value counts a reference of its own.
+template <class Object>
+ORUDoValue *new_held(int32_t type, Object *object) {
+    if (object == nullptr)
+        return oru_do_value_new_null();
+    auto *val = new_value(type);
+    if (val != nullptr)
+        val->data.object = oru::ref(object);
+    return val;
+}
+
 // The checks of all strict getters.
 bool is_readable_as(ORUDoValue *val, int32_t *errp, int32_t type) {
     ORU_REQUIRE(val);
@@ -99,6 +111,13 @@ ORUDoValue *clone_text(ORUDoValue &val) {
     return clone != nullptr ? unless_unstored(clone) : nullptr;
 }
 
+// A value of that type with an object of its own, which is null when it could not be cloned.
+template <class Object>
+ORUDoValue *new_holding_clone(int32_t type, Object *object) {
+    const auto clone = oru::Ref<Object>::adopt(object);
+    return clone ? new_held(type, clone.get()) : nullptr;
+}
+
 // A value with the same payload. Measures texts again, so that what stands behind a zero is lost.
 ORUDoValue *clone_payload(ORUDoValue &val) {
     switch (val.type) {
@@ -109,6 +128,11 @@ ORUDoValue *clone_payload(ORUDoValue &val) {
         case ORU_DO_TYPE_IP_ADDRESS:
         case ORU_DO_TYPE_NSAP_ADDRESS:
             return new_bytes(val.type, val.data.bytes, val.len);
+        case ORU_DO_TYPE_ANY_URI:
+        case ORU_DO_TYPE_MR_URI:
+        case ORU_DO_TYPE_COLL_URI:
+            return new_holding_clone(val.type,
+                                     oru_do_uri_new(oru_do_uri_get_uri_str(val.data.uri)));
         case ORU_DO_TYPE_UNKNOWN:
         case ORU_DO_TYPE_DEFAULT:
         case ORU_DO_TYPE_NULL:
@@ -129,6 +153,11 @@ void oru::ObjectType<ORUDoValue>::release_members(ORUDoValue &self) {
         case ORU_DO_TYPE_NSAP_ADDRESS:
         case ORU_DO_TYPE_ENUMERATION:
             kStorage.give(static_cast<StorageClass>(self.storage_class), self.data.bytes);
+            break;
+        case ORU_DO_TYPE_ANY_URI:
+        case ORU_DO_TYPE_MR_URI:
+        case ORU_DO_TYPE_COLL_URI:
+            oru::deref(self.data.uri);
             break;
         default:
             break;
@@ -155,7 +184,13 @@ ORUDoValue *oru_do_value_new_default() {
     ORUDoValue *oru_do_value_new_##suffix(const void *bytes, int32_t n) { \
         return new_bytes(ORU_DO_TYPE_##CODE, bytes, n);                   \
     }
-#define NEW_HELD(suffix, CODE, Type)
+#define NEW_HELD_ORUDoUri(suffix, CODE)                       \
+    ORUDoValue *oru_do_value_new_##suffix(ORUDoUri *object) { \
+        return new_held(ORU_DO_TYPE_##CODE, object);          \
+    }
+#define NEW_HELD_ORUDoNvlist(suffix, CODE)
+#define NEW_HELD_ORUDoVlist(suffix, CODE)
+#define NEW_HELD(suffix, CODE, Type) NEW_HELD_##Type(suffix, CODE)
 #define NEW(SHAPE, suffix, CODE, text, Type) NEW_##SHAPE(suffix, CODE, Type)
 ORU_VALUE_TYPES(NEW)
 

@@ -44,10 +44,29 @@ Number number_of(const ORUDoValue &val) {
     return number;
 }
 
-// The payload of a value of sized type; empty, with null data, when it has no storage.
+// An integer, a dateTime or a duration: sign-extended from signed types, zero-extended from
+// unsigned ones. An unsignedLong keeps its bits.
+int64_t integer_of(const ORUDoValue &val);
+
+// A float or a double.
+double real_of(const ORUDoValue &val);
+
+// Numbers that differ by no more than this are the same.
+inline constexpr double kSameNumber = 1e-5;
+
+inline bool is_integer_type(int32_t type) {
+    return type >= ORU_DO_TYPE_UNSIGNED_BYTE && type <= ORU_DO_TYPE_LONG;
+}
+
+// Types with sized storage.
+inline bool is_sized_type(int32_t type) {
+    return oru_do_is_key_string_type(type) != 0 || type == ORU_DO_TYPE_ENUMERATION;
+}
+
+// The payload of a value of sized type; empty when it has no storage.
 inline std::string_view sized_payload(const ORUDoValue &val) {
     if (val.data.bytes == nullptr)
-        return {};
+        return {"", 0};
     return {val.data.bytes, static_cast<size_t>(val.len)};
 }
 
@@ -55,6 +74,19 @@ inline std::string_view sized_payload(const ORUDoValue &val) {
 inline bool has_typedef(const ORUDoValue &val, const char *name) {
     return val.typedef_name != nullptr && std::strcmp(val.typedef_name, name) == 0;
 }
+
+inline const char *boolean_text(const ORUDoValue &val) {
+    return number_of<int32_t>(val) != 0 ? "true" : "false";
+}
+
+// What stands in the place of a secret.
+inline constexpr char kHiddenText[] = "<removed>";
+
+// What the process installed, or null.
+const ORUDoValueFormatter *default_formatter();
+
+// Whether printing with these options is to hide the value.
+bool is_hidden_secret(const ORUDoValue &val, uint32_t opts);
 
 }  // namespace oru
 
