@@ -36,13 +36,16 @@
 #include "oru/iter.h"
 #include "oru/lib.h"
 #include "oru/name.h"
+#include "oru/nvlist.h"
 #include "oru/pr.h"
 #include "oru/properties.h"
+#include "oru/queue.h"
 #include "oru/rc.h"
 #include "oru/strbuf.h"
 #include "oru/thread.h"
 #include "oru/types.h"
 #include "oru/uri.h"
 #include "oru/value.h"
+#include "oru/vlist.h"
 
 #endif

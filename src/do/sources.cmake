@@ -1,6 +1,7 @@
 target_sources(oruapi PRIVATE
   do/hex.cpp
   do/name.cpp
+  do/nvlist.cpp
   do/properties_settings.cpp
   do/strbuf.cpp
   do/uri.cpp
@@ -10,4 +11,6 @@ target_sources(oruapi PRIVATE
   do/value_parse.cpp
   do/value_text.cpp
   do/value_types.cpp
-  do/value_xml.cpp)
+  do/value_xml.cpp
+  do/vlist.cpp
+)

@@ -32,4 +32,11 @@ struct oru::ObjectType<ORUDoVlist> {
     static void release_members(ORUDoVlist &self) { release_items(self); }
 };
 
+namespace oru {
+
+// An item that is in no list yet. Null for a null value and when memory runs out.
+ORUDoVlistItem *make_vlist_item(ORUDoValue *value);
+
+}  // namespace oru
+
 #endif

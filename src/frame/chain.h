@@ -89,8 +89,8 @@ struct Chain {
         return -1;
     }
 
-    // Visits the items in order until `visit` is false for one; whether it was true for all.
-    // Items that the visits append are not visited, so that a chain can be appended to itself.
+    // Visits the items in order until `visit` is false for one; whether it was true for all. Items
+    // that the visits append are not visited, so that a chain can be appended to itself.
     template <class Visit>
     bool each(Visit &&visit) const {
         uint32_t left = count;

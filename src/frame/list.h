@@ -21,11 +21,16 @@ void release_items(List &list) {
     chain(list).clear([](auto *item) { release_item(item); });
 }
 
-// Takes out and releases the items that `matches`; see Chain::remove_if.
+// Takes out and releases the items that `matches`; see Chain::remove_if. They are released after
+// the last comparison, since what they are compared with may be theirs.
 template <class List, class Matches>
 int32_t delete_items(List &list, Matches &&matches, int32_t at_most = INT32_MAX) {
-    return chain(list).remove_if(
-        std::forward<Matches>(matches), [](auto *item) { release_item(item); }, at_most);
+    List removed{};
+    const int32_t count = chain(list).remove_if(
+        std::forward<Matches>(matches), [&removed](auto *item) { chain(removed).append(item); },
+        at_most);
+    release_items(removed);
+    return count;
 }
 
 // Appends an item that may not have been had. The result of all adders: the new length, or -1.

@@ -12,4 +12,5 @@ target_sources(oruapi PRIVATE
   frame/queue.cpp
   frame/rc.cpp
   frame/tags.cpp
-  frame/threads.cpp)
+  frame/threads.cpp
+)

@@ -1,2 +1,3 @@
 target_sources(oruapi PRIVATE
-  pr/crudx_handler.cpp)
+  pr/crudx_handler.cpp
+)

@@ -1,0 +1,96 @@
+/*
+ * ORUDoNvlist: named values in the order in which they were added. The keys of a URI's segments,
+ * choice and sequence values and many arguments are of this kind. Names are plain texts; a name may
+ * occur more than once, and lookups find the first.
+ *
+ * Every operation asserts "nvlist" on a null list unless it says otherwise. All lookups walk from
+ * the head. Only the reference count is safe among threads.
+ */
+#ifndef ORU_NVLIST_H
+#define ORU_NVLIST_H
+
+#include "oru/types.h"
+
+ORU_BEGIN_DECLS
+
+/* ---- Making ----
+ * The results belong to the caller; null when memory runs out. */
+
+/* An empty list. */
+ORU_API ORUDoNvlist *oru_do_nvlist_new(void);
+
+/* A list with that one item; empty with a null name or value, and when the item cannot be had. */
+ORU_API ORUDoNvlist *oru_do_nvlist_new_from_item(const char *name, ORUDoValue *value);
+
+/* A deep copy, made of clones of the values. Null also for a value that cannot be cloned. */
+ORU_API ORUDoNvlist *oru_do_nvlist_clone(ORUDoNvlist *nvlist);
+
+/* ---- Reading ----
+ * Items, names and values are borrowed. */
+
+/* How many items there are. */
+ORU_API int32_t oru_do_nvlist_get_len(ORUDoNvlist *nvlist);
+
+/* The item at `index` from 0, or null. */
+ORU_API ORUDoNvlistItem *oru_do_nvlist_get_item(ORUDoNvlist *nvlist, int32_t index);
+
+/* The first item of that name, and its value; null when there is none. Assert "name" too. */
+ORU_API ORUDoNvlistItem *oru_do_nvlist_get_item_by_name(ORUDoNvlist *nvlist, const char *name);
+ORU_API ORUDoValue *oru_do_nvlist_get_value(ORUDoNvlist *nvlist, const char *name);
+
+/* What an item holds. Assert "item". */
+ORU_API const char *oru_do_nvlist_item_get_name(ORUDoNvlistItem *item);
+ORU_API ORUDoValue *oru_do_nvlist_item_get_value(ORUDoNvlistItem *item);
+
+/*
+ * Walk the items; the kind is DO_COLL_NVLIST. They assert "iter"; `_has_next` also asserts
+ * "iter->coll_type == DO_COLL_NVLIST". `_get_next` gives null at the end. The item that was given
+ * last may be deleted during the walk.
+ */
+ORU_API void oru_do_nvlist_iter(ORUDoNvlist *nvlist, ORUDoIter *iter);
+ORU_API int32_t oru_do_nvlist_has_next(ORUDoIter *iter);
+ORU_API ORUDoNvlistItem *oru_do_nvlist_get_next(ORUDoIter *iter);
+
+/* ---- Adding ----
+ * The result is the new length, or -1 for a null name or value and when memory runs out. Names are
+ * copied; the list counts its own reference on the value. */
+
+/* Append an item. `_l` takes `len` bytes of `name`. */
+ORU_API int32_t oru_do_nvlist_add(ORUDoNvlist *nvlist, const char *name, ORUDoValue *value);
+ORU_API int32_t oru_do_nvlist_add_l(ORUDoNvlist *nvlist, const char *name, int32_t len,
+                                    ORUDoValue *value);
+
+/* Insert an item so that it becomes the one at `pos` from 0: the first for a `pos` below 1, the
+   last for one at or past the length. */
+ORU_API int32_t oru_do_nvlist_add_at(ORUDoNvlist *nvlist, const char *name, ORUDoValue *value,
+                                     int32_t pos);
+ORU_API int32_t oru_do_nvlist_add_l_at(ORUDoNvlist *nvlist, const char *name, int32_t len,
+                                       ORUDoValue *value, int32_t pos);
+
+/* Appends the items of another list (asserted as "other_nvlist"), sharing the values. What was
+   appended before memory ran out stays. */
+ORU_API int32_t oru_do_nvlist_add_all(ORUDoNvlist *nvlist, ORUDoNvlist *other_nvlist);
+
+/* ---- Removing ---- */
+
+/* Remove the first item of that name, and all of them. Assert "name" too. */
+ORU_API void oru_do_nvlist_delete_one(ORUDoNvlist *nvlist, const char *name);
+ORU_API void oru_do_nvlist_delete_all(ORUDoNvlist *nvlist, const char *name);
+
+/* ---- Printing ---- */
+
+/* ---- Life ---- */
+
+/* One more reference; null gives null. */
+ORU_API ORUDoNvlist *oru_do_nvlist_ref(ORUDoNvlist *nvlist);
+
+/* Releases one reference; null is ignored. */
+ORU_API void oru_do_nvlist_deref(ORUDoNvlist *nvlist);
+
+/* Size the pools of the records and of their items. */
+ORU_API void *init_chunk_poolheap_oru_do_nvlist(intptr_t count, uintptr_t flags);
+ORU_API void *init_chunk_poolheap_oru_do_nvlist_item(intptr_t count, uintptr_t flags);
+
+ORU_END_DECLS
+
+#endif
