@@ -1,7 +1,10 @@
 target_sources(oruapi PRIVATE
+  do/error.cpp
+  do/error_list.cpp
   do/hex.cpp
   do/name.cpp
   do/nvlist.cpp
+  do/prop_errs.cpp
   do/properties_settings.cpp
   do/strbuf.cpp
   do/uri.cpp

@@ -6,4 +6,5 @@ target_sources(oruapi PRIVATE
   md/mr_meta_props.cpp
   md/prop_meta.cpp
   md/prop_meta_list.cpp
-  md/typedef_meta.cpp)
+  md/typedef_meta.cpp
+)
