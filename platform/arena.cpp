@@ -3,8 +3,6 @@
 #include <pthread.h>
 #include <sys/mman.h>
 
-#include <cstdlib>
-
 #include "platform/sanitizers.h"
 
 namespace oru::platform {
@@ -17,110 +15,90 @@ namespace {
 // does.
 constexpr size_t kLargestArena = size_t{1} << 36;
 constexpr size_t kSmallestArena = size_t{1} << 28;
-constexpr size_t kMarkAlignment = 64;
+
+// A span of this size has an eighth of it as its part of the register, whole pages of any machine.
+constexpr size_t kSpanUnit = size_t{1} << 19;
+constexpr size_t kRegisterShare = kGranule / sizeof(uint16_t);
+
+// The processor takes a store and a load at the same place of two pages for the same address at
+// first and then stalls. An element at the start of a span and its entry would be such a pair,
+// which doubles the time of a take and return; so the register begins off the start of a page.
+constexpr size_t kRegisterShift = 2048 + 64;
 
 pthread_mutex_t g_lock = PTHREAD_MUTEX_INITIALIZER;
+size_t g_size;
 size_t g_used;
+char *g_register;
 
-void *map(size_t size, int protection) {
+char *reserve(size_t size) {
     void *memory =
-        mmap(nullptr, size, protection, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
-    return memory == MAP_FAILED ? nullptr : memory;
+        mmap(nullptr, size, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+    return memory == MAP_FAILED ? nullptr : static_cast<char *>(memory);
 }
 
-// The range of one size with its table; false with nothing kept.
+// The range of one size with its register; false with nothing kept.
 bool try_reserve(size_t size) {
-    void *base = map(size + kUnit, PROT_NONE);
-    if (base == nullptr) {
+    char *range = reserve(size);
+    if (range == nullptr) {
         return false;
     }
-    void *spans = map(size / kUnit * sizeof(std::atomic<Span *>), PROT_READ | PROT_WRITE);
-    if (spans == nullptr) {
-        munmap(base, size + kUnit);
+    g_register = reserve(size / kRegisterShare + kRegisterShift);
+    if (g_register == nullptr) {
+        munmap(range, size);
         return false;
     }
-    const auto address = reinterpret_cast<uintptr_t>(base);
-    g_arena.spans = static_cast<std::atomic<Span *> *>(spans);
-    g_arena.base = static_cast<char *>(base) + (kUnit - address % kUnit) % kUnit;
-    g_arena.size = size;
-    add_leak_root(g_arena.base, size);
+    g_arena.base = reinterpret_cast<uintptr_t>(range);
+    g_arena.owners_by_address =
+        reinterpret_cast<uintptr_t>(g_register) + kRegisterShift - g_arena.base / kRegisterShare;
+    g_size = size;
+    add_leak_root(range, size);
     return true;
 }
 
-size_t marks_size(uint64_t count) {
-    return (count + kMarkAlignment - 1) / kMarkAlignment * kMarkAlignment;
+bool make_usable(char *memory, size_t size) {
+    return mprotect(memory, size, PROT_READ | PROT_WRITE) == 0;
 }
 
-// A run of units that nobody uses yet, made readable and writable.
-char *take_units(size_t size) {
-    if (size > g_arena.size - g_used) {
+char *take_front(size_t size) {
+    if (size == 0 || size > g_size - g_used) {
         return nullptr;
     }
-    char *memory = g_arena.base + g_used;
-    if (mprotect(memory, size, PROT_READ | PROT_WRITE) != 0) {
+    auto *memory = reinterpret_cast<char *>(g_arena.base) + g_used;
+    if (!make_usable(g_register + g_used / kRegisterShare,
+                     size / kRegisterShare + kRegisterShift) ||
+        !make_usable(memory, size)) {
         return nullptr;
     }
+    poison(memory, size);
     g_used += size;
+    g_arena.usable_granules.store(g_used / kGranule, std::memory_order_relaxed);
     return memory;
-}
-
-void enter(Span *span, const char *memory, size_t size) {
-    const auto first = static_cast<size_t>(memory - g_arena.base) / kUnit;
-    for (size_t unit = first; unit < first + size / kUnit; unit++) {
-        g_arena.spans[unit].store(span, std::memory_order_release);
-    }
-}
-
-void lay_out(Span &span, const Pool *pool, char *memory, uint64_t stride, uint64_t count) {
-    span = {.pool = pool,
-            .marks = reinterpret_cast<uint8_t *>(memory),
-            .elements = memory + marks_size(count),
-            .bytes = stride * count,
-            .stride = stride,
-            .inverse = UINT64_MAX / stride + 1,
-            .count = count,
-            .older = nullptr};
-    poison(span.elements, span.bytes);
 }
 
 }  // namespace
 
 bool reserve_arena() {
     pthread_mutex_lock(&g_lock);
-    for (size_t size = kLargestArena; g_arena.size == 0 && size >= kSmallestArena; size /= 2) {
+    for (size_t size = kLargestArena; g_size == 0 && size >= kSmallestArena; size /= 2) {
         try_reserve(size);
     }
-    const bool reserved = g_arena.size != 0;
+    const bool reserved = g_size != 0;
     pthread_mutex_unlock(&g_lock);
     return reserved;
 }
 
 size_t span_size(uint64_t stride, uint64_t count) {
-    if (count > kLargestArena / stride) {
+    if (count > g_size / stride) {
         return 0;
     }
-    const size_t size = marks_size(count) + stride * count;
-    return (size + kUnit - 1) / kUnit * kUnit;
+    return (stride * count + kSpanUnit - 1) / kSpanUnit * kSpanUnit;
 }
 
-Span *make_span(const Pool *pool, uint64_t stride, uint64_t count) {
-    auto *span = static_cast<Span *>(malloc(sizeof(Span)));
-    if (span == nullptr) {
-        return nullptr;
-    }
-    const size_t size = span_size(stride, count);
+char *make_span(size_t size) {
     pthread_mutex_lock(&g_lock);
-    char *memory = size == 0 ? nullptr : take_units(size);
-    if (memory != nullptr) {
-        lay_out(*span, pool, memory, stride, count);
-        enter(span, memory, size);
-    }
+    char *memory = take_front(size);
     pthread_mutex_unlock(&g_lock);
-    if (memory == nullptr) {
-        free(span);
-        return nullptr;
-    }
-    return span;
+    return memory;
 }
 
 }  // namespace oru::platform

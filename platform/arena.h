@@ -1,55 +1,54 @@
-// The address range that all pools live in. It is reserved once and made usable span by span, so
-// that the span of any address is found with one table look-up, foreign addresses included.
+// The address range that all pools live in, and the register of their live elements.
+//
+// The range is reserved once and made usable from the front, span by span. For every 16 bytes of it
+// the register holds one number: that of the pool whose live element begins there, 0 for all other
+// places. So the owner of any address, exact to the byte, is one look-up away.
 #pragma once
 
 #include <atomic>
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 
 namespace oru::platform {
 
-struct Pool;
-
-inline constexpr size_t kUnit = size_t{1} << 16;
-
-// Memory of one pool: marks of the elements first, then the elements. A mark is 1 while its element
-// is taken; elements that were never handed out have 0.
-struct Span {
-    const Pool *pool;
-    uint8_t *marks;
-    char *elements;
-    size_t bytes;      // of all elements
-    uint64_t stride;   // bytes from element to element
-    uint64_t inverse;  // 2^64 divided by the stride, rounded up
-    uint64_t count;
-    const Span *older;  // of the same pool, so that all are reachable from it
-};
+inline constexpr size_t kGranule = 16;  // elements are aligned to it
+inline constexpr uint32_t kMaxOwner = UINT16_MAX;
 
 struct Arena {
-    char *base;
-    size_t size;
-    std::atomic<Span *> *spans;  // one for each unit
+    uintptr_t base;
+    // The register, moved so that the entry of an element is found by its address alone.
+    uintptr_t owners_by_address;
+    std::atomic<size_t> usable_granules;
 };
 
 extern Arena g_arena __attribute__((visibility("hidden")));
 
-// The span that an address lies in, or null.
-inline Span *span_of(const void *address) {
-    const size_t offset =
-        reinterpret_cast<uintptr_t>(address) - reinterpret_cast<uintptr_t>(g_arena.base);
-    if (offset >= g_arena.size) {
+// The register's entry of an element that is known to be one.
+inline uint16_t *owner_of_element(const void *element) {
+    return reinterpret_cast<uint16_t *>(g_arena.owners_by_address +
+                                        reinterpret_cast<uintptr_t>(element) / kGranule *
+                                            sizeof(uint16_t));
+}
+
+// The entry of any address; null when no element can begin there.
+inline uint16_t *owner_of_address(const void *address) {
+    const size_t offset = reinterpret_cast<uintptr_t>(address) - g_arena.base;
+    // An address off the granules gets its low bits on top, and so a number beyond all.
+    if (std::rotr(offset, std::countr_zero(kGranule)) >=
+        g_arena.usable_granules.load(std::memory_order_relaxed)) {
         return nullptr;
     }
-    return g_arena.spans[offset / kUnit].load(std::memory_order_acquire);
+    return owner_of_element(address);
 }
 
 // Reserves the range on first use. False when the process may not have it.
 bool reserve_arena();
 
-// Makes a span of `count` elements of `stride` bytes; null when memory or the range is used up.
-Span *make_span(const Pool *pool, uint64_t stride, uint64_t count);
+// Makes `size` bytes of the range usable, aligned to a page; null when memory or range is used up.
+char *make_span(size_t size);
 
-// Bytes that a span of so many elements takes, whole units; 0 when that is too much for any span.
+// The size that a span is rounded up to; 0 when the range can never hold it.
 size_t span_size(uint64_t stride, uint64_t count);
 
 }  // namespace oru::platform

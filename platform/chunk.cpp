@@ -16,20 +16,10 @@ namespace {
 std::atomic<Pool *> g_pools{nullptr};
 std::atomic<uint32_t> g_pool_count{0};
 
-__extension__ using Wide = unsigned __int128;
-
-constexpr uint64_t kAlignment = 16;
-
 // The checked builds keep a poisoned gap behind each element.
 uint64_t stride_for(size_t element_size) {
-    const uint64_t rounded = (element_size + kAlignment - 1) / kAlignment * kAlignment;
-    return kWithAsan ? rounded + kAlignment : rounded;
-}
-
-// Small slabs share a span, so that a pool that grows by single elements does not use up the range.
-uint64_t span_elements_for(uint64_t stride, uint64_t slab_count) {
-    const uint64_t of_unit = (kUnit - 64) / (stride + 1);
-    return slab_count < of_unit ? of_unit : slab_count;
+    const uint64_t rounded = (element_size + kGranule - 1) / kGranule * kGranule;
+    return kWithAsan ? rounded + kGranule : rounded;
 }
 
 uint64_t max_slabs_for(uintptr_t flags) {
@@ -61,42 +51,25 @@ Pool *make_pool(size_t element_size, uint64_t count, uintptr_t flags, uint32_t t
     pool->element_size = element_size;
     pool->slab_count = count;
     pool->max_slabs = max_slabs_for(flags);
-    pool->span_elements = span_elements_for(pool->stride, count);
+    pool->span_size = span_size(pool->stride, count);
     pool->magazine_limit = magazine_limit_for(count, pool->max_slabs);
     pthread_mutex_init(&pool->lock, nullptr);
     return pool;
 }
 
-void publish(Pool *pool) {
-    pool->index = g_pool_count.fetch_add(1);
+// Gives the pool its number; false when there is none left.
+bool publish(Pool *pool) {
+    const uint32_t number = g_pool_count.fetch_add(1) + 1;
+    if (number > kMaxOwner) {
+        g_pool_count.fetch_sub(1);
+        return false;
+    }
+    pool->owner = static_cast<uint16_t>(number);
+    pool->place = number <= kDirectPools ? number - 1 : kDirectPools;
     pool->next = g_pools.load();
     while (!g_pools.compare_exchange_weak(pool->next, pool)) {
     }
-}
-
-inline void *hand_out(const Pool &pool, Magazine &magazine) {
-    const FreeElement taken = magazine.elements[--magazine.count];
-    magazine.takes.add(1);
-    __atomic_store_n(taken.mark, uint8_t{1}, __ATOMIC_RELAXED);
-    unpoison(taken.element, pool.element_size);
-    return taken.element;
-}
-
-// The mark of a live element of the pool; null for any other address.
-inline uint8_t *live_mark(const Pool &pool, const void *element) {
-    const Span *span = span_of(element);
-    if (span == nullptr || span->pool != &pool) {
-        return nullptr;
-    }
-    const auto offset = static_cast<size_t>(static_cast<const char *>(element) - span->elements);
-    if (offset >= span->bytes) {
-        return nullptr;
-    }
-    const auto index = static_cast<uint64_t>((static_cast<Wide>(offset) * span->inverse) >> 64);
-    uint8_t *mark = span->marks + index;
-    const bool live =
-        index * span->stride == offset && __atomic_load_n(mark, __ATOMIC_RELAXED) == 1;
-    return live ? mark : nullptr;
+    return true;
 }
 
 }  // namespace
@@ -120,18 +93,15 @@ void *chunk_create_poolheap(size_t element_size, intptr_t count, uintptr_t flags
         return nullptr;
     }
     const auto slab_count = static_cast<uint64_t>(count);
-    const size_t slab_size = span_size(stride_for(element_size), slab_count);
-    if (slab_size == 0 || slab_size > g_arena.size) {
+    if (span_size(stride_for(element_size), slab_count) == 0) {
         return nullptr;
     }
     Pool *pool = make_pool(element_size, slab_count, flags, tag);
-    if (pool != nullptr && (flags & CHUNK_FLAG_PREALLOCATE) != 0 && !preallocate(*pool)) {
+    if (pool != nullptr &&
+        (((flags & CHUNK_FLAG_PREALLOCATE) != 0 && !preallocate(*pool)) || !publish(pool))) {
         free(pool->depot);
         free(pool);
         return nullptr;
-    }
-    if (pool != nullptr) {
-        publish(pool);
     }
     return pool;
 }
@@ -144,11 +114,9 @@ void *chunk_malloc(void *handle) {
     if (must_fail(pool.tag)) {
         return nullptr;
     }
-    Magazine *magazine = find_magazine(pool);
-    if (magazine == nullptr || magazine->count == 0) {
-        return take_slowly(pool);
-    }
-    return hand_out(pool, *magazine);
+    Magazine *magazine = t_block.magazines[pool.place];
+    void *element = magazine == nullptr ? nullptr : pop(*magazine);
+    return element == nullptr ? take_slowly(pool) : mark_taken(pool, element);
 }
 
 int32_t chunk_free(void *handle, void *element) {
@@ -156,21 +124,14 @@ int32_t chunk_free(void *handle, void *element) {
         return 0;
     }
     Pool &pool = *static_cast<Pool *>(handle);
-    uint8_t *mark = live_mark(pool, element);
-    if (mark == nullptr) {
-        count_refusal(pool);
-        return 0;
+    uint16_t *owner = owner_of_address(element);
+    if (owner == nullptr || __atomic_load_n(owner, __ATOMIC_RELAXED) != pool.owner) {
+        return refuse(pool);
     }
-    __atomic_store_n(mark, uint8_t{0}, __ATOMIC_RELAXED);
+    __atomic_store_n(owner, uint16_t{0}, __ATOMIC_RELAXED);
     poison(element, pool.element_size);
-    Magazine *magazine = find_magazine(pool);
-    if (magazine == nullptr || magazine->count >= magazine->limit) {
-        give_back_slowly(pool, {.element = element, .mark = mark});
-        return 1;
-    }
-    magazine->elements[magazine->count++] = {.element = element, .mark = mark};
-    magazine->returns.add(1);
-    return 1;
+    Magazine *magazine = t_block.magazines[pool.place];
+    return magazine != nullptr && push(*magazine, element) ? 1 : give_back_slowly(pool, element);
 }
 
 int32_t chunk_pool_stats(void *pool, chunk_stats_t *out_stats) {

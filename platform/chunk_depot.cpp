@@ -1,6 +1,7 @@
 // The part of the pools that works under a lock.
 #include <sys/mman.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 
@@ -36,7 +37,7 @@ bool widen_depot(Pool &pool, uint64_t elements) {
     }
     const uint64_t doubled = pool.depot_capacity * 2;
     const uint64_t capacity = elements < doubled ? doubled : elements;
-    auto *wider = static_cast<FreeElement *>(realloc(pool.depot, capacity * sizeof(FreeElement)));
+    auto *wider = static_cast<void **>(realloc(pool.depot, capacity * sizeof(void *)));
     if (wider == nullptr) {
         return false;
     }
@@ -56,56 +57,44 @@ bool add_slab(Pool &pool) {
 }
 
 bool next_span(Pool &pool) {
-    Span *span = make_span(&pool, pool.stride, pool.span_elements);
+    char *span = make_span(pool.span_size);
     if (span == nullptr) {
         return false;
     }
-    span->older = pool.span;
-    pool.span = span;
-    pool.cut = 0;
+    pool.cut = span;
+    pool.cut_end = span + pool.span_size / pool.stride * pool.stride;
     return true;
 }
 
 // Cuts a new element. A slab that no span could be made for stays promised, for a later try.
-bool cut_element(Pool &pool, FreeElement &out) {
-    if (pool.fresh == 0 && !add_slab(pool)) {
-        return false;
+void *cut_element(Pool &pool) {
+    if ((pool.fresh == 0 && !add_slab(pool)) || (pool.cut == pool.cut_end && !next_span(pool))) {
+        return nullptr;
     }
-    if ((pool.span == nullptr || pool.cut == pool.span->count) && !next_span(pool)) {
-        return false;
-    }
-    out = {.element = pool.span->elements + pool.cut * pool.stride,
-           .mark = pool.span->marks + pool.cut};
-    pool.cut++;
+    void *element = pool.cut;
+    pool.cut += pool.stride;
     pool.fresh--;
-    return true;
+    return element;
 }
 
-bool take_free(Pool &pool, FreeElement &out) {
-    if (pool.depot_count == 0) {
-        return cut_element(pool, out);
-    }
-    out = pool.depot[--pool.depot_count];
-    return true;
+void *take_free(Pool &pool) {
+    return pool.depot_count != 0 ? pool.depot[--pool.depot_count] : cut_element(pool);
 }
 
 // Fresh elements of a thread lie side by side, the lowest on top. A slab is not begun for stock.
 void fill(Pool &pool, Magazine &magazine, uint32_t wanted) {
-    FreeElement *out = magazine.elements + magazine.count;
+    void **out = magazine.elements;
     uint32_t got = 0;
     while (got < wanted && (got == 0 || pool.depot_count != 0 || pool.fresh != 0) &&
-           take_free(pool, out[got])) {
+           (out[got] = take_free(pool)) != nullptr) {
         got++;
     }
-    for (uint32_t i = 0; i < got / 2; i++) {
-        const FreeElement swapped = out[i];
-        out[i] = out[got - 1 - i];
-        out[got - 1 - i] = swapped;
-    }
-    magazine.count += got;
+    std::reverse(out, out + got);
+    magazine.count.set(got);
+    magazine.exchanged += got;
 }
 
-void put_into_depot(Pool &pool, const FreeElement *elements, uint64_t count) {
+void put_into_depot(Pool &pool, void *const *elements, uint64_t count) {
     if (count != 0) {
         memcpy(pool.depot + pool.depot_count, elements, count * sizeof *elements);
         pool.depot_count += count;
@@ -114,14 +103,17 @@ void put_into_depot(Pool &pool, const FreeElement *elements, uint64_t count) {
 
 // The elements that came first go; those used last are still in the thread's cache.
 void drain(Pool &pool, Magazine &magazine, uint32_t count) {
+    const uint32_t kept = magazine.count.get() - count;
     put_into_depot(pool, magazine.elements, count);
-    magazine.count -= count;
-    memmove(magazine.elements, magazine.elements + count,
-            magazine.count * sizeof *magazine.elements);
+    memmove(magazine.elements, magazine.elements + count, kept * sizeof *magazine.elements);
+    magazine.count.set(kept);
+    magazine.exchanged -= count;
 }
 
+// What the thread took and did not return, seen from what it has exchanged and still keeps.
 int64_t live_of(const Magazine &magazine) {
-    return static_cast<int64_t>(magazine.takes.get() - magazine.returns.get());
+    const int64_t kept = magazine.count.get() + (magazine.last.get() != nullptr ? 1 : 0);
+    return magazine.exchanged - kept;
 }
 
 void raise_peak(Pool &pool, int64_t live) {
@@ -141,10 +133,10 @@ void tell_live(Pool &pool, Magazine &magazine) {
 
 // Where the thread keeps its magazine of the pool; null when there is no memory for that.
 Magazine **magazine_place(const Pool &pool) {
-    if (pool.index < kDirectPools) {
-        return &t_block.magazines[pool.index];
+    if (pool.place < kDirectPools) {
+        return &t_block.magazines[pool.place];
     }
-    const uint32_t index = pool.index - kDirectPools;
+    const uint32_t index = pool.owner;
     MoreMagazines *more = t_block.more_magazines;
     if (more == nullptr || index >= more->size) {
         const uint32_t size = (index / 64 + 1) * 64;
@@ -205,87 +197,79 @@ void release_magazine(Magazine *&place) {
     {
         const Locked locked(pool);
         tell_live(pool, *magazine);
-        put_into_depot(pool, magazine->elements, magazine->count);
+        pool.past_live += live_of(*magazine);
         pool.past_takes += magazine->takes.get();
-        pool.past_returns += magazine->returns.get();
+        put_into_depot(pool, magazine->elements, magazine->count.get());
+        void *last = magazine->last.get();
+        put_into_depot(pool, &last, last != nullptr ? 1 : 0);
         leave_list(pool, *magazine);
     }
     free(magazine);
 }
 
-void *hand_out_single(Pool &pool) {
-    FreeElement taken;
-    {
-        const Locked locked(pool);
-        if (!take_free(pool, taken)) {
-            return nullptr;
-        }
+// The calling thread's magazine, made if need be; null when it can have none.
+Magazine *magazine_of(Pool &pool) {
+    Magazine **place = magazine_place(pool);
+    return place != nullptr && *place != nullptr ? *place : make_magazine(pool);
+}
+
+void *take_without_magazine(Pool &pool) {
+    const Locked locked(pool);
+    void *element = take_free(pool);
+    if (element != nullptr) {
         pool.past_takes++;
+        pool.past_live++;
         raise_peak(pool, ++pool.told);
     }
-    __atomic_store_n(taken.mark, uint8_t{1}, __ATOMIC_RELAXED);
-    unpoison(taken.element, pool.element_size);
-    return taken.element;
+    return element;
+}
+
+void *take_with_magazine(Pool &pool, Magazine &magazine) {
+    void *element = pop(magazine);
+    if (element != nullptr) {
+        return element;
+    }
+    {
+        const Locked locked(pool);
+        tell_live(pool, magazine);
+        fill(pool, magazine, (magazine.limit + 1) / 2);
+    }
+    return pop(magazine);
 }
 
 }  // namespace
 
-Magazine *find_magazine(const Pool &pool) {
-    if (pool.index < kDirectPools) {
-        return t_block.magazines[pool.index];
-    }
-    MoreMagazines *more = t_block.more_magazines;
-    const uint32_t index = pool.index - kDirectPools;
-    return more != nullptr && index < more->size ? more->at(index) : nullptr;
-}
-
 void *take_slowly(Pool &pool) {
-    Magazine *magazine = find_magazine(pool);
-    if (magazine == nullptr) {
-        magazine = make_magazine(pool);
-    }
-    if (magazine == nullptr) {
-        return hand_out_single(pool);
-    }
-    {
-        const Locked locked(pool);
-        tell_live(pool, *magazine);
-        fill(pool, *magazine, (magazine->limit + 1) / 2);
-        if (magazine->count == 0) {
-            return nullptr;
-        }
-    }
-    const FreeElement taken = magazine->elements[--magazine->count];
-    magazine->takes.add(1);
-    __atomic_store_n(taken.mark, uint8_t{1}, __ATOMIC_RELAXED);
-    unpoison(taken.element, pool.element_size);
-    return taken.element;
+    Magazine *magazine = magazine_of(pool);
+    void *element =
+        magazine != nullptr ? take_with_magazine(pool, *magazine) : take_without_magazine(pool);
+    return element == nullptr ? nullptr : mark_taken(pool, element);
 }
 
-void give_back_slowly(Pool &pool, FreeElement element) {
-    Magazine *magazine = find_magazine(pool);
-    if (magazine == nullptr) {
-        magazine = make_magazine(pool);
-    }
+int32_t give_back_slowly(Pool &pool, void *element) {
+    Magazine *magazine = magazine_of(pool);
     if (magazine == nullptr) {
         const Locked locked(pool);
         put_into_depot(pool, &element, 1);
-        pool.past_returns++;
+        pool.past_live--;
         pool.told--;
-        return;
+        return 1;
     }
-    if (magazine->count >= magazine->limit) {
-        const Locked locked(pool);
-        tell_live(pool, *magazine);
-        drain(pool, *magazine, (magazine->limit + 1) / 2);
+    if (!push(*magazine, element)) {
+        {
+            const Locked locked(pool);
+            tell_live(pool, *magazine);
+            drain(pool, *magazine, (magazine->limit + 1) / 2);
+        }
+        push(*magazine, element);
     }
-    magazine->elements[magazine->count++] = element;
-    magazine->returns.add(1);
+    return 1;
 }
 
-void count_refusal(Pool &pool) {
+int32_t refuse(Pool &pool) {
     const Locked locked(pool);
     pool.refused++;
+    return 0;
 }
 
 bool preallocate(Pool &pool) {
@@ -293,20 +277,20 @@ bool preallocate(Pool &pool) {
     if (!add_slab(pool) || !next_span(pool)) {
         return false;
     }
-    madvise(pool.span->marks, span_size(pool.stride, pool.span_elements), MADV_POPULATE_WRITE);
+    madvise(pool.cut, pool.slab_count * pool.stride, MADV_POPULATE_WRITE);
     return true;
 }
 
 chunk_stats_t pool_stats(const Pool &pool) {
     const Locked locked(pool);
     uint64_t takes = pool.past_takes;
-    uint64_t returns = pool.past_returns;
+    int64_t net = pool.past_live;
     for (const Magazine *magazine = pool.magazines; magazine != nullptr;
          magazine = magazine->after) {
         takes += magazine->takes.get();
-        returns += magazine->returns.get();
+        net += live_of(*magazine);
     }
-    const uint64_t live = takes - returns;
+    const auto live = static_cast<uint64_t>(net);
     const auto peak = static_cast<uint64_t>(pool.peak);
     return {.element_size = pool.element_size,
             .slab_count = pool.slab_count,

@@ -15,7 +15,9 @@ struct MoreMagazines;
 inline constexpr uint32_t kDirectPools = 64;
 
 struct ThreadBlock {
-    Magazine *magazines[kDirectPools];
+    // The entry behind the last stays null: it sends the pools without a place of their own the
+    // slow way round.
+    Magazine *magazines[kDirectPools + 1];
     MoreMagazines *more_magazines;
     ThreadTags *tags;
     PlaceStack *places;

@@ -47,8 +47,8 @@ typedef struct chunk_stats {
 /* Makes a pool. `element_size`: bytes of an element, 1 to CHUNK_MAX_ELEMENT_SIZE. `count`: elements
  * of a slab, from 1; the pool grows by one slab whenever it runs empty. `flags`: see above. `one`
  * is not looked at. `tag`: names the pool in reports and for the failure hook. Null for a size or
- * count out of range, a slab that would not fit into memory, when memory runs out, and when the
- * failure hook fails the tag. The handle is the pool's own and is never freed. */
+ * count out of range, a slab that would not fit into memory, the 65,536th pool, when memory runs out,
+ * and when the failure hook fails the tag. The handle is the pool's own and is never freed. */
 ORU_API void *chunk_create_poolheap(size_t element_size, intptr_t count, uintptr_t flags,
                                     int32_t one, uint32_t tag);
 

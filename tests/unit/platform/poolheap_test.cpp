@@ -206,7 +206,7 @@ TEST_F(PoolheapDeath, ForeignPointersAreNamed) {
     alignas(16) char local[64] = "";
     char *inside = static_cast<char *>(ph_malloc_named(tag, 64));
     EXPECT_DEATH(ph_free_named(local + 16), "ph_free_named: foreign pointer 0x");
-    EXPECT_DEATH(ph_free_named(inside + 16), "ph_free_named: foreign pointer 0x");
+    EXPECT_DEATH(ph_free_named(inside + 8), "ph_free_named: foreign pointer 0x");
     EXPECT_DEATH(ph_free_named(reinterpret_cast<void *>(uintptr_t{4096})),
                  "foreign pointer 0x1000");
     EXPECT_DEATH(ph_realloc_named(tag, local + 16, 3), "ph_realloc_named: foreign pointer 0x");
