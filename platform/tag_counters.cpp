@@ -6,7 +6,7 @@
 
 namespace oru::platform {
 
-std::atomic<uint32_t> g_tag_index[kTagIndexSize];
+std::atomic<uint64_t> g_tag_index[kTagIndexSize];
 uint32_t g_slot_tags[kTagSlots];
 
 namespace {
@@ -15,8 +15,7 @@ namespace {
 struct SharedCounters {
     SharedCounter<uint64_t> taken;
     SharedCounter<uint64_t> given_back;
-    SharedCounter<uint64_t> bytes_taken;
-    SharedCounter<uint64_t> bytes_given_back;
+    SharedCounter<int64_t> bytes;
     SharedCounter<int64_t> told;  // live bytes as far as threads have told them
     SharedCounter<int64_t> peak;
 };
@@ -64,8 +63,7 @@ void fold(uint32_t slot, TagCounters &counters) {
     tell_peak(slot, counters);
     shared.taken.add(counters.taken.get());
     shared.given_back.add(counters.given_back.get());
-    shared.bytes_taken.add(counters.bytes_taken.get());
-    shared.bytes_given_back.add(counters.bytes_given_back.get());
+    shared.bytes.add(counters.bytes.get());
 }
 
 template <class Visit>
@@ -84,9 +82,9 @@ void add_thread(poolheap_stats_t &stats, int64_t &high, uint32_t slot, const Thr
     }
     const TagCounters &counters = page->counters[slot % kTagsPerPage];
     stats.live_blocks += counters.taken.get() - counters.given_back.get();
-    stats.live_bytes += counters.bytes_taken.get() - counters.bytes_given_back.get();
+    stats.live_bytes += static_cast<uint64_t>(counters.bytes.get());
     stats.total_blocks += counters.taken.get();
-    high += counters.high.get();
+    high += counters.high.get() - counters.told.get();
 }
 
 }  // namespace
@@ -106,17 +104,8 @@ uint32_t add_tag_slot(uint32_t tag) {
     }
     g_slot_tags[slot] = tag;
     g_slot_count.store(slot + 1);
-    g_tag_index[at].store(slot, std::memory_order_release);
+    g_tag_index[at].store(uint64_t{tag} << 32 | slot, std::memory_order_release);
     return slot;
-}
-
-uint32_t find_tag_slot(uint32_t tag) {
-    for (uint32_t at = first_tag_place(tag);; at = (at + 1) % kTagIndexSize) {
-        const uint32_t slot = g_tag_index[at].load(std::memory_order_acquire);
-        if (slot == 0 || g_slot_tags[slot] == tag) {
-            return slot;
-        }
-    }
 }
 
 TagCounters *make_counters(uint32_t slot) {
@@ -136,23 +125,23 @@ TagCounters *make_counters(uint32_t slot) {
 
 void tell_peak(uint32_t slot, TagCounters &counters) {
     SharedCounters &shared = g_shared[slot];
-    const int64_t pending = counters.pending.get();
-    const int64_t before = shared.told.add(pending) - pending;
-    shared.peak.raise_to(before + counters.high.get());
-    counters.pending.set(0);
-    counters.high.set(0);
+    const int64_t bytes = counters.bytes.get();
+    const int64_t told = counters.told.get();
+    const int64_t of_others = shared.told.add(bytes - told) - bytes;
+    shared.peak.raise_to(of_others + counters.high.get());
+    counters.told.set(bytes);
+    counters.high.set(bytes);
 }
 
-void count_shared(uint32_t slot, int64_t blocks, uint64_t taken_bytes, uint64_t given_bytes) {
+void count_shared(uint32_t slot, int64_t blocks, int64_t bytes) {
     SharedCounters &shared = g_shared[slot];
     if (blocks > 0) {
         shared.taken.add(1);
     } else if (blocks < 0) {
         shared.given_back.add(1);
     }
-    shared.bytes_taken.add(taken_bytes);
-    shared.bytes_given_back.add(given_bytes);
-    shared.peak.raise_to(shared.told.add(static_cast<int64_t>(taken_bytes - given_bytes)));
+    shared.bytes.add(bytes);
+    shared.peak.raise_to(shared.told.add(bytes));
 }
 
 void release_tags(ThreadBlock &block) {
@@ -180,7 +169,7 @@ poolheap_stats_t slot_stats(uint32_t slot) {
     poolheap_stats_t stats{};
     int64_t high = shared.told.get();
     stats.live_blocks = shared.taken.get() - shared.given_back.get();
-    stats.live_bytes = shared.bytes_taken.get() - shared.bytes_given_back.get();
+    stats.live_bytes = static_cast<uint64_t>(shared.bytes.get());
     stats.total_blocks = shared.taken.get();
     for (const ThreadTags *tags = g_threads; tags != nullptr; tags = tags->after) {
         add_thread(stats, high, slot, *tags);

@@ -19,10 +19,9 @@ inline constexpr uint32_t kTagsPerPage = 64;
 struct TagCounters {
     OwnedCounter<uint64_t> taken;
     OwnedCounter<uint64_t> given_back;
-    OwnedCounter<uint64_t> bytes_taken;
-    OwnedCounter<uint64_t> bytes_given_back;
-    OwnedCounter<int64_t> pending;  // live bytes that the shared peak has not heard of yet
-    OwnedCounter<int64_t> high;     // highest `pending` since it was told
+    OwnedCounter<int64_t> bytes;  // taken less given back, by this thread
+    OwnedCounter<int64_t> told;   // `bytes` as far as the shared peak has heard of them
+    OwnedCounter<int64_t> high;   // highest `bytes` since then
 };
 
 struct TagPage {
@@ -35,29 +34,33 @@ struct ThreadTags {
     std::atomic<TagPage *> pages[kTagSlots / kTagsPerPage];
 };
 
-extern std::atomic<uint32_t> g_tag_index[kTagIndexSize] __attribute__((visibility("hidden")));
+// Entries are a tag in the upper half and its slot in the lower, 0 where there is none.
+extern std::atomic<uint64_t> g_tag_index[kTagIndexSize] __attribute__((visibility("hidden")));
 extern uint32_t g_slot_tags[kTagSlots] __attribute__((visibility("hidden")));
 
 uint32_t add_tag_slot(uint32_t tag);
 TagCounters *make_counters(uint32_t slot);
 void tell_peak(uint32_t slot, TagCounters &counters);
-void count_shared(uint32_t slot, int64_t blocks, uint64_t taken_bytes, uint64_t given_bytes);
+void count_shared(uint32_t slot, int64_t blocks, int64_t bytes);
 
 inline uint32_t first_tag_place(uint32_t tag) {
     return (tag * 0x9E3779B1u) >> 20;
 }
 static_assert(kTagIndexSize == 1u << 12, "first_tag_place gives twelve bits");
 
-inline uint32_t tag_slot(uint32_t tag) {
+// The slot of a tag that was used before, or 0.
+inline uint32_t find_tag_slot(uint32_t tag) {
     for (uint32_t at = first_tag_place(tag);; at = (at + 1) % kTagIndexSize) {
-        const uint32_t slot = g_tag_index[at].load(std::memory_order_acquire);
-        if (slot == 0) {
-            return add_tag_slot(tag);
-        }
-        if (g_slot_tags[slot] == tag) {
-            return slot;
+        const uint64_t entry = g_tag_index[at].load(std::memory_order_acquire);
+        if (entry == 0 || entry >> 32 == tag) {
+            return static_cast<uint32_t>(entry);
         }
     }
+}
+
+inline uint32_t tag_slot(uint32_t tag) {
+    const uint32_t slot = find_tag_slot(tag);
+    return slot != 0 ? slot : add_tag_slot(tag);
 }
 
 // The calling thread's counters; null when there is no memory for them.
@@ -71,38 +74,35 @@ inline TagCounters *counters_of(uint32_t slot) {
     return make_counters(slot);
 }
 
-inline void add_pending(uint32_t slot, TagCounters &counters, int64_t bytes) {
-    const int64_t pending = counters.pending.get() + bytes;
-    counters.pending.set(pending);
-    if (pending > counters.high.get()) {
-        counters.high.set(pending);
-    }
-    if (pending > POOLHEAP_PEAK_SLACK || pending < -POOLHEAP_PEAK_SLACK) {
-        tell_peak(slot, counters);
-    }
-}
-
 // `blocks` is 0 when a block only changes its size.
-inline void count_taken(uint32_t slot, size_t bytes, uint64_t blocks = 1) {
+inline void count_taken(uint32_t slot, size_t size, uint64_t blocks = 1) {
     TagCounters *counters = counters_of(slot);
     if (counters == nullptr) {
-        count_shared(slot, static_cast<int64_t>(blocks), bytes, 0);
+        count_shared(slot, static_cast<int64_t>(blocks), static_cast<int64_t>(size));
         return;
     }
     counters->taken.add(blocks);
-    counters->bytes_taken.add(bytes);
-    add_pending(slot, *counters, static_cast<int64_t>(bytes));
+    counters->bytes.add(static_cast<int64_t>(size));
+    const int64_t bytes = counters->bytes.get();
+    if (bytes > counters->high.get()) {
+        counters->high.set(bytes);
+        if (bytes - counters->told.get() > POOLHEAP_PEAK_SLACK) {
+            tell_peak(slot, *counters);
+        }
+    }
 }
 
-inline void count_given_back(uint32_t slot, size_t bytes, uint64_t blocks = 1) {
+inline void count_given_back(uint32_t slot, size_t size, uint64_t blocks = 1) {
     TagCounters *counters = counters_of(slot);
     if (counters == nullptr) {
-        count_shared(slot, -static_cast<int64_t>(blocks), 0, bytes);
+        count_shared(slot, -static_cast<int64_t>(blocks), -static_cast<int64_t>(size));
         return;
     }
     counters->given_back.add(blocks);
-    counters->bytes_given_back.add(bytes);
-    add_pending(slot, *counters, -static_cast<int64_t>(bytes));
+    counters->bytes.add(-static_cast<int64_t>(size));
+    if (counters->told.get() - counters->bytes.get() > POOLHEAP_PEAK_SLACK) {
+        tell_peak(slot, *counters);
+    }
 }
 
 // Sums of one slot over all threads, living and ended.
@@ -110,8 +110,5 @@ poolheap_stats_t slot_stats(uint32_t slot);
 
 // How many slots are in use; the tags of slots from 1 on stand in `g_slot_tags`.
 uint32_t slot_count();
-
-// The slot of a tag that was used before, or 0.
-uint32_t find_tag_slot(uint32_t tag);
 
 }  // namespace oru::platform

@@ -159,6 +159,8 @@ TEST(Loader, MovedFolderStillFindsItsLibraries) {
     void *in_lib = open("moved_to_lib.so", RTLD_NOW);
     EXPECT_EQ(answer_of(beside), 42);
     EXPECT_EQ(answer_of(in_lib), 42);
+    dlclose(beside);
+    dlclose(in_lib);
     fs::remove_all(moved);
 }
 #endif
