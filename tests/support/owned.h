@@ -1,0 +1,29 @@
+// Owns one reference of an object of the C interface for a scope.
+#ifndef ORU_TESTS_SUPPORT_OWNED_H
+#define ORU_TESTS_SUPPORT_OWNED_H
+
+#include <memory>
+
+#include "oru/name.h"
+#include "oru/strbuf.h"
+#include "oru/uri.h"
+#include "oru/value.h"
+
+namespace oru::test {
+
+template <auto deref>
+struct Deref {
+    template <class Object>
+    void operator()(Object *object) const {
+        deref(object);
+    }
+};
+
+using Name = std::unique_ptr<ORUDoName, Deref<oru_do_name_deref>>;
+using Strbuf = std::unique_ptr<ORUDoStrbuf, Deref<oru_do_strbuf_deref>>;
+using Uri = std::unique_ptr<ORUDoUri, Deref<oru_do_uri_deref>>;
+using Value = std::unique_ptr<ORUDoValue, Deref<oru_do_value_deref>>;
+
+}  // namespace oru::test
+
+#endif
