@@ -51,6 +51,10 @@ ORU_API void oru_do_nvlist_iter(ORUDoNvlist *nvlist, ORUDoIter *iter);
 ORU_API int32_t oru_do_nvlist_has_next(ORUDoIter *iter);
 ORU_API ORUDoNvlistItem *oru_do_nvlist_get_next(ORUDoIter *iter);
 
+/* Non-zero when both have equal items, name and value, in the same order. Asserts "nvlist1" and
+   "nvlist2". */
+ORU_API int32_t oru_do_nvlist_equals(ORUDoNvlist *nvlist1, ORUDoNvlist *nvlist2);
+
 /* ---- Adding ----
  * The result is the new length, or -1 for a null name or value and when memory runs out. Names are
  * copied; the list counts its own reference on the value. */
@@ -77,7 +81,17 @@ ORU_API int32_t oru_do_nvlist_add_all(ORUDoNvlist *nvlist, ORUDoNvlist *other_nv
 ORU_API void oru_do_nvlist_delete_one(ORUDoNvlist *nvlist, const char *name);
 ORU_API void oru_do_nvlist_delete_all(ORUDoNvlist *nvlist, const char *name);
 
+/*
+ * Removes the first item whose name is that of `item` and whose value compares as 0 with its value
+ * by `oru_do_value_compare`. A null `item`, and one without name or value, removes nothing.
+ */
+ORU_API void oru_do_nvlist_delete_item(ORUDoNvlist *nvlist, ORUDoNvlistItem *item);
+
 /* ---- Printing ---- */
+
+/* Appends "{name : value, name : value}" to a buffer. `tabs` is ignored; a null list adds nothing.
+   Result 0. */
+ORU_API int32_t oru_do_nvlist_to_strbuf(ORUDoNvlist *nvlist, int32_t tabs, ORUDoStrbuf *strbuf);
 
 /* ---- Life ---- */
 

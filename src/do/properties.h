@@ -34,4 +34,19 @@ struct oru::ObjectType<ORUDoProperties> {
     static void release_members(ORUDoProperties &self);
 };
 
+namespace oru {
+
+// The first entry of that name, or null.
+ORUDoProperty *properties_find(const ORUDoProperties &properties, const char *name);
+
+// Adds an entry behind the last, counting name and value; a null value asserts "val". No name is
+// looked for, but once there is an index a name that is there already is fatal.
+void properties_append(ORUDoProperties &properties, ORUDoName *name, ORUDoValue *value);
+
+// Replaces the value of the entry of that name, which a null value leaves as it is, or appends an
+// entry with a name of its own. A name that cannot be had drops the value.
+void properties_set(ORUDoProperties &properties, const char *name, ORUDoValue *value);
+
+}  // namespace oru
+
 #endif

@@ -3,9 +3,19 @@ target_sources(oruapi PRIVATE
   do/error_list.cpp
   do/hex.cpp
   do/name.cpp
+  do/nlist.cpp
+  do/ntlist.cpp
   do/nvlist.cpp
+  do/nvlist_compare.cpp
+  do/print.cpp
+  do/print_containers.cpp
   do/prop_errs.cpp
+  do/properties.cpp
+  do/properties_combine.cpp
+  do/properties_index.cpp
+  do/properties_list.cpp
   do/properties_settings.cpp
+  do/property.cpp
   do/strbuf.cpp
   do/uri.cpp
   do/value.cpp
@@ -16,4 +26,5 @@ target_sources(oruapi PRIVATE
   do/value_types.cpp
   do/value_xml.cpp
   do/vlist.cpp
+  do/vlist_compare.cpp
 )

@@ -140,7 +140,7 @@ auto chain(List &list) {
 
 // Whether two chains hold the `same` items in the same order.
 template <class Item, class Same>
-bool same_items(const Item *item, const Item *other, Same &&same) {
+bool same_items(Item *item, Item *other, Same &&same) {
     while (item != nullptr && other != nullptr && same(*item, *other)) {
         item = item->next;
         other = other->next;
