@@ -24,9 +24,10 @@ ORU_BEGIN_DECLS
 #define CHUNK_FLAG_MAX_SLABS_MASK 0xffff0000u
 #define CHUNK_FLAG_MAX_SLABS(n) (((uintptr_t)(n)&0xffffu) << CHUNK_FLAG_MAX_SLABS_SHIFT)
 
-/* Free elements that one thread may keep for itself in its magazine of a pool. An element there is
- * not seen by the others, so a pool with a cap may give null to one thread while others keep up to
- * this many each. Pools with a cap of few elements keep less. */
+/* Free elements that one thread may keep for itself in its magazine of a pool, beside the one that
+ * it returned last. They are not seen by the others, so a pool with a cap may give null to one
+ * thread while others keep some. A pool with a cap lets each thread keep an eighth of its elements
+ * at most. */
 #define CHUNK_MAGAZINE_SIZE 128
 
 /* Elements have at most this many bytes. */
@@ -47,8 +48,8 @@ typedef struct chunk_stats {
 /* Makes a pool. `element_size`: bytes of an element, 1 to CHUNK_MAX_ELEMENT_SIZE. `count`: elements
  * of a slab, from 1; the pool grows by one slab whenever it runs empty. `flags`: see above. `one`
  * is not looked at. `tag`: names the pool in reports and for the failure hook. Null for a size or
- * count out of range, a slab that would not fit into memory, the 65,536th pool, when memory runs out,
- * and when the failure hook fails the tag. The handle is the pool's own and is never freed. */
+ * count out of range, a slab that would not fit into memory, the 65,536th pool, when memory runs
+ * out, and when the failure hook fails the tag. The handle is the pool's own and is never freed. */
 ORU_API void *chunk_create_poolheap(size_t element_size, intptr_t count, uintptr_t flags,
                                     int32_t one, uint32_t tag);
 
