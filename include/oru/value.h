@@ -152,10 +152,14 @@ ORU_API ORUDoValue *oru_do_value_new_ip_address(const void *bytes, int32_t n);
 ORU_API ORUDoValue *oru_do_value_new_nsap_address(const void *bytes, int32_t n);
 
 /* Held objects: the value counts a reference of its own, the caller keeps his. Null gives a null
-   value. */
+   value. The list of a bits value has enumerations; nothing checks that. */
 ORU_API ORUDoValue *oru_do_value_new_any_uri(ORUDoUri *object);
+ORU_API ORUDoValue *oru_do_value_new_choice(ORUDoNvlist *object);
+ORU_API ORUDoValue *oru_do_value_new_sequence(ORUDoNvlist *object);
+ORU_API ORUDoValue *oru_do_value_new_array(ORUDoVlist *object);
 ORU_API ORUDoValue *oru_do_value_new_mr_uri(ORUDoUri *object);
 ORU_API ORUDoValue *oru_do_value_new_coll_uri(ORUDoUri *object);
+ORU_API ORUDoValue *oru_do_value_new_bits(ORUDoVlist *object);
 
 /* ---- Making from text and numbers ----
  * A null result with the status still 0 means that memory ran out. The status is written only on
@@ -168,8 +172,8 @@ ORU_API ORUDoValue *oru_do_value_new_coll_uri(ORUDoUri *object);
  * memory runs out on the way. Numbers may have leading blanks and a sign, nothing behind them, and
  * are cut to the width of their type: "300" as unsignedByte is 44. A status that was not 0 before
  * stops integers with a null result; floats and doubles come out whatever the status says. Bytes
- * are pairs of hexadecimal digits. Addresses may carry "/" and a prefix length. `text` and `errp`
- * are asserted, unless a formatter parses.
+ * are pairs of hexadecimal digits, bits are words between blanks. Addresses may carry "/" and a
+ * prefix length. `text` and `errp` are asserted, unless a formatter parses.
  */
 ORU_API ORUDoValue *oru_do_value_new_from_string(const char *text, int32_t type, int32_t *errp);
 ORU_API ORUDoValue *oru_do_value_new_from_string_fmt(const char *text, int32_t type,

@@ -1,9 +1,13 @@
 #include "do/value.h"
 
+#include "do/nvlist.h"
 #include "do/uri.h"
 #include "do/value_types.h"
+#include "do/vlist.h"
 #include "frame/text.h"
+#include "oru/nvlist.h"
 #include "oru/rc.h"
+#include "oru/vlist.h"
 
 namespace {
 
@@ -133,6 +137,12 @@ ORUDoValue *clone_payload(ORUDoValue &val) {
         case ORU_DO_TYPE_COLL_URI:
             return new_holding_clone(val.type,
                                      oru_do_uri_new(oru_do_uri_get_uri_str(val.data.uri)));
+        case ORU_DO_TYPE_CHOICE:
+        case ORU_DO_TYPE_SEQUENCE:
+            return new_holding_clone(val.type, oru_do_nvlist_clone(val.data.nvlist));
+        case ORU_DO_TYPE_ARRAY:
+        case ORU_DO_TYPE_BITS:
+            return new_holding_clone(val.type, oru_do_vlist_clone(val.data.vlist));
         case ORU_DO_TYPE_UNKNOWN:
         case ORU_DO_TYPE_DEFAULT:
         case ORU_DO_TYPE_NULL:
@@ -159,6 +169,14 @@ void oru::ObjectType<ORUDoValue>::release_members(ORUDoValue &self) {
         case ORU_DO_TYPE_COLL_URI:
             oru::deref(self.data.uri);
             break;
+        case ORU_DO_TYPE_CHOICE:
+        case ORU_DO_TYPE_SEQUENCE:
+            oru::deref(self.data.nvlist);
+            break;
+        case ORU_DO_TYPE_ARRAY:
+        case ORU_DO_TYPE_BITS:
+            oru::deref(self.data.vlist);
+            break;
         default:
             break;
     }
@@ -184,13 +202,10 @@ ORUDoValue *oru_do_value_new_default() {
     ORUDoValue *oru_do_value_new_##suffix(const void *bytes, int32_t n) { \
         return new_bytes(ORU_DO_TYPE_##CODE, bytes, n);                   \
     }
-#define NEW_HELD_ORUDoUri(suffix, CODE)                       \
-    ORUDoValue *oru_do_value_new_##suffix(ORUDoUri *object) { \
-        return new_held(ORU_DO_TYPE_##CODE, object);          \
+#define NEW_HELD(suffix, CODE, Type)                      \
+    ORUDoValue *oru_do_value_new_##suffix(Type *object) { \
+        return new_held(ORU_DO_TYPE_##CODE, object);      \
     }
-#define NEW_HELD_ORUDoNvlist(suffix, CODE)
-#define NEW_HELD_ORUDoVlist(suffix, CODE)
-#define NEW_HELD(suffix, CODE, Type) NEW_HELD_##Type(suffix, CODE)
 #define NEW(SHAPE, suffix, CODE, text, Type) NEW_##SHAPE(suffix, CODE, Type)
 ORU_VALUE_TYPES(NEW)
 

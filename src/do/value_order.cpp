@@ -4,6 +4,8 @@
 #include "do/strbuf.h"
 #include "do/uri.h"
 #include "do/value.h"
+#include "oru/nvlist.h"
+#include "oru/vlist.h"
 
 namespace {
 
@@ -155,6 +157,31 @@ int32_t order_uris(const ORUDoValue &a, const ORUDoValue &b) {
                         reinterpret_cast<const char *>(b.data.uri), static_cast<size_t>(a.len));
 }
 
+// Those that are not equal go by their count of entries; a count that is the same is no answer.
+int32_t order_by_count(const ORUDoValue &a, const ORUDoValue &b, int32_t count_a, int32_t count_b) {
+    if (same_value(a, b))
+        return kSame;
+    return count_a < count_b ? kLess : kGreater;
+}
+
+int32_t order_complex(const ORUDoValue &a, const ORUDoValue &b) {
+    if (oru_do_is_complex_type(b.type) == 0)
+        return kNotComparable;
+    return order_by_count(a, b, oru_do_nvlist_get_len(a.data.nvlist),
+                          oru_do_nvlist_get_len(b.data.nvlist));
+}
+
+bool holds_values(int32_t type) {
+    return oru_do_is_array_type(type) != 0 || oru_do_is_bits_type(type) != 0;
+}
+
+int32_t order_arrays(const ORUDoValue &a, const ORUDoValue &b) {
+    if (!holds_values(b.type))
+        return kNotComparable;
+    return order_by_count(a, b, oru_do_vlist_get_len(a.data.vlist),
+                          oru_do_vlist_get_len(b.data.vlist));
+}
+
 int32_t order_values(const ORUDoValue &a, const ORUDoValue &b, bool strict) {
     if (oru::is_integer_type(a.type) != oru::is_integer_type(b.type))
         return kNotComparable;
@@ -168,6 +195,10 @@ int32_t order_values(const ORUDoValue &a, const ORUDoValue &b, bool strict) {
         return order_booleans(a, b);
     if (oru::is_sized_type(a.type))
         return order_sized(a, b, strict);
+    if (oru_do_is_complex_type(a.type) != 0)
+        return order_complex(a, b);
+    if (holds_values(a.type))
+        return order_arrays(a, b);
     if (oru_do_is_uri_type(a.type) != 0)
         return order_uris(a, b);
     return kNotComparable;

@@ -8,9 +8,11 @@
 
 #include "do/uri.h"
 #include "do/value.h"
+#include "do/vlist.h"
 #include "frame/text.h"
 #include "oru/hex.h"
 #include "oru/rc.h"
+#include "oru/vlist.h"
 
 namespace {
 
@@ -183,6 +185,24 @@ ORUDoValue *nsap_address_from_text(const char *text, int32_t *errp) {
     return val != nullptr ? val : fail(errp, ORU_RC_VALUE_TYPE);
 }
 
+// Words between blanks; an empty text has none.
+ORUDoValue *bits_from_text(const char *text, int32_t *errp) {
+    const auto list = oru::Ref<ORUDoVlist>::adopt(oru_do_vlist_new());
+    if (!list)
+        return fail(errp, ORU_RC_MALLOC);
+    const Text copy(oru::duplicate(text));
+    if (!copy)
+        return fail(errp, ORU_RC_MALLOC);
+    char *rest = nullptr;
+    for (char *word = strtok_r(copy.get(), " ", &rest); word != nullptr;
+         word = strtok_r(nullptr, " ", &rest)) {
+        const auto bit = oru::Ref<ORUDoValue>::adopt(oru_do_value_new_enumeration(word));
+        if (!bit || oru_do_vlist_add(list.get(), bit.get()) < 0)
+            return fail(errp, ORU_RC_MALLOC);
+    }
+    return oru_do_value_new_bits(list.get());
+}
+
 ORUDoValue *value_from_text(const char *text, int32_t type, int32_t *errp) {
     switch (type) {
         case ORU_DO_TYPE_UNSIGNED_BYTE:
@@ -220,6 +240,8 @@ ORUDoValue *value_from_text(const char *text, int32_t type, int32_t *errp) {
             return nsap_address_from_text(text, errp);
         case ORU_DO_TYPE_ENUMERATION:
             return oru_do_value_new_enumeration(text);
+        case ORU_DO_TYPE_BITS:
+            return bits_from_text(text, errp);
         default:
             return fail(errp, ORU_RC_WRONG_DATA_TYPE);
     }
