@@ -38,6 +38,7 @@
 #include "oru/hex.h"
 #include "oru/iter.h"
 #include "oru/lib.h"
+#include "oru/logger.h"
 #include "oru/mr_meta.h"
 #include "oru/name.h"
 #include "oru/nlist.h"
@@ -55,6 +56,7 @@
 #include "oru/typedef_meta.h"
 #include "oru/types.h"
 #include "oru/uri.h"
+#include "oru/util.h"
 #include "oru/value.h"
 #include "oru/vlist.h"
 

@@ -8,9 +8,17 @@ target_sources(oruapi PRIVATE
   frame/lib.cpp
   frame/location.cpp
   frame/location_keys.cpp
+  frame/logger.cpp
   frame/pool.cpp
   frame/queue.cpp
   frame/rc.cpp
+  frame/regexp.cpp
+  frame/regexp_cost.cpp
   frame/tags.cpp
   frame/threads.cpp
+  frame/util_console.cpp
+  frame/util_file.cpp
+  frame/util_process.cpp
+  frame/util_text.cpp
+  frame/util_time.cpp
 )
