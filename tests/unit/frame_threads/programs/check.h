@@ -1,0 +1,16 @@
+/* Expectations of a small program: it ends at the first one that does not hold. */
+#ifndef ORU_TESTS_PROGRAMS_CHECK_H
+#define ORU_TESTS_PROGRAMS_CHECK_H
+
+#include <stdio.h>
+#include <stdlib.h>
+
+#define CHECK(condition)                                                            \
+    do {                                                                            \
+        if (!(condition)) {                                                         \
+            fprintf(stderr, "%s:%d: not so: %s\n", __FILE__, __LINE__, #condition); \
+            exit(1);                                                                \
+        }                                                                           \
+    } while (0)
+
+#endif
