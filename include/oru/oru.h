@@ -59,5 +59,6 @@
 #include "oru/util.h"
 #include "oru/value.h"
 #include "oru/vlist.h"
+#include "oru/xml.h"
 
 #endif

@@ -27,4 +27,5 @@ target_sources(oruapi PRIVATE
   do/value_xml.cpp
   do/vlist.cpp
   do/vlist_compare.cpp
+  do/xml.cpp
 )

@@ -122,6 +122,12 @@ ORUDoValue *new_holding_clone(int32_t type, Object *object) {
     return clone ? new_held(type, clone.get()) : nullptr;
 }
 
+// A URI of its own, made from the text.
+ORUDoUri *clone_uri(const ORUDoValue &val) {
+    const char *text = oru::uri_text(val);
+    return text != nullptr ? oru_do_uri_new(text) : nullptr;
+}
+
 // A value with the same payload. Measures texts again, so that what stands behind a zero is lost.
 ORUDoValue *clone_payload(ORUDoValue &val) {
     switch (val.type) {
@@ -135,8 +141,7 @@ ORUDoValue *clone_payload(ORUDoValue &val) {
         case ORU_DO_TYPE_ANY_URI:
         case ORU_DO_TYPE_MR_URI:
         case ORU_DO_TYPE_COLL_URI:
-            return new_holding_clone(val.type,
-                                     oru_do_uri_new(oru_do_uri_get_uri_str(val.data.uri)));
+            return new_holding_clone(val.type, clone_uri(val));
         case ORU_DO_TYPE_CHOICE:
         case ORU_DO_TYPE_SEQUENCE:
             return new_holding_clone(val.type, oru_do_nvlist_clone(val.data.nvlist));

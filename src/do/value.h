@@ -6,6 +6,7 @@
 
 #include "frame/object.h"
 #include "frame/sized_storage.h"
+#include "oru/uri.h"
 #include "oru/value.h"
 
 struct ORUDoValue {
@@ -68,6 +69,11 @@ inline std::string_view sized_payload(const ORUDoValue &val) {
     if (val.data.bytes == nullptr)
         return {"", 0};
     return {val.data.bytes, static_cast<size_t>(val.len)};
+}
+
+// The text of the URI of a value of URI type; null without a URI.
+inline const char *uri_text(const ORUDoValue &val) {
+    return val.data.uri != nullptr ? oru_do_uri_get_uri_str(val.data.uri) : nullptr;
 }
 
 // Whether the value was made for that derived type.

@@ -2,7 +2,6 @@
 #include <cmath>
 
 #include "do/strbuf.h"
-#include "do/uri.h"
 #include "do/value.h"
 #include "oru/nvlist.h"
 #include "oru/vlist.h"
@@ -76,6 +75,12 @@ bool same_payload(const ORUDoValue &a, const ORUDoValue &b) {
         case ORU_DO_TYPE_MR_URI:
         case ORU_DO_TYPE_COLL_URI:
             return oru_do_uri_equals(a.data.uri, b.data.uri) != 0;
+        case ORU_DO_TYPE_CHOICE:
+        case ORU_DO_TYPE_SEQUENCE:
+            return oru_do_nvlist_equals(a.data.nvlist, b.data.nvlist) != 0;
+        case ORU_DO_TYPE_ARRAY:
+        case ORU_DO_TYPE_BITS:
+            return oru_do_vlist_equals(a.data.vlist, b.data.vlist) != 0;
         default:
             return false;
     }
@@ -150,8 +155,7 @@ int32_t order_sized(const ORUDoValue &a, const ORUDoValue &b, bool strict) {
 int32_t order_uris(const ORUDoValue &a, const ORUDoValue &b) {
     if (oru_do_is_uri_type(b.type) == 0)
         return kNotComparable;
-    if (oru_do_uri_get_uri_str(a.data.uri) == nullptr ||
-        oru_do_uri_get_uri_str(b.data.uri) == nullptr)
+    if (oru::uri_text(a) == nullptr || oru::uri_text(b) == nullptr)
         return kNotComparable;
     return std::strncmp(reinterpret_cast<const char *>(a.data.uri),
                         reinterpret_cast<const char *>(b.data.uri), static_cast<size_t>(a.len));
@@ -224,7 +228,7 @@ int32_t oru_do_value_equals_str(ORUDoValue *val1, const char *text) {
         case ORU_DO_TYPE_ANY_URI:
         case ORU_DO_TYPE_MR_URI:
         case ORU_DO_TYPE_COLL_URI:
-            return equals_text(oru_do_uri_get_uri_str(val1->data.uri), text);
+            return equals_text(oru::uri_text(*val1), text);
         default:
             return equals_printed(val1, text);
     }

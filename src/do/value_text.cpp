@@ -6,9 +6,10 @@
 #include <ctime>
 
 #include "do/strbuf.h"
-#include "do/uri.h"
 #include "do/value.h"
+#include "oru/nvlist.h"
 #include "oru/rc.h"
+#include "oru/vlist.h"
 
 namespace {
 
@@ -33,9 +34,10 @@ Printed add_date(const ORUDoValue &val, ORUDoStrbuf *strbuf) {
 }
 
 Printed add_uri(const ORUDoValue &val, ORUDoStrbuf *strbuf) {
-    if (val.data.uri == nullptr)
+    const char *text = oru::uri_text(val);
+    if (text == nullptr)
         return Printed::impossible;
-    oru_do_strbuf_add_string(strbuf, oru_do_uri_get_uri_str(val.data.uri));
+    oru_do_strbuf_add_string(strbuf, text);
     return Printed::yes;
 }
 
@@ -104,7 +106,7 @@ void add_nsap_address(const ORUDoValue &val, ORUDoStrbuf *strbuf) {
     oru_do_strbuf_add_hexbuf_sep(strbuf, rest.data(), static_cast<int32_t>(rest.size()), ".", 2);
 }
 
-Printed add_value(const ORUDoValue &val, ORUDoStrbuf *strbuf) {
+Printed add_value(const ORUDoValue &val, int32_t tabs, ORUDoStrbuf *strbuf) {
     switch (val.type) {
         case ORU_DO_TYPE_UNKNOWN:
         case ORU_DO_TYPE_DEFAULT:
@@ -151,6 +153,15 @@ Printed add_value(const ORUDoValue &val, ORUDoStrbuf *strbuf) {
             break;
         case ORU_DO_TYPE_NSAP_ADDRESS:
             add_nsap_address(val, strbuf);
+            break;
+        // An array writes its tabs behind those of the value.
+        case ORU_DO_TYPE_CHOICE:
+        case ORU_DO_TYPE_SEQUENCE:
+            oru_do_nvlist_to_strbuf(val.data.nvlist, tabs, strbuf);
+            break;
+        case ORU_DO_TYPE_ARRAY:
+        case ORU_DO_TYPE_BITS:
+            oru_do_vlist_to_strbuf(val.data.vlist, tabs, strbuf);
             break;
         default:
             break;
@@ -204,7 +215,7 @@ int32_t oru_do_value_to_strbuf_fmt(ORUDoValue *val, int32_t tabs,
         return ORU_OK;
     ORU_REQUIRE(strbuf);
     oru_do_strbuf_add_tab(strbuf, tabs);
-    if (add_value(*val, strbuf) == Printed::impossible)
+    if (add_value(*val, tabs, strbuf) == Printed::impossible)
         return ORU_RC_GENERAL;
     return oru_do_strbuf_get_err(strbuf);
 }

@@ -1,31 +1,16 @@
 // The XML form of values, on which the forms of all containers rest.
 #include "do/strbuf.h"
-#include "do/uri.h"
 #include "do/value.h"
-#include "oru/rc.h"
+#include "do/xml.h"
+#include "oru/xml.h"
 
 namespace {
 
-void add_optional(ORUDoStrbuf *strbuf, const char *text) {
-    if (text != nullptr)
-        oru_do_strbuf_add_string(strbuf, text);
-}
-
-void add_attribute(ORUDoStrbuf *strbuf, const char *name, const char *text) {
-    if (text == nullptr)
-        return;
-    oru_do_strbuf_add_char(strbuf, ' ');
-    oru_do_strbuf_add_string(strbuf, name);
-    oru_do_strbuf_add_string(strbuf, "=\"");
-    oru_do_strbuf_add_string_encode_for_xml(strbuf, text);
-    oru_do_strbuf_add_char(strbuf, '"');
-}
-
 void add_attributes(ORUDoStrbuf *strbuf, const ORUDoValue &val) {
-    add_attribute(strbuf, "type", oru_do_get_typestr_by_typecode(val.type));
-    add_attribute(strbuf, "typedef", val.typedef_name);
+    oru::xml_attribute(strbuf, "type", oru_do_get_typestr_by_typecode(val.type));
+    oru::xml_attribute(strbuf, "typedef", val.typedef_name);
     if (val.type == ORU_DO_TYPE_NULL)
-        add_attribute(strbuf, "xsi:null", "true");
+        oru::xml_attribute(strbuf, "xsi:null", "true");
 }
 
 void add_string(ORUDoStrbuf *strbuf, const ORUDoValue &val, uint32_t opts) {
@@ -40,13 +25,14 @@ void add_hex(ORUDoStrbuf *strbuf, const ORUDoValue &val) {
 
 // An empty element that has the name of the enumeration's value.
 void add_enumeration(ORUDoStrbuf *strbuf, const char *prefix, const ORUDoValue &val) {
-    oru_do_strbuf_add_char(strbuf, '<');
-    add_optional(strbuf, prefix);
+    oru::xml_begin_tag(strbuf, prefix, "");
     oru::strbuf_append(*strbuf, oru::sized_payload(val));
     oru_do_strbuf_add_string(strbuf, "/>");
 }
 
-void add_content(ORUDoStrbuf *strbuf, const char *prefix, ORUDoValue &val, uint32_t opts) {
+// Options are not handed down into lists.
+void add_content(ORUDoStrbuf *strbuf, const char *prefix, const char *name, ORUDoValue &val,
+                 uint32_t opts) {
     switch (val.type) {
         case ORU_DO_TYPE_UNSIGNED_BYTE:
         case ORU_DO_TYPE_BYTE:
@@ -73,7 +59,7 @@ void add_content(ORUDoStrbuf *strbuf, const char *prefix, ORUDoValue &val, uint3
         case ORU_DO_TYPE_ANY_URI:
         case ORU_DO_TYPE_MR_URI:
         case ORU_DO_TYPE_COLL_URI:
-            oru_do_strbuf_add_string_encode_for_xml(strbuf, oru_do_uri_get_uri_str(val.data.uri));
+            oru_do_strbuf_add_string_encode_for_xml(strbuf, oru::uri_text(val));
             break;
         case ORU_DO_TYPE_HEX_BINARY:
         case ORU_DO_TYPE_NSAP_ADDRESS:
@@ -84,6 +70,16 @@ void add_content(ORUDoStrbuf *strbuf, const char *prefix, ORUDoValue &val, uint3
             break;
         case ORU_DO_TYPE_ENUMERATION:
             add_enumeration(strbuf, prefix, val);
+            break;
+        case ORU_DO_TYPE_CHOICE:
+        case ORU_DO_TYPE_SEQUENCE:
+            oru_do_nvlist_to_xml_opt(prefix, "", val.data.nvlist, strbuf, 0);
+            break;
+        case ORU_DO_TYPE_ARRAY:
+            oru_do_vlist_to_xml_opt(prefix, "", name, val.data.vlist, strbuf, 0);
+            break;
+        case ORU_DO_TYPE_BITS:
+            oru_do_vlist_to_xml_opt(prefix, "bits", name, val.data.vlist, strbuf, 0);
             break;
         default:
             break;
@@ -115,16 +111,11 @@ int32_t oru_do_value_to_xml_fmt_opt(const char *prefix, const char *name, ORUDoV
     ORU_REQUIRE(val);
     ORU_REQUIRE(strbuf);
     const char *tag = name != nullptr ? name : "value";
-    oru_do_strbuf_add_char(strbuf, '<');
-    add_optional(strbuf, prefix);
-    oru_do_strbuf_add_string(strbuf, tag);
+    oru::xml_begin_tag(strbuf, prefix, tag);
     if ((opts & ORU_DO_OPT_PLAIN_XML) == 0)
         add_attributes(strbuf, *val);
     oru_do_strbuf_add_char(strbuf, '>');
-    add_content(strbuf, prefix, *val, opts);
-    oru_do_strbuf_add_string(strbuf, "</");
-    add_optional(strbuf, prefix);
-    oru_do_strbuf_add_string(strbuf, tag);
-    oru_do_strbuf_add_char(strbuf, '>');
+    add_content(strbuf, prefix, name, *val, opts);
+    oru::xml_end_tag(strbuf, prefix, tag);
     return oru_do_strbuf_get_err(strbuf);
 }
