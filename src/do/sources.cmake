@@ -18,6 +18,14 @@ target_sources(oruapi PRIVATE
   do/property.cpp
   do/strbuf.cpp
   do/uri.cpp
+  do/uri_access.cpp
+  do/uri_compare.cpp
+  do/uri_escape.cpp
+  do/uri_format.cpp
+  do/uri_key_text.cpp
+  do/uri_parse.cpp
+  do/uri_parse_keys.cpp
+  do/uri_prefill.cpp
   do/value.cpp
   do/value_number.cpp
   do/value_order.cpp
