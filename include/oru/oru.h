@@ -56,6 +56,7 @@
 #include "oru/typedef_meta.h"
 #include "oru/types.h"
 #include "oru/uri.h"
+#include "oru/uri_derive.h"
 #include "oru/util.h"
 #include "oru/value.h"
 #include "oru/vlist.h"

@@ -39,7 +39,7 @@ enum {
 
 /* ---- Making ----
  * The result has one reference, which the caller releases with `oru_do_uri_deref`. It is null when
- * memory runs out. */
+ * memory runs out. More makers stand in oru/uri_derive.h. */
 
 /* A URI of a zero-terminated text, or of its first `len` characters; a `len` below 1 makes an empty
    text. Nothing is parsed. */

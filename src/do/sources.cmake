@@ -19,10 +19,15 @@ target_sources(oruapi PRIVATE
   do/strbuf.cpp
   do/uri.cpp
   do/uri_access.cpp
+  do/uri_build.cpp
+  do/uri_build_props.cpp
+  do/uri_coll.cpp
   do/uri_compare.cpp
+  do/uri_derive.cpp
   do/uri_escape.cpp
   do/uri_format.cpp
   do/uri_key_text.cpp
+  do/uri_location.cpp
   do/uri_parse.cpp
   do/uri_parse_keys.cpp
   do/uri_prefill.cpp
