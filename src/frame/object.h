@@ -53,10 +53,26 @@ auto atomic_count(T &object) {
 }
 
 template <class T>
-void trace_ref(T &object) {
-    ORU_TRACE(Level::reference, "oru ref %s %p %u", ObjectType<T>::name,
-              static_cast<void *>(&object),
-              static_cast<unsigned>(atomic_count(object).load(std::memory_order_relaxed)));
+using CountOf = std::remove_reference_t<decltype(ObjectType<T>::count(std::declval<T &>()))>;
+
+// What happens to counts, told at the level of references. Apart from the operations and called
+// last in them, so that with the level off these cost little more than their atomic operation.
+void trace_ref(const char *type_name, const void *object, uint32_t count);
+void trace_deref(const char *type_name, const void *object, uint32_t count);
+[[noreturn]] void released_too_often(const char *type_name, const void *object);
+
+template <class T>
+[[gnu::noinline]] T *traced_ref(T *object) {
+    trace_ref(ObjectType<T>::name, object,
+              static_cast<uint32_t>(atomic_count(*object).load(std::memory_order_relaxed)));
+    return object;
+}
+
+// Only the last release comes here.
+template <class T>
+[[gnu::noinline]] void destroy(T *object) {
+    ObjectType<T>::release_members(*object);
+    free_element(object);
 }
 
 // A new object with one reference, which belongs to the caller. Null when memory runs out.
@@ -66,8 +82,7 @@ T *make(Fields &&...fields) {
     if (object == nullptr)
         return nullptr;
     ObjectType<T>::count(*object) = 1;
-    trace_ref(*object);
-    return object;
+    return trace_enabled(Level::reference) ? traced_ref(object) : object;
 }
 
 // One more reference. A count of zero is terminal and stays.
@@ -76,30 +91,37 @@ T *ref(T *object) {
     if (object == nullptr)
         return nullptr;
     auto count = atomic_count(*object);
-    if (count.load(std::memory_order_relaxed) > 0)
+    if (count.load(std::memory_order_relaxed) > 0) [[likely]]
         count.fetch_add(1);
-    trace_ref(*object);
-    return object;
+    return trace_enabled(Level::reference) ? traced_ref(object) : object;
+}
+
+template <class T>
+void release(T *object, CountOf<T> seen) {
+    do {
+        if (seen == 0) [[unlikely]]
+            released_too_often(ObjectType<T>::name, object);
+    } while (!atomic_count(*object).compare_exchange_weak(seen, seen - 1));
+    if (seen == 1) [[unlikely]]
+        destroy(object);
+}
+
+template <class T>
+[[gnu::noinline]] void traced_deref(T *object, CountOf<T> seen) {
+    trace_deref(ObjectType<T>::name, object, static_cast<uint32_t>(seen));
+    release(object, seen);
 }
 
 template <class T>
 void deref(T *object) {
     if (object == nullptr)
         return;
-    auto count = atomic_count(*object);
-    auto seen = count.load(std::memory_order_relaxed);
-    ORU_TRACE(Level::reference, "oru deref %s %p %u", ObjectType<T>::name,
-              static_cast<void *>(object), static_cast<unsigned>(seen));
-    do {
-        if (seen == 0) {
-            ORU_FATAL("Fatal problem in %s deref handling %p\n", ObjectType<T>::name,
-                      static_cast<void *>(object));
-        }
-    } while (!count.compare_exchange_weak(seen, seen - 1));
-    if (seen != 1)
-        return;
-    ObjectType<T>::release_members(*object);
-    free_element(object);
+    const auto seen = atomic_count(*object).load(std::memory_order_relaxed);
+    if (trace_enabled(Level::reference)) [[unlikely]] {
+        traced_deref(object, seen);
+    } else {
+        release(object, seen);
+    }
 }
 
 // Replaces a held object. The new one is counted first: it may be the one that is held.

@@ -9,6 +9,7 @@ target_sources(oruapi PRIVATE
   frame/location.cpp
   frame/location_keys.cpp
   frame/logger.cpp
+  frame/object.cpp
   frame/pool.cpp
   frame/queue.cpp
   frame/rc.cpp
