@@ -144,7 +144,7 @@ void oru::ObjectType<ORUDoStrbuf>::release_members(ORUDoStrbuf &self) {
 bool oru::strbuf_append(ORUDoStrbuf &buf, std::string_view bytes) {
     if (!ensure(buf, static_cast<int64_t>(bytes.size())))
         return false;
-    std::memcpy(buf.cur, bytes.data(), bytes.size());
+    bytes.copy(buf.cur, bytes.size());  // which may be none, at no address
     advance(buf, bytes.size());
     return true;
 }
