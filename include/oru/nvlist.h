@@ -75,6 +75,48 @@ ORU_API int32_t oru_do_nvlist_add_l_at(ORUDoNvlist *nvlist, const char *name, in
    appended before memory ran out stays. */
 ORU_API int32_t oru_do_nvlist_add_all(ORUDoNvlist *nvlist, ORUDoNvlist *other_nvlist);
 
+/*
+ * Append a value of the type in the name, made of the argument as `oru_do_value_new_...` makes it:
+ * a null text, null bytes or a null object give a value of type null. `uri` is `any_uri`.
+ */
+ORU_API int32_t oru_do_nvlist_add_null(ORUDoNvlist *nvlist, const char *name);
+ORU_API int32_t oru_do_nvlist_add_unsigned_byte(ORUDoNvlist *nvlist, const char *name, uint8_t n);
+ORU_API int32_t oru_do_nvlist_add_byte(ORUDoNvlist *nvlist, const char *name, int8_t n);
+ORU_API int32_t oru_do_nvlist_add_unsigned_short(ORUDoNvlist *nvlist, const char *name, uint16_t n);
+ORU_API int32_t oru_do_nvlist_add_short(ORUDoNvlist *nvlist, const char *name, int16_t n);
+ORU_API int32_t oru_do_nvlist_add_unsigned_int(ORUDoNvlist *nvlist, const char *name, uint32_t n);
+ORU_API int32_t oru_do_nvlist_add_int(ORUDoNvlist *nvlist, const char *name, int32_t n);
+ORU_API int32_t oru_do_nvlist_add_unsigned_long(ORUDoNvlist *nvlist, const char *name, uint64_t n);
+ORU_API int32_t oru_do_nvlist_add_long(ORUDoNvlist *nvlist, const char *name, int64_t n);
+ORU_API int32_t oru_do_nvlist_add_string(ORUDoNvlist *nvlist, const char *name, const char *text);
+ORU_API int32_t oru_do_nvlist_add_boolean(ORUDoNvlist *nvlist, const char *name, int32_t n);
+ORU_API int32_t oru_do_nvlist_add_float(ORUDoNvlist *nvlist, const char *name, float n);
+ORU_API int32_t oru_do_nvlist_add_double(ORUDoNvlist *nvlist, const char *name, double n);
+ORU_API int32_t oru_do_nvlist_add_datetime(ORUDoNvlist *nvlist, const char *name, int64_t n);
+ORU_API int32_t oru_do_nvlist_add_duration(ORUDoNvlist *nvlist, const char *name, int64_t n);
+ORU_API int32_t oru_do_nvlist_add_any_uri(ORUDoNvlist *nvlist, const char *name, ORUDoUri *object);
+ORU_API int32_t oru_do_nvlist_add_uri(ORUDoNvlist *nvlist, const char *name, ORUDoUri *object);
+ORU_API int32_t oru_do_nvlist_add_mr_uri(ORUDoNvlist *nvlist, const char *name, ORUDoUri *object);
+ORU_API int32_t oru_do_nvlist_add_coll_uri(ORUDoNvlist *nvlist, const char *name, ORUDoUri *object);
+ORU_API int32_t oru_do_nvlist_add_hex_binary(ORUDoNvlist *nvlist, const char *name,
+                                             const void *bytes, int32_t n);
+ORU_API int32_t oru_do_nvlist_add_ip_address(ORUDoNvlist *nvlist, const char *name,
+                                             const void *bytes, int32_t n);
+ORU_API int32_t oru_do_nvlist_add_nsap_address(ORUDoNvlist *nvlist, const char *name,
+                                               const void *bytes, int32_t n);
+ORU_API int32_t oru_do_nvlist_add_enumeration(ORUDoNvlist *nvlist, const char *name,
+                                              const char *text);
+ORU_API int32_t oru_do_nvlist_add_choice(ORUDoNvlist *nvlist, const char *name,
+                                         ORUDoNvlist *object);
+ORU_API int32_t oru_do_nvlist_add_sequence(ORUDoNvlist *nvlist, const char *name,
+                                           ORUDoNvlist *object);
+ORU_API int32_t oru_do_nvlist_add_array(ORUDoNvlist *nvlist, const char *name, ORUDoVlist *object);
+
+/* A hexBinary value of the derived type `type_name`, which is not null. */
+ORU_API int32_t oru_do_nvlist_add_hex_binary_typedef(ORUDoNvlist *nvlist, const char *name,
+                                                     const void *bytes, int32_t n,
+                                                     const char *type_name);
+
 /* ---- Removing ---- */
 
 /* Remove the first item of that name, and all of them. Assert "name" too. */

@@ -12,6 +12,7 @@ ORU_BEGIN_DECLS
  * Print the text form of an object, what its `_to_strbuf` (`_to_strbuf_with_defaults`) writes with
  * that many tabs. A null object, and a buffer that cannot be had, print nothing. Result 0.
  */
+ORU_API int32_t oru_do_print_uri(FILE *stream, int32_t tabs, ORUDoUri *object);
 ORU_API int32_t oru_do_print_value(FILE *stream, int32_t tabs, ORUDoValue *object);
 ORU_API int32_t oru_do_print_nlist(FILE *stream, int32_t tabs, ORUDoNlist *object);
 ORU_API int32_t oru_do_print_nvlist(FILE *stream, int32_t tabs, ORUDoNvlist *object);

@@ -52,6 +52,10 @@ ORU_API void oru_do_properties_list_clear(ORUDoPropertiesList *properties_list);
 ORU_API int32_t oru_do_properties_list_to_strbuf(ORUDoPropertiesList *properties_list, int32_t tabs,
                                                  ORUDoStrbuf *strbuf);
 
+/* Logs the text and a newline at `level`, when the logger's level is at least that. Asserts
+   "list". */
+ORU_API void oru_do_properties_list_trace(ORUDoPropertiesList *list, uint32_t level);
+
 /* ---- Life ---- */
 
 /* One more reference; null gives null. */

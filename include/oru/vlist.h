@@ -64,6 +64,49 @@ ORU_API int32_t oru_do_vlist_add_after(ORUDoVlist *vlist, ORUDoValue *after, ORU
    before memory ran out stays. */
 ORU_API int32_t oru_do_vlist_add_all(ORUDoVlist *vlist, ORUDoVlist *other_vlist);
 
+/*
+ * Append a value of the type in the name, made of the argument as `oru_do_value_new_...` makes it:
+ * a null text, null bytes or a null object give a value of type null.
+ */
+ORU_API int32_t oru_do_vlist_add_null(ORUDoVlist *vlist);
+ORU_API int32_t oru_do_vlist_add_unsigned_byte(ORUDoVlist *vlist, uint8_t n);
+ORU_API int32_t oru_do_vlist_add_byte(ORUDoVlist *vlist, int8_t n);
+ORU_API int32_t oru_do_vlist_add_unsigned_short(ORUDoVlist *vlist, uint16_t n);
+ORU_API int32_t oru_do_vlist_add_short(ORUDoVlist *vlist, int16_t n);
+ORU_API int32_t oru_do_vlist_add_unsigned_int(ORUDoVlist *vlist, uint32_t n);
+ORU_API int32_t oru_do_vlist_add_int(ORUDoVlist *vlist, int32_t n);
+ORU_API int32_t oru_do_vlist_add_unsigned_long(ORUDoVlist *vlist, uint64_t n);
+ORU_API int32_t oru_do_vlist_add_long(ORUDoVlist *vlist, int64_t n);
+ORU_API int32_t oru_do_vlist_add_string(ORUDoVlist *vlist, const char *text);
+ORU_API int32_t oru_do_vlist_add_string_l(ORUDoVlist *vlist, const char *text, int32_t n);
+ORU_API int32_t oru_do_vlist_add_boolean(ORUDoVlist *vlist, int32_t n);
+ORU_API int32_t oru_do_vlist_add_float(ORUDoVlist *vlist, float n);
+ORU_API int32_t oru_do_vlist_add_double(ORUDoVlist *vlist, double n);
+ORU_API int32_t oru_do_vlist_add_datetime(ORUDoVlist *vlist, int64_t n);
+ORU_API int32_t oru_do_vlist_add_duration(ORUDoVlist *vlist, int64_t n);
+ORU_API int32_t oru_do_vlist_add_any_uri(ORUDoVlist *vlist, ORUDoUri *object);
+ORU_API int32_t oru_do_vlist_add_mr_uri(ORUDoVlist *vlist, ORUDoUri *object);
+ORU_API int32_t oru_do_vlist_add_coll_uri(ORUDoVlist *vlist, ORUDoUri *object);
+ORU_API int32_t oru_do_vlist_add_hex_binary(ORUDoVlist *vlist, const void *bytes, int32_t n);
+ORU_API int32_t oru_do_vlist_add_ip_address(ORUDoVlist *vlist, const void *bytes, int32_t n);
+ORU_API int32_t oru_do_vlist_add_nsap_address(ORUDoVlist *vlist, const void *bytes, int32_t n);
+ORU_API int32_t oru_do_vlist_add_enumeration(ORUDoVlist *vlist, const char *text);
+ORU_API int32_t oru_do_vlist_add_choice(ORUDoVlist *vlist, ORUDoNvlist *object);
+ORU_API int32_t oru_do_vlist_add_sequence(ORUDoVlist *vlist, ORUDoNvlist *object);
+ORU_API int32_t oru_do_vlist_add_array(ORUDoVlist *vlist, ORUDoVlist *object);
+
+/* A hexBinary value of the derived type `type_name`, which is not null. */
+ORU_API int32_t oru_do_vlist_add_hex_binary_typedef(ORUDoVlist *vlist, const void *bytes, int32_t n,
+                                                    const char *type_name);
+
+/*
+ * For each name of `nlist` in order, appends as a collURI value what `oru_do_uri_new_coll` makes of
+ * `uri` and the name. Result 0; 10000 for a null argument; 10002 when a URI, a value or its place
+ * cannot be had, with the list as far as it came.
+ */
+ORU_API int32_t oru_do_vlist_add_child_ref_names(ORUDoVlist *vlist, ORUDoUri *uri,
+                                                 ORUDoNlist *nlist);
+
 /* ---- Changing ---- */
 
 /* Replaces the value at `index` from 0; does nothing past the end. Asserts "value" too. */
@@ -94,6 +137,9 @@ ORU_API void oru_do_vlist_reverse(ORUDoVlist *vlist);
 ORU_API int32_t oru_do_vlist_to_strbuf(ORUDoVlist *vlist, int32_t tabs, ORUDoStrbuf *strbuf);
 ORU_API int32_t oru_do_vlist_to_strbuf_with_defaults(ORUDoVlist *vlist, int32_t tabs,
                                                      ORUDoStrbuf *strbuf);
+
+/* Traces the text at level 7, when the logger's level is at least `level`. */
+ORU_API void oru_do_vlist_trace(ORUDoVlist *vlist, uint32_t level);
 
 /* ---- Life ---- */
 

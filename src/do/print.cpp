@@ -6,9 +6,11 @@
 #include "oru/nvlist.h"
 #include "oru/properties.h"
 #include "oru/properties_list.h"
+#include "oru/uri.h"
 #include "oru/value.h"
 #include "oru/vlist.h"
 
+ORU_PRINT_API(uri, ORUDoUri, uri_to_strbuf)
 ORU_PRINT_API(value, ORUDoValue, value_to_strbuf)
 ORU_PRINT_API(nlist, ORUDoNlist, nlist_to_strbuf)
 ORU_PRINT_API(nvlist, ORUDoNvlist, nvlist_to_strbuf)

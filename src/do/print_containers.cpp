@@ -3,10 +3,11 @@
 #include "do/nlist.h"
 #include "do/ntlist.h"
 #include "do/nvlist.h"
-#include "do/print.h"
 #include "do/properties.h"
 #include "do/properties_list.h"
+#include "do/strbuf.h"
 #include "do/vlist.h"
+#include "oru/logger.h"
 #include "oru/nlist.h"
 #include "oru/ntlist.h"
 #include "oru/nvlist.h"
@@ -56,6 +57,16 @@ int32_t print_property(ORUDoProperty *property, int32_t tabs, ORUDoStrbuf *strbu
     oru_do_strbuf_add_tab(strbuf, tabs);
     print_pair(property->name->str, property->value, strbuf, print_value);
     return ORU_OK;
+}
+
+// Hands the text of an object to `log`. Without a buffer, or without its storage, there is none.
+template <auto ToStrbuf, class Object, class Log>
+void log_text(Object *object, Log &&log) {
+    const auto strbuf = oru::Ref<ORUDoStrbuf>::adopt(oru_do_strbuf_new());
+    if (!strbuf || strbuf->str == nullptr)
+        return;
+    ToStrbuf(object, 0, strbuf.get());
+    log(strbuf->str);
 }
 
 int32_t print_properties(ORUDoProperties *props, ORUDoStrbuf *strbuf, PrintValue *print_value) {
@@ -143,4 +154,21 @@ int32_t oru_do_properties_list_to_strbuf(ORUDoPropertiesList *properties_list, i
     });
     oru_do_strbuf_add_char(strbuf, ']');
     return ORU_OK;
+}
+
+// Goes to the tracer, whatever level the logger was asked for.
+void oru_do_vlist_trace(ORUDoVlist *vlist, uint32_t level) {
+    ORU_REQUIRE(vlist);
+    if (oru_logger_get_level() >= level) {
+        log_text<oru_do_vlist_to_strbuf>(
+            vlist, [](const char *text) { ORU_TRACE(oru::Level::detail, "%s\n", text); });
+    }
+}
+
+void oru_do_properties_list_trace(ORUDoPropertiesList *list, uint32_t level) {
+    ORU_REQUIRE(list);
+    if (oru_logger_get_level() >= level) {
+        log_text<oru_do_properties_list_to_strbuf>(
+            list, [level](const char *text) { _oru_log(level, "%s\n", text); });
+    }
 }

@@ -7,6 +7,7 @@ target_sources(oruapi PRIVATE
   do/ntlist.cpp
   do/nvlist.cpp
   do/nvlist_compare.cpp
+  do/nvlist_typed.cpp
   do/print.cpp
   do/print_containers.cpp
   do/prop_errs.cpp
@@ -15,6 +16,7 @@ target_sources(oruapi PRIVATE
   do/properties_index.cpp
   do/properties_list.cpp
   do/properties_settings.cpp
+  do/properties_typed.cpp
   do/property.cpp
   do/strbuf.cpp
   do/uri.cpp
@@ -41,4 +43,5 @@ target_sources(oruapi PRIVATE
   do/vlist.cpp
   do/vlist_compare.cpp
   do/xml.cpp
+  do/vlist_typed.cpp
 )

@@ -41,8 +41,8 @@
     X(HELD, any_uri, ANY_URI, "anyURI", ORUDoUri)                        \
     X(BYTES, hex_binary, HEX_BINARY, "hexBinary", uint8_t)
 
-// Codes 101 to 109, in order.
-#define ORU_MODEL_VALUE_TYPES(X)                                 \
+// Codes 101 to 108, in order.
+#define ORU_LISTED_MODEL_VALUE_TYPES(X)                          \
     X(BYTES, ip_address, IP_ADDRESS, "ipAddress", uint8_t)       \
     X(BYTES, nsap_address, NSAP_ADDRESS, "nsapAddress", uint8_t) \
     X(TEXT, enumeration, ENUMERATION, "enumeration", char)       \
@@ -50,12 +50,21 @@
     X(HELD, sequence, SEQUENCE, "sequence", ORUDoNvlist)         \
     X(HELD, array, ARRAY, "array", ORUDoVlist)                   \
     X(HELD, mr_uri, MR_URI, "mrURI", ORUDoUri)                   \
-    X(HELD, coll_uri, COLL_URI, "collURI", ORUDoUri)             \
+    X(HELD, coll_uri, COLL_URI, "collURI", ORUDoUri)
+
+// Codes 101 to 109, in order.
+#define ORU_MODEL_VALUE_TYPES(X)    \
+    ORU_LISTED_MODEL_VALUE_TYPES(X) \
     X(HELD, bits, BITS, "bits", ORUDoVlist)
 
 #define ORU_VALUE_TYPES(X)    \
     ORU_SIMPLE_VALUE_TYPES(X) \
     ORU_MODEL_VALUE_TYPES(X)
+
+// The types that lists have adders for: all but bits.
+#define ORU_LISTED_VALUE_TYPES(X) \
+    ORU_SIMPLE_VALUE_TYPES(X)     \
+    ORU_LISTED_MODEL_VALUE_TYPES(X)
 
 // The payload's parameters, and the names under which a body passes them on.
 #define ORU_VALUE_PARAMS_NUMBER(Type) Type n

@@ -6,9 +6,12 @@
 #include <string>
 
 #include "oru/iter.h"
+#include "oru/uri.h"
 #include "oru/value.h"
+#include "oru/vlist.h"
 #include "tests/support/death.h"
 #include "tests/support/oom.h"
+#include "tests/support/printed.h"
 
 namespace {
 
@@ -240,6 +243,89 @@ TEST_F(Nvlist, DeletesByANameThatIsItsOwn) {
     EXPECT_EQ(oru_do_nvlist_get_len(list), 0);
 }
 
+TEST_F(Nvlist, DeletesTheFirstItemOfANameAndAValue) {
+    oru_do_nvlist_add(list, "x", a);
+    oru_do_nvlist_add(list, "x", b);
+    oru_do_nvlist_add(list, "y", b);
+    oru_do_nvlist_add(list, "x", b);
+    oru_do_nvlist_delete_item(list, oru_do_nvlist_get_item(list, 1));
+    EXPECT_EQ(text(), "x1 y2 x2 ");
+    ORUDoValue *equal = oru_do_value_new_long(2);
+    ORUDoNvlist *other = oru_do_nvlist_new_from_item("x", equal);
+    oru_do_nvlist_delete_item(list, oru_do_nvlist_get_item(other, 0));
+    EXPECT_EQ(text(), "x1 y2 ");
+    oru_do_nvlist_delete_item(list, oru_do_nvlist_get_item(other, 0));
+    EXPECT_EQ(text(), "x1 y2 ");
+    oru_do_nvlist_add(list, "end", c);
+    EXPECT_EQ(text(), "x1 y2 end3 ");
+    oru_do_nvlist_deref(other);
+    oru_do_value_deref(equal);
+}
+
+TEST_F(Nvlist, DeletesNoItemByNull) {
+    oru_do_nvlist_add(list, "x", a);
+    oru_do_nvlist_delete_item(list, nullptr);
+    EXPECT_EQ(text(), "x1 ");
+}
+
+// Values without an order never compare as 0, whatever they hold.
+TEST_F(Nvlist, DeletesNoItemThatCannotBeCompared) {
+    ORUDoVlist *held = oru_do_vlist_new();
+    ORUDoUri *uri = oru_do_uri_new("/a");
+    ORUDoValue *values[] = {oru_do_value_new_array(held),  oru_do_value_new_bits(held),
+                            oru_do_value_new_choice(list), oru_do_value_new_mr_uri(uri),
+                            oru_do_value_new_string("/a"), oru_do_value_new_int(1),
+                            oru_do_value_new_null(),       oru_do_value_new_double(1)};
+    for (ORUDoValue *held_by_list : values) {
+        for (ORUDoValue *given : values) {
+            if (held_by_list == given)
+                continue;
+            ORUDoNvlist *one = oru_do_nvlist_new_from_item("x", held_by_list);
+            ORUDoNvlist *two = oru_do_nvlist_new_from_item("x", given);
+            oru_do_nvlist_delete_item(one, oru_do_nvlist_get_item(two, 0));
+            EXPECT_EQ(oru_do_nvlist_get_len(one), 1);
+            oru_do_nvlist_deref(one);
+            oru_do_nvlist_deref(two);
+        }
+    }
+    for (ORUDoValue *value : values)
+        oru_do_value_deref(value);
+    oru_do_uri_deref(uri);
+    oru_do_vlist_deref(held);
+}
+
+TEST_F(Nvlist, ListsAreEqualInOrder) {
+    ORUDoNvlist *other = oru_do_nvlist_new();
+    EXPECT_EQ(oru_do_nvlist_equals(list, other), 1);
+    oru_do_nvlist_add(list, "x", a);
+    EXPECT_EQ(oru_do_nvlist_equals(list, other), 0);
+    EXPECT_EQ(oru_do_nvlist_equals(other, list), 0);
+    oru_do_nvlist_add(list, "y", b);
+    oru_do_nvlist_add(other, "y", b);
+    oru_do_nvlist_add(other, "x", a);
+    EXPECT_EQ(oru_do_nvlist_equals(list, other), 0);
+    oru_do_nvlist_delete_one(other, "y");
+    oru_do_nvlist_add_int(other, "y", 2);
+    EXPECT_EQ(oru_do_nvlist_equals(list, other), 1);
+    oru_do_nvlist_delete_one(other, "y");
+    oru_do_nvlist_add_int(other, "z", 2);
+    EXPECT_EQ(oru_do_nvlist_equals(list, other), 0);
+    oru_do_nvlist_delete_one(other, "z");
+    oru_do_nvlist_add_long(other, "y", 2);
+    EXPECT_EQ(oru_do_nvlist_equals(list, other), 0);
+    oru_do_nvlist_deref(other);
+}
+
+TEST_F(Nvlist, PrintsItsItemsInBraces) {
+    using oru::test::printed;
+    EXPECT_EQ(printed<oru_do_nvlist_to_strbuf>(list, 2), "{}");
+    oru_do_nvlist_add(list, "x", a);
+    EXPECT_EQ(printed<oru_do_nvlist_to_strbuf>(list, 2), "{x : 1}");
+    oru_do_nvlist_add_string(list, "y", "text");
+    EXPECT_EQ(printed<oru_do_nvlist_to_strbuf>(list, 2), "{x : 1, y : text}");
+    EXPECT_EQ(printed<oru_do_nvlist_to_strbuf>(static_cast<ORUDoNvlist *>(nullptr)), "");
+}
+
 TEST_F(Nvlist, RequiredArguments) {
     ORUDoIter iter;
     oru_do_iter_init(&iter);
@@ -267,6 +353,10 @@ TEST_F(Nvlist, RequiredArguments) {
     EXPECT_ASSERTION(oru_do_nvlist_delete_one(list, nullptr), "name");
     EXPECT_ASSERTION(oru_do_nvlist_delete_all(nullptr, "x"), "nvlist");
     EXPECT_ASSERTION(oru_do_nvlist_delete_all(list, nullptr), "name");
+    EXPECT_ASSERTION(oru_do_nvlist_delete_item(nullptr, nullptr), "nvlist");
+    EXPECT_ASSERTION(oru_do_nvlist_equals(nullptr, list), "nvlist1");
+    EXPECT_ASSERTION(oru_do_nvlist_equals(list, nullptr), "nvlist2");
+    EXPECT_ASSERTION(oru_do_nvlist_to_strbuf(list, 0, nullptr), "strbuf");
     EXPECT_EQ(oru_do_nvlist_ref(nullptr), nullptr);
     oru_do_nvlist_deref(nullptr);
 }

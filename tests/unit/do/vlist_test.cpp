@@ -6,11 +6,19 @@
 #include <string>
 
 #include "oru/iter.h"
+#include "oru/logger.h"
+#include "oru/nlist.h"
+#include "oru/uri.h"
 #include "oru/value.h"
 #include "tests/support/death.h"
 #include "tests/support/oom.h"
+#include "tests/support/printed.h"
+#include "tests/support/trace_capture.h"
 
 namespace {
+
+using oru::test::Trace;
+using oru::test::TraceCapture;
 
 class Vlist : public testing::Test {
   protected:
@@ -177,6 +185,188 @@ TEST_F(Vlist, AWalkEndsWithNull) {
     EXPECT_EQ(oru_do_vlist_get_next(&iter), nullptr);
 }
 
+TEST_F(Vlist, AddsBehindAnEqualValue) {
+    add({one, two, one});
+    ORUDoValue *equal = oru_do_value_new_int(1);
+    EXPECT_EQ(oru_do_vlist_add_after(list, equal, three), 4);
+    EXPECT_EQ(text(), "1 3 2 1 ");
+    EXPECT_EQ(oru_do_vlist_add_after(list, three, nullptr), -1);
+    oru_do_value_deref(equal);
+    ORUDoValue *other_type = oru_do_value_new_long(1);
+    EXPECT_EQ(oru_do_vlist_add_after(list, other_type, three), -1);
+    oru_do_value_deref(other_type);
+    EXPECT_EQ(oru_do_vlist_get_len(list), 4);
+}
+
+// The end of the list does not move, so the next append takes the place of what stands behind it.
+TEST_F(Vlist, AValueBehindTheLastIsThereUntilTheNextAppend) {
+    add({one});
+    EXPECT_EQ(oru_do_vlist_add_after(list, one, two), 2);
+    EXPECT_EQ(text(), "1 2 ");
+    EXPECT_EQ(oru_do_vlist_get_value(list, 1), two);
+    EXPECT_EQ(oru_do_vlist_add(list, three), 3);
+    EXPECT_EQ(text(), "1 3 ");
+    EXPECT_EQ(oru_do_vlist_get_len(list), 3);
+}
+
+TEST_F(Vlist, ValuesBehindTheLastAreCutOffTogether) {
+    add({one});
+    oru_do_vlist_add_after(list, one, two);
+    oru_do_vlist_add_after(list, two, three);
+    EXPECT_EQ(text(), "1 2 3 ");
+    EXPECT_EQ(oru_do_vlist_add_all(list, list), 6);
+    EXPECT_EQ(oru_do_vlist_get_value(list, 0), one);
+    EXPECT_EQ(oru_do_vlist_get_value(list, 1), one);
+    oru_do_vlist_clear(list);
+    EXPECT_EQ(oru_do_vlist_get_len(list), 0);
+    EXPECT_EQ(text(), "");
+}
+
+TEST_F(Vlist, TheLastMayBeRemovedFromUnderWhatStandsBehindIt) {
+    add({one});
+    oru_do_vlist_add_after(list, one, two);
+    oru_do_vlist_remove_value(list, one);
+    EXPECT_EQ(text(), "2 ");
+    oru_do_vlist_add(list, three);
+    EXPECT_EQ(text(), "3 ");
+}
+
+TEST_F(Vlist, RemovesTheFirstEqualValue) {
+    add({one, two, one, three});
+    ORUDoValue *equal = oru_do_value_new_int(1);
+    oru_do_vlist_remove_value(list, equal);
+    EXPECT_EQ(text(), "2 1 3 ");
+    oru_do_vlist_remove_value(list, three);
+    add({two});
+    EXPECT_EQ(text(), "2 1 2 ");
+    oru_do_vlist_remove_value(list, three);
+    EXPECT_EQ(oru_do_vlist_get_len(list), 3);
+    oru_do_value_deref(equal);
+}
+
+TEST_F(Vlist, RemovesAllEqualValues) {
+    add({one, two, one, one});
+    EXPECT_EQ(oru_do_vlist_remove_value_all(list, three), 0);
+    EXPECT_EQ(oru_do_vlist_remove_value_all(list, one), 3);
+    EXPECT_EQ(text(), "2 ");
+    EXPECT_EQ(oru_do_vlist_remove_value_all(list, two), 1);
+    EXPECT_EQ(oru_do_vlist_get_len(list), 0);
+    add({three});
+    EXPECT_EQ(text(), "3 ");
+}
+
+TEST_F(Vlist, RemovesByAValueOfItsOwn) {
+    for (int i = 0; i < 3; ++i)
+        oru_do_vlist_add_int(list, 9);
+    EXPECT_EQ(oru_do_vlist_remove_value_all(list, oru_do_vlist_get_value(list, 0)), 3);
+    EXPECT_EQ(oru_do_vlist_get_len(list), 0);
+}
+
+TEST_F(Vlist, RemovesTheValuesOfAnotherList) {
+    ORUDoVlist *other = oru_do_vlist_new();
+    oru_do_vlist_add(other, one);
+    oru_do_vlist_add(other, three);
+    add({one, two, one});
+    oru_do_vlist_remove(list, other);
+    EXPECT_EQ(text(), "2 1 ");
+    EXPECT_EQ(oru_do_vlist_get_len(other), 2);
+    oru_do_vlist_remove(list, nullptr);
+    EXPECT_EQ(oru_do_vlist_get_len(list), 0);
+    oru_do_vlist_deref(other);
+}
+
+TEST_F(Vlist, RemovedFromItselfItIsEmpty) {
+    for (int i = 0; i < 3; ++i)
+        oru_do_vlist_add_int(list, 9);
+    add({one});
+    oru_do_vlist_remove(list, list);
+    EXPECT_EQ(oru_do_vlist_get_len(list), 0);
+}
+
+TEST_F(Vlist, ListsAreEqualInOrder) {
+    ORUDoVlist *other = oru_do_vlist_new();
+    EXPECT_EQ(oru_do_vlist_equals(list, other), 1);
+    add({one, two});
+    EXPECT_EQ(oru_do_vlist_equals(list, other), 0);
+    EXPECT_EQ(oru_do_vlist_equals(other, list), 0);
+    oru_do_vlist_add(other, two);
+    oru_do_vlist_add(other, one);
+    EXPECT_EQ(oru_do_vlist_equals(list, other), 0);
+    oru_do_vlist_reverse(other);
+    EXPECT_EQ(oru_do_vlist_equals(list, other), 1);
+    oru_do_vlist_set_value(other, 1, three);
+    EXPECT_EQ(oru_do_vlist_equals(list, other), 0);
+    oru_do_vlist_deref(other);
+}
+
+TEST_F(Vlist, PrintsItsValuesOnLinesOfTheirOwn) {
+    using oru::test::printed;
+    EXPECT_EQ(printed<oru_do_vlist_to_strbuf>(list, 1), "\t[\n]\n");
+    add({one});
+    EXPECT_EQ(printed<oru_do_vlist_to_strbuf>(list), "[\n\t1\n]\n");
+    add({two});
+    oru_do_value_set_default_flag(two);
+    EXPECT_EQ(printed<oru_do_vlist_to_strbuf>(list, 1), "\t[\n\t\t1,\n\t\t2\n]\n");
+    EXPECT_EQ(printed<oru_do_vlist_to_strbuf_with_defaults>(list, 1),
+              "\t[\n\t\t1,\n\t\t2 (default)\n]\n");
+    EXPECT_EQ(printed<oru_do_vlist_to_strbuf>(static_cast<ORUDoVlist *>(nullptr), 1), "");
+    EXPECT_EQ(printed<oru_do_vlist_to_strbuf_with_defaults>(static_cast<ORUDoVlist *>(nullptr), 1),
+              "");
+}
+
+TEST_F(Vlist, IsTracedWhenTheLoggerIsAtTheLevel) {
+    add({one});
+    TraceCapture traces;
+    const uint32_t level = oru_logger_get_level();
+    oru_logger_set_level(4);
+    oru_do_vlist_trace(list, 5);
+    EXPECT_TRUE(traces.lines().empty());
+    oru_do_vlist_trace(list, 4);
+    oru_do_vlist_trace(list, 0);
+    EXPECT_EQ(traces.lines(), (std::vector<Trace>{{7, "[\n\t1\n]\n\n"}, {7, "[\n\t1\n]\n\n"}}));
+    traces.clear();
+    for (uint64_t nth = 1; nth <= 2; ++nth) {
+        poolheap_fail_nth(nth, 0);
+        oru_do_vlist_trace(list, 4);
+        poolheap_fail_off();
+    }
+    EXPECT_TRUE(traces.lines().empty());
+    oru_logger_set_level(level);
+}
+
+TEST_F(Vlist, CollectionsBelowAResourceAreAddedByName) {
+    const char *const texts[] = {"Port", "Slot", nullptr};
+    ORUDoNlist *names = oru_do_nlist_new_strnames(texts);
+    ORUDoNlist *none = oru_do_nlist_new();
+    ORUDoUri *uri = oru_do_uri_new("/a/b");
+    EXPECT_EQ(oru_do_vlist_add_child_ref_names(list, uri, none), 0);
+    EXPECT_EQ(oru_do_vlist_add_child_ref_names(list, uri, names), 0);
+    EXPECT_EQ(oru_do_vlist_get_len(list), 2);
+    const char *const expected[] = {"/a/b?Port", "/a/b?Slot"};
+    for (int32_t i = 0; i < 2; ++i) {
+        ORUDoValue *value = oru_do_vlist_get_value(list, i);
+        EXPECT_EQ(oru_do_value_get_type(value), 108);
+        EXPECT_STREQ(oru_do_uri_get_uri_str(oru_do_value_get_uri(value)), expected[i]);
+    }
+    EXPECT_EQ(oru_do_vlist_add_child_ref_names(nullptr, uri, names), 10000);
+    EXPECT_EQ(oru_do_vlist_add_child_ref_names(list, nullptr, names), 10000);
+    EXPECT_EQ(oru_do_vlist_add_child_ref_names(list, uri, nullptr), 10000);
+    oru::test::sweep_oom(
+        [&] {
+            ORUDoVlist *vlist = oru_do_vlist_new();
+            if (vlist == nullptr)
+                return;
+            const int32_t rc = oru_do_vlist_add_child_ref_names(vlist, uri, names);
+            EXPECT_EQ(rc, oru::test::oom_hit() ? 10002 : 0);
+            EXPECT_EQ(oru_do_vlist_get_len(vlist) == 2, rc == 0);
+            oru_do_vlist_deref(vlist);
+        },
+        {.promised_deaths = {}, .at_least = 9});
+    oru_do_uri_deref(uri);
+    oru_do_nlist_deref(none);
+    oru_do_nlist_deref(names);
+}
+
 TEST_F(Vlist, RequiredArguments) {
     ORUDoIter iter;
     oru_do_iter_init(&iter);
@@ -195,6 +385,19 @@ TEST_F(Vlist, RequiredArguments) {
     EXPECT_ASSERTION(oru_do_vlist_add_all(list, nullptr), "other_vlist");
     EXPECT_ASSERTION(oru_do_vlist_set_value(nullptr, 0, one), "vlist");
     EXPECT_ASSERTION(oru_do_vlist_set_value(list, 0, nullptr), "value");
+    add({one});
+    EXPECT_ASSERTION(oru_do_vlist_add_after(nullptr, one, one), "vlist");
+    EXPECT_ASSERTION(oru_do_vlist_add_after(list, nullptr, one), "after");
+    EXPECT_ASSERTION(oru_do_vlist_remove_value(nullptr, one), "vlist");
+    EXPECT_ASSERTION(oru_do_vlist_remove_value(list, nullptr), "value");
+    EXPECT_ASSERTION(oru_do_vlist_remove_value_all(nullptr, one), "vlist");
+    EXPECT_ASSERTION(oru_do_vlist_remove_value_all(list, nullptr), "value");
+    EXPECT_ASSERTION(oru_do_vlist_remove(nullptr, list), "vlist");
+    EXPECT_ASSERTION(oru_do_vlist_equals(nullptr, list), "vlist1");
+    EXPECT_ASSERTION(oru_do_vlist_equals(list, nullptr), "vlist2");
+    EXPECT_ASSERTION(oru_do_vlist_to_strbuf(list, 0, nullptr), "strbuf");
+    EXPECT_ASSERTION(oru_do_vlist_to_strbuf_with_defaults(list, 0, nullptr), "strbuf");
+    EXPECT_ASSERTION(oru_do_vlist_trace(nullptr, 9), "vlist");
     EXPECT_EQ(oru_do_vlist_ref(nullptr), nullptr);
     oru_do_vlist_deref(nullptr);
 }
@@ -206,17 +409,21 @@ TEST_F(Vlist, EveryAllocationOfAddingAndCloningMayFail) {
             if (vlist == nullptr)
                 return;
             const int32_t added = oru_do_vlist_add(vlist, one);
+            const int32_t more = oru_do_vlist_add(vlist, two);
+            const int32_t after = added != -1 ? oru_do_vlist_add_after(vlist, one, three) : -1;
             const int32_t first = oru_do_vlist_add_first(vlist, two);
             const int32_t len = oru_do_vlist_get_len(vlist);
-            EXPECT_EQ(len, (added != -1 ? 1 : 0) + (first != -1 ? 1 : 0));
+            EXPECT_EQ(len, (more != -1 ? 1 : 0) + (after != -1 ? 1 : 0) + (added != -1 ? 1 : 0) +
+                               (first != -1 ? 1 : 0));
             const int32_t all = oru_do_vlist_add_all(vlist, vlist);
-            if (all != -1) {
-                EXPECT_EQ(all, 2 * len);
+            if (!oru::test::oom_hit()) {
+                EXPECT_EQ(all, 8);
             }
             ORUDoVlist *copy = oru_do_vlist_clone(vlist);
             const bool whole =
                 copy != nullptr && oru_do_vlist_get_len(copy) == oru_do_vlist_get_len(vlist);
-            const bool failed = added == -1 || first == -1 || all == -1 || !whole;
+            const bool failed =
+                more == -1 || after == -1 || added == -1 || first == -1 || all == -1 || !whole;
             EXPECT_EQ(failed, oru::test::oom_hit());
             oru_do_vlist_deref(copy);
             oru_do_vlist_deref(vlist);
