@@ -39,6 +39,8 @@
 #include "oru/iter.h"
 #include "oru/lib.h"
 #include "oru/logger.h"
+#include "oru/md.h"
+#include "oru/md_lookup.h"
 #include "oru/mr_meta.h"
 #include "oru/name.h"
 #include "oru/nlist.h"

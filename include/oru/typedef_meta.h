@@ -33,6 +33,13 @@ ORU_API ORUDoTypedefMeta *oru_do_typedef_meta_new_builtin(int32_t typecode,
 ORU_API ORUDoTypedefMeta *oru_do_typedef_meta_new_simpletype(ORUDoName *name, int32_t typecode,
                                                              ORUDoConstraintList *constraints);
 
+/* An enumeration: labels and their numbers. */
+ORU_API ORUDoTypedefMeta *oru_do_typedef_meta_new_enum(ORUDoName *name, ORUDoNvlist *enums);
+
+/* A sequence or a choice: names and types of the members. */
+ORU_API ORUDoTypedefMeta *oru_do_typedef_meta_new_sequence(ORUDoName *name, ORUDoNtlist *members);
+ORU_API ORUDoTypedefMeta *oru_do_typedef_meta_new_choice(ORUDoName *name, ORUDoNtlist *choices);
+
 /* ---- Reading ---- */
 
 /* The name; empty for a built-in type. */
@@ -47,6 +54,12 @@ ORU_API int32_t oru_do_typedef_meta_get_simple_type(ORUDoTypedefMeta *meta);
 
 /* The constraints of a simple type; null when it has none and for the other categories. */
 ORU_API ORUDoConstraintList *oru_do_typedef_meta_get_constraint_list(ORUDoTypedefMeta *meta);
+
+/* The labels of an enumeration, the members of a sequence, those of a choice; null for every other
+   category. */
+ORU_API ORUDoNvlist *oru_do_typedef_meta_get_enums(ORUDoTypedefMeta *meta);
+ORU_API ORUDoNtlist *oru_do_typedef_meta_get_sequence_members(ORUDoTypedefMeta *meta);
+ORU_API ORUDoNtlist *oru_do_typedef_meta_get_choices(ORUDoTypedefMeta *meta);
 
 /* ---- Life ---- */
 

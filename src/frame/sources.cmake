@@ -22,4 +22,5 @@ target_sources(oruapi PRIVATE
   frame/util_process.cpp
   frame/util_text.cpp
   frame/util_time.cpp
+  frame/xml.cpp
 )

@@ -1,10 +1,30 @@
 target_sources(oruapi PRIVATE
   md/act_meta.cpp
+  md/attr.cpp
   md/constraint.cpp
+  md/load.cpp
+  md/lookup.cpp
+  md/lookup_within.cpp
+  md/merge.cpp
+  md/mr.cpp
+  md/mr_list.cpp
   md/mr_meta.cpp
   md/mr_meta_list.cpp
   md/mr_meta_props.cpp
+  md/package.cpp
   md/prop_meta.cpp
   md/prop_meta_list.cpp
   md/typedef_meta.cpp
 )
+  md/reader.cpp
+  md/reader_action.cpp
+  md/reader_assert.cpp
+  md/reader_cod.cpp
+  md/reader_mr.cpp
+  md/reader_types.cpp
+  md/resolve.cpp
+  md/scan.cpp
+  md/store.cpp
+  md/typed_value.cpp
+  md/typedef.cpp
+  md/typedef_meta.cpp)

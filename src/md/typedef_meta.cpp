@@ -2,6 +2,8 @@
 
 #include "oru/constraint.h"
 #include "oru/name.h"
+#include "oru/ntlist.h"
+#include "oru/nvlist.h"
 
 namespace {
 
@@ -25,15 +27,30 @@ ORUDoTypedefMeta *new_simple(ORUDoName *name, int32_t typecode, ORUDoConstraintL
     return meta;
 }
 
+ORUDoTypedefMeta *new_with_members(ORUDoName *name, int32_t category, ORUDoNtlist *members) {
+    auto *meta = new_of_category(name, category);
+    if (meta != nullptr)
+        meta->members = oru_do_ntlist_ref(members);
+    return meta;
+}
+
 const ORUDoSimpleTypeMeta *simple_part(const ORUDoTypedefMeta &meta) {
     return meta.category == ORU_TYPEDEF_SIMPLE ? meta.simple : nullptr;
+}
+
+ORUDoNtlist *members_of(const ORUDoTypedefMeta &meta, int32_t category) {
+    return meta.category == category ? meta.members : nullptr;
 }
 
 }  // namespace
 
 void oru::ObjectType<ORUDoTypedefMeta>::release_members(ORUDoTypedefMeta &self) {
     oru_do_name_deref(self.name);
-    if (self.simple != nullptr) {
+    if (self.category == ORU_TYPEDEF_ENUM) {
+        oru_do_nvlist_deref(self.enums);
+    } else if (self.category != ORU_TYPEDEF_SIMPLE) {
+        oru_do_ntlist_deref(self.members);
+    } else if (self.simple != nullptr) {
         oru_do_constraint_list_deref(self.simple->constraint_list);
         free_element(self.simple);
     }
@@ -52,6 +69,21 @@ ORUDoTypedefMeta *oru_do_typedef_meta_new_builtin(int32_t typecode,
 ORUDoTypedefMeta *oru_do_typedef_meta_new_simpletype(ORUDoName *name, int32_t typecode,
                                                      ORUDoConstraintList *constraints) {
     return new_simple(name, typecode, constraints);
+}
+
+ORUDoTypedefMeta *oru_do_typedef_meta_new_enum(ORUDoName *name, ORUDoNvlist *enums) {
+    auto *meta = new_of_category(name, ORU_TYPEDEF_ENUM);
+    if (meta != nullptr)
+        meta->enums = oru_do_nvlist_ref(enums);
+    return meta;
+}
+
+ORUDoTypedefMeta *oru_do_typedef_meta_new_sequence(ORUDoName *name, ORUDoNtlist *members) {
+    return new_with_members(name, ORU_TYPEDEF_SEQUENCE, members);
+}
+
+ORUDoTypedefMeta *oru_do_typedef_meta_new_choice(ORUDoName *name, ORUDoNtlist *choices) {
+    return new_with_members(name, ORU_TYPEDEF_CHOICE, choices);
 }
 
 ORUDoName *oru_do_typedef_meta_get_name(ORUDoTypedefMeta *meta) {
@@ -74,6 +106,21 @@ ORUDoConstraintList *oru_do_typedef_meta_get_constraint_list(ORUDoTypedefMeta *m
     ORU_REQUIRE(meta);
     const auto *simple = simple_part(*meta);
     return simple != nullptr ? simple->constraint_list : nullptr;
+}
+
+ORUDoNvlist *oru_do_typedef_meta_get_enums(ORUDoTypedefMeta *meta) {
+    ORU_REQUIRE(meta);
+    return meta->category == ORU_TYPEDEF_ENUM ? meta->enums : nullptr;
+}
+
+ORUDoNtlist *oru_do_typedef_meta_get_sequence_members(ORUDoTypedefMeta *meta) {
+    ORU_REQUIRE(meta);
+    return members_of(*meta, ORU_TYPEDEF_SEQUENCE);
+}
+
+ORUDoNtlist *oru_do_typedef_meta_get_choices(ORUDoTypedefMeta *meta) {
+    ORU_REQUIRE(meta);
+    return members_of(*meta, ORU_TYPEDEF_CHOICE);
 }
 
 ORU_OBJECT_API(ORUDoTypedefMeta, oru_do_typedef_meta)

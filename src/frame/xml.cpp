@@ -1,0 +1,80 @@
+#include "frame/xml.h"
+
+#include <libxml/parser.h>
+#include <libxml/parserInternals.h>
+#include <libxml/xmlerror.h>
+
+namespace {
+
+void stay_silent(void *, xmlError *) {}
+
+// The parser would print what it meets outside of a document, through this thread's handler.
+class SilentParser {
+  public:
+    SilentParser() : handler_(xmlStructuredError), context_(xmlStructuredErrorContext) {
+        xmlSetStructuredErrorFunc(nullptr, stay_silent);
+    }
+    ~SilentParser() { xmlSetStructuredErrorFunc(context_, handler_); }
+    SilentParser(const SilentParser &) = delete;
+    SilentParser &operator=(const SilentParser &) = delete;
+
+  private:
+    xmlStructuredErrorFunc handler_;
+    void *context_;
+};
+
+void refuse(void *context) {
+    auto *parser = static_cast<xmlParserCtxt *>(context);
+    parser->wellFormed = 0;
+    xmlStopParser(parser);
+}
+
+void refuse_entity(void *context, const xmlChar *, int, const xmlChar *, const xmlChar *,
+                   xmlChar *) {
+    refuse(context);
+}
+
+void refuse_unparsed_entity(void *context, const xmlChar *, const xmlChar *, const xmlChar *,
+                            const xmlChar *) {
+    refuse(context);
+}
+
+class Parser {
+  public:
+    Parser() : context_(xmlNewParserCtxt()) {
+        if (context_ == nullptr)
+            return;
+        context_->sax->serror = stay_silent;
+        context_->sax->entityDecl = refuse_entity;
+        context_->sax->unparsedEntityDecl = refuse_unparsed_entity;
+    }
+    ~Parser() { xmlFreeParserCtxt(context_); }
+    Parser(const Parser &) = delete;
+    Parser &operator=(const Parser &) = delete;
+
+    xmlDoc *read(int fd, const char *path) {
+        if (context_ == nullptr)
+            return nullptr;
+        return xmlCtxtReadFd(context_, fd, path, nullptr,
+                             XML_PARSE_NOERROR | XML_PARSE_NOWARNING | XML_PARSE_NONET);
+    }
+
+  private:
+    xmlParserCtxt *context_;
+};
+
+}  // namespace
+
+oru::XmlDocument oru::read_xml(int fd, const char *path) {
+    const SilentParser silent;
+    return XmlDocument(Parser().read(fd, path));
+}
+
+oru::XmlAttribute::XmlAttribute(const xmlNode *element, const char *name)
+    : text_(reinterpret_cast<char *>(
+          xmlGetNoNsProp(element, reinterpret_cast<const xmlChar *>(name)))) {}
+
+oru::XmlAttribute::~XmlAttribute() {
+    if (text_ != nullptr)
+        xmlFree(text_);
+}

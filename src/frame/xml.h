@@ -1,0 +1,94 @@
+// XML documents from outside, read by libxml2: nothing is fetched, entities that a document
+// declares itself make it unreadable, nothing is printed, and nesting has the parser's own limit.
+#ifndef ORU_SRC_FRAME_XML_H
+#define ORU_SRC_FRAME_XML_H
+
+#define U_SHOW_CPLUSPLUS_API 0
+#include <libxml/tree.h>
+
+#include <cstring>
+#include <utility>
+
+namespace oru {
+
+// Owns a parsed document.
+class XmlDocument {
+  public:
+    explicit XmlDocument(xmlDoc *doc = nullptr) : doc_(doc) {}
+    XmlDocument(XmlDocument &&other) noexcept : doc_(std::exchange(other.doc_, nullptr)) {}
+    XmlDocument &operator=(XmlDocument &&other) noexcept {
+        std::swap(doc_, other.doc_);
+        return *this;
+    }
+    ~XmlDocument() { xmlFreeDoc(doc_); }
+
+    explicit operator bool() const { return doc_ != nullptr; }
+    xmlNode *root() const { return xmlDocGetRootElement(doc_); }
+
+  private:
+    xmlDoc *doc_;
+};
+
+// Parses what the descriptor gives; false where it is no document. `path` is for places only.
+XmlDocument read_xml(int fd, const char *path);
+
+// Owns the value of an attribute, whatever its namespace; null for one that there is not.
+class XmlAttribute {
+  public:
+    XmlAttribute(const xmlNode *element, const char *name);
+    XmlAttribute(const XmlAttribute &) = delete;
+    XmlAttribute &operator=(const XmlAttribute &) = delete;
+    ~XmlAttribute();
+
+    const char *text() const { return text_; }
+    explicit operator bool() const { return text_ != nullptr; }
+    bool is(const char *text) const { return text_ != nullptr && std::strcmp(text_, text) == 0; }
+
+  private:
+    char *text_;
+};
+
+inline const char *xml_name(const xmlNode *node) {
+    return reinterpret_cast<const char *>(node->name);
+}
+
+inline bool xml_is(const xmlNode *node, const char *name) {
+    return std::strcmp(xml_name(node), name) == 0;
+}
+
+// The element at `node` or the first behind it, or null.
+inline const xmlNode *xml_element_from(const xmlNode *node) {
+    while (node != nullptr && node->type != XML_ELEMENT_NODE)
+        node = node->next;
+    return node;
+}
+
+// The child elements of an element: `for (const xmlNode *child : XmlChildren(element))`.
+class XmlChildren {
+  public:
+    explicit XmlChildren(const xmlNode *parent) : first_(xml_element_from(parent->children)) {}
+
+    class Iterator {
+      public:
+        explicit Iterator(const xmlNode *node) : node_(node) {}
+        const xmlNode *operator*() const { return node_; }
+        Iterator &operator++() {
+            node_ = xml_element_from(node_->next);
+            return *this;
+        }
+        bool operator!=(const Iterator &other) const { return node_ != other.node_; }
+
+      private:
+        const xmlNode *node_;
+    };
+
+    Iterator begin() const { return Iterator(first_); }
+    Iterator end() const { return Iterator(nullptr); }
+
+  private:
+    const xmlNode *first_;
+};
+
+}  // namespace oru
+
+#endif
