@@ -79,6 +79,36 @@ ORU_API void oru_md_get_child_mr_meta_list(ORUMdMrMeta *mr_meta, ORUDoMrMetaList
 /* The same two levels deep: behind each child its own children. */
 ORU_API void oru_md_get_descendant_mr_meta_list(ORUMdMrMeta *mr_meta, ORUDoMrMetaList *list);
 
+/* ---- By URI ---- */
+
+/* Sets the qualified name of the resource type at the root of all URIs. The text is not copied and
+   must live on; "com.tarvex.lumo.orucore/System" at start. Takes the write lock, and changes
+   nothing when that fails. It outlives the store. */
+ORU_API void oru_md_set_root_mr_type(const char *name);
+
+/*
+ * Walks a URI through the metadata and gives the resource type that it reaches. The last
+ * `last_segs` segments are walked, all of them for a `last_segs` below 1, starting at `start_mr`,
+ * or at the root type for null.
+ *
+ * `ret_remainder_uri_segs` is set to how many segments are left when the walk ends early: at a
+ * library resource whose implementation only the data can tell; at a peer reference, whose holder
+ * is the result then; at a resource selected by a secondary key that is not operational. It is 0
+ * for a URI that was walked to its end, and when nothing was found.
+ *
+ * The others may be null. `ret_keys` gets the keys of the last segment, borrowed from the URI, null
+ * for none. `ret_secondary` is set when a secondary key selected, `ret_peer_ref` to the peer
+ * reference; both are read as well and must be cleared before the call.
+ *
+ * Null when the URI does not fit the metadata; traced at level 3. Asserts "uri" and
+ * "ret_remainder_uri_segs".
+ */
+ORU_API ORUMdMrMeta *oru_md_get_mr_meta_by_uri(ORUDoUri *uri, int32_t last_segs,
+                                               ORUMdMrMeta *start_mr,
+                                               int32_t *ret_remainder_uri_segs,
+                                               ORUDoNvlist **ret_keys, uint8_t *ret_secondary,
+                                               ORUMdRefMeta **ret_peer_ref);
+
 /* ---- Values ---- */
 
 /*

@@ -27,4 +27,5 @@ target_sources(oruapi PRIVATE
   md/store.cpp
   md/typed_value.cpp
   md/typedef.cpp
-  md/typedef_meta.cpp)
+  md/typedef_meta.cpp
+  md/uri_walk.cpp)
