@@ -42,6 +42,6 @@ target_sources(oruapi PRIVATE
   do/value_xml.cpp
   do/vlist.cpp
   do/vlist_compare.cpp
-  do/xml.cpp
   do/vlist_typed.cpp
+  do/xml.cpp
 )

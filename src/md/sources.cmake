@@ -14,8 +14,6 @@ target_sources(oruapi PRIVATE
   md/package.cpp
   md/prop_meta.cpp
   md/prop_meta_list.cpp
-  md/typedef_meta.cpp
-)
   md/reader.cpp
   md/reader_action.cpp
   md/reader_assert.cpp
@@ -28,4 +26,5 @@ target_sources(oruapi PRIVATE
   md/typed_value.cpp
   md/typedef.cpp
   md/typedef_meta.cpp
-  md/uri_walk.cpp)
+  md/uri_walk.cpp
+)
