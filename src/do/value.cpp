@@ -39,8 +39,9 @@ ORUDoValue *new_number(int32_t type, Number n) {
 char *take_storage(StorageClass storage, size_t size, bool is_text) {
     if (storage != StorageClass::heap)
         return kStorage.take(storage);
-    const oru::Tag tag = is_text ? oru::Tag::strdup : oru::Tag::value_misc;
-    return static_cast<char *>(ph_calloc_named(oru::tag_word(tag), 1, size + (is_text ? 1 : 0)));
+    void *block = is_text ? ph_malloc_named(oru::tag_word(oru::Tag::strdup), size + 1)
+                          : ph_calloc_named(oru::tag_word(oru::Tag::value_misc), 1, size);
+    return static_cast<char *>(block);
 }
 
 // A value of a sized type. Its data is null when no storage is to be had.
