@@ -53,6 +53,7 @@
 #include "oru/properties_list.h"
 #include "oru/queue.h"
 #include "oru/rc.h"
+#include "oru/session.h"
 #include "oru/strbuf.h"
 #include "oru/thread.h"
 #include "oru/typedef_meta.h"

@@ -1,5 +1,5 @@
-// Sessions and locations are the back end's business: one-line dispatchers that hand on their
-// words and hand back the result.
+// Shutdown and locations are the back end's business: one-line dispatchers that hand on their words
+// and hand back the result.
 #include "frame/backend.h"
 #include "oru/lib.h"
 

@@ -15,6 +15,7 @@ target_sources(oruapi PRIVATE
   frame/rc.cpp
   frame/regexp.cpp
   frame/regexp_cost.cpp
+  frame/session.cpp
   frame/tags.cpp
   frame/threads.cpp
   frame/util_console.cpp
