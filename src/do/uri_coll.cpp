@@ -43,7 +43,7 @@ char *member_of_text(std::string_view coll) {
     const auto buf = oru::uri_buffer();
     if (!buf)
         return nullptr;
-    const std::string_view base = mark == 1   ? std::string_view()
+    const std::string_view base = mark == 1   ? std::string_view("")
                                   : mark == 2 ? std::string_view("/")
                                               : coll.substr(0, mark);
     oru::strbuf_append(*buf, base);

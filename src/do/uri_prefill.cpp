@@ -3,7 +3,7 @@
 
 std::string_view oru::uri_prefix(const ORUDoUri &uri, int32_t n) {
     if (n < 1)
-        return {};
+        return "";
     // A pre-filled end may lie behind the text.
     return std::string_view(uri.uri_str).substr(0, size_t{uri.segment_table[n - 1].end} + 1);
 }
