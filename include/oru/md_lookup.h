@@ -132,6 +132,12 @@ ORU_API ORUDoValue *oru_do_value_new_from_mr_meta(ORUDoValue *val, ORUDoMrMeta *
 ORU_API ORUDoNvlist *oru_do_nvlist_new_from_mr_meta(ORUDoNvlist *nvlist, ORUDoMrMeta *mr_meta,
                                                     int32_t *rc);
 
+/* The same into a table: 0, or the code of the first pair that fails; what was set before it stays.
+   Asserts "properties" and "nvlist". */
+ORU_API int32_t oru_do_properties_set_from_nvlist_and_meta(ORUDoProperties *properties,
+                                                           ORUDoNvlist *nvlist,
+                                                           ORUDoMrMeta *mr_meta);
+
 ORU_END_DECLS
 
 #endif

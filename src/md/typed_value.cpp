@@ -1,11 +1,13 @@
 // Values against the types that metadata gives: references, and texts that came from outside.
 #include "do/nvlist.h"
+#include "do/value.h"
 #include "frame/require.h"
 #include "frame/trace.h"
 #include "oru/md_lookup.h"
 #include "oru/mr_meta.h"
 #include "oru/nvlist.h"
 #include "oru/prop_meta.h"
+#include "oru/properties.h"
 #include "oru/rc.h"
 #include "oru/value.h"
 #include "oru/vlist.h"
@@ -32,21 +34,17 @@ int32_t check_ref_type(ORUDoPropMeta *prop, ORUDoValue *value) {
     return ORU_OK;
 }
 
-// Adds the typed form of an item to `typed`. The result code.
-int32_t add_typed(ORUDoNvlist *typed, const char *name, ORUDoValue *text, ORUDoMrMeta *mr_meta) {
-    int32_t code = ORU_OK;
-    ORUDoValue *value = oru_do_value_new_from_mr_meta(text, mr_meta, name, &code);
-    if (value == nullptr || code != ORU_OK) {
-        oru_do_value_deref(value);
-        if (code == ORU_OK)
-            code = ORU_RC_VALUE_TYPE;
-        ORU_TRACE(Level::failure, "unable to type value for %s from metadata (rc=%d)\n", name,
-                  static_cast<int>(code));
-        return code;
-    }
-    const int32_t length = oru_do_nvlist_add(typed, name, value);
-    oru_do_value_deref(value);
-    return length > 0 ? ORU_OK : ORU_RC_MALLOC;
+// The typed form of a pair. Without one `code` is not 0, and that is told.
+oru::Ref<ORUDoValue> typed_form(const ORUDoNvlistItem &pair, ORUDoMrMeta *mr_meta, int32_t &code) {
+    auto value = oru::Ref<ORUDoValue>::adopt(
+        oru_do_value_new_from_mr_meta(pair.value, mr_meta, pair.name, &code));
+    if (value && code == ORU_OK)
+        return value;
+    if (code == ORU_OK)
+        code = ORU_RC_VALUE_TYPE;
+    ORU_TRACE(Level::failure, "unable to type value for %s from metadata (rc=%d)\n", pair.name,
+              static_cast<int>(code));
+    return {};
 }
 
 }  // namespace
@@ -89,9 +87,27 @@ ORUDoNvlist *oru_do_nvlist_new_from_mr_meta(ORUDoNvlist *nvlist, ORUDoMrMeta *mr
         return nullptr;
     }
     for (auto *item = nvlist->first; item != nullptr; item = item->next) {
-        *rc = add_typed(typed.get(), item->name, item->value, mr_meta);
-        if (*rc != ORU_OK)
+        const auto value = typed_form(*item, mr_meta, *rc);
+        if (!value)
             return nullptr;
+        if (oru_do_nvlist_add(typed.get(), item->name, value.get()) < 0) {
+            *rc = ORU_RC_MALLOC;
+            return nullptr;
+        }
     }
     return typed.release();
+}
+
+int32_t oru_do_properties_set_from_nvlist_and_meta(ORUDoProperties *properties, ORUDoNvlist *nvlist,
+                                                   ORUDoMrMeta *mr_meta) {
+    ORU_REQUIRE(properties);
+    ORU_REQUIRE(nvlist);
+    for (auto *item = nvlist->first; item != nullptr; item = item->next) {
+        int32_t code = ORU_OK;
+        const auto value = typed_form(*item, mr_meta, code);
+        if (!value)
+            return code;
+        oru_do_properties_set_value(properties, item->name, value.get());
+    }
+    return ORU_OK;
 }
