@@ -308,7 +308,7 @@ TEST(ValueEqualsText, ByTheTextForm) {
 int32_t print_hook(intptr_t, ORUDoValue *, int32_t tabs, ORUDoStrbuf *strbuf) {
     EXPECT_EQ(tabs, 0);
     oru_do_strbuf_add_string(strbuf, "hooked");
-    return 0;
+    return 42;
 }
 
 TEST(ValueEqualsText, UsesTheDefaultFormatterWhereItPrints) {
