@@ -1,9 +1,16 @@
 // Values as the keys of URIs.
+#include "oru/vlist.h"
 #include "tests/unit/do/uri_support.h"
 
 namespace {
 
 using namespace oru::test;
+
+struct ReleaseList {
+    void operator()(ORUDoVlist *object) const { oru_do_vlist_deref(object); }
+};
+
+using Values = std::unique_ptr<ORUDoVlist, ReleaseList>;
 
 // Takes the value over.
 std::string key_form(ORUDoValue *made) {
@@ -61,6 +68,21 @@ TEST(UriKeyText, BytesInHexadecimal) {
     EXPECT_EQ(key_form(oru_do_value_new_hex_binary(bytes, 0)), "");
     EXPECT_EQ(key_form(oru_do_value_new_ip_address(bytes, 4)), "0AFF001C");
     EXPECT_EQ(key_form(oru_do_value_new_nsap_address(bytes, 2)), "0AFF");
+}
+
+TEST(UriKeyText, ListsAsTheyPrint) {
+    const Value one(oru_do_value_new_int(1));
+    const Value text(oru_do_value_new_enumeration("a b"));
+    const Keys named(oru_do_nvlist_new_from_item("a", one.get()));
+    oru_do_nvlist_add(named.get(), "b", text.get());
+    const Values plain(oru_do_vlist_new());
+    oru_do_vlist_add(plain.get(), text.get());
+    EXPECT_EQ(key_form(oru_do_value_new_choice(named.get())), "{a%20%3A%201%2C%20b%20%3A%20a%20b}");
+    EXPECT_EQ(key_form(oru_do_value_new_sequence(named.get())),
+              "{a%20%3A%201%2C%20b%20%3A%20a%20b}");
+    EXPECT_EQ(key_form(oru_do_value_new_array(plain.get())), "%5B\n\ta%20b\n%5D\n");
+    EXPECT_EQ(key_form(oru_do_value_new_bits(plain.get())), "%5B\n\ta%20b\n%5D\n");
+    EXPECT_EQ(key_form(oru_do_value_new_array(Values(oru_do_vlist_new()).get())), "%5B\n%5D\n");
 }
 
 TEST(UriKeyText, AStringWithoutStorageReadsAsEmpty) {

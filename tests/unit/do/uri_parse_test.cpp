@@ -1,6 +1,9 @@
 // Construction from text, and the parse.
+#include <oruplatform/chunk.h>
+
 #include <utility>
 
+#include "tests/support/child.h"
 #include "tests/unit/do/uri_support.h"
 
 namespace {
@@ -80,6 +83,50 @@ TEST(UriNew, NeedsARecordAndAText) {
             },
             {.promised_deaths = {}, .at_least = 4});
     }
+}
+
+TEST(UriPools, HaveTheirNamesSizesAndTags) {
+    expect_in_child([] {
+        TraceCapture traces;
+        void *small = init_chunk_poolheap_oru_do_uri_sml_misc(16, 0);
+        void *misc = init_chunk_poolheap_oru_do_uri_misc(8, 0);
+        EXPECT_EQ(traces.lines(), (std::vector<Trace>{{5, "chunk create oru_do_uri_sml_misc 64 16"},
+                                                      {5, "chunk create oru_do_uri_misc 128 8"}}));
+        void *records = init_chunk_poolheap_oru_do_uri(4, 0);
+        chunk_stats_t stats{};
+        const Uri one = unparsed(run_of(62));
+        const Uri two = unparsed(run_of(126));
+        const Uri long_one = unparsed(run_of(127));
+        chunk_pool_stats(small, &stats);
+        EXPECT_EQ(stats.live, 1u);
+        EXPECT_EQ(stats.tag, kSmallTag);
+        chunk_pool_stats(misc, &stats);
+        EXPECT_EQ(stats.live, 1u);
+        EXPECT_EQ(stats.tag, kMiscTag);
+        chunk_pool_stats(records, &stats);
+        EXPECT_EQ(stats.live, 3u);
+        EXPECT_EQ(stats.tag, 0x290001bu);
+    });
+}
+
+TEST(UriPools, ARefusedTextEndsTheProcess) {
+    const std::string words = "Failed to free ##name from chunk poolheap_chunk_##type";
+    EXPECT_FATAL(
+        {
+            init_chunk_poolheap_oru_do_uri_sml_misc(16, 0);
+            ORUDoUri *uri = oru_do_uri_new("/a");
+            init_chunk_poolheap_oru_do_uri_sml_misc(16, 0);
+            oru_do_uri_deref(uri);
+        },
+        words);
+    EXPECT_FATAL(
+        {
+            init_chunk_poolheap_oru_do_uri_misc(16, 0);
+            ORUDoUri *uri = oru_do_uri_new(run_of(100).c_str());
+            init_chunk_poolheap_oru_do_uri_misc(16, 0);
+            oru_do_uri_deref(uri);
+        },
+        words);
 }
 
 // ---- Formatted texts ----
