@@ -1,6 +1,5 @@
 // Reading a URI: its segments, keys and query part. Whatever needs them has the text parsed first.
 #include <algorithm>
-#include <cstring>
 
 #include "do/uri.h"
 #include "frame/text.h"
