@@ -5,6 +5,8 @@
  *
  * A tree is plain, not counted: it is made by one thread, outlives every context that uses it, and
  * is freed as a whole. It takes no locks; contexts may share it one at a time.
+ *
+ * A null node is refused by the assertion "dtl_node" unless told otherwise.
  */
 #ifndef ORU_DTL_H
 #define ORU_DTL_H
@@ -102,6 +104,170 @@ struct ORUDtlMrInfo {
     char *max_batches_param;
     uint8_t flatten; /* rows give way to their children */
 };
+
+/* ---- Contexts ---- */
+
+/* States of a level of the walk. */
+enum { ORU_DTL_STATE_NEW = 0, ORU_DTL_STATE_STOPPED = 1, ORU_DTL_STATE_FINISHED = 2 };
+
+/*
+ * One level of a walk; the chain from the top exists between calls exactly as far down as levels
+ * stopped in the middle. Whoever made the top context reads `dtree_node` from it, and may set
+ * `canceled`, from any thread: every level then ends with code 33 when it is entered.
+ */
+struct ORUDtlCtx {
+    int32_t state;      /* ORU_DTL_STATE_... */
+    int32_t call_count; /* top only: calls of oru_dtl_get_next */
+    uint16_t debug;
+    uint8_t canceled; /* top only, never set by the library */
+    ORUDataIfc *crudx;
+    ORUCollIfc *coll;
+    ORUDtlCursor *cursor; /* of the collection in progress, owned, or null */
+    int32_t batches;      /* fetches done on it */
+    ORUDtlNode *dtl_node; /* whose children the level walks */
+    /* Top: the root of the results, owned. Inner: the last row that a `return="one"` child gave,
+       only compared. */
+    ORUDoDtree *dtree_node;
+    int32_t where_count;      /* top only: room in the next */
+    ORUDoNvlist **where_used; /* where clauses that were used once, or null */
+    ORUDtlNode *dtl_ch;       /* where to go on: a child of `dtl_node`, or null, */
+    ORUDoDtree *dtree_ch;     /* and one of its rows, or null */
+    ORUDtlCtx *parent;
+    ORUDtlCtx *child;
+};
+
+/* ---- Trees: making ---- */
+
+/* An empty tree: a node of type 1 and op 1 with the empty name. Null when memory runs out. */
+ORU_API ORUDtlNode *oru_dtl_tree_new(void);
+
+/*
+ * A new last child of `parent`, with op 1, both names `name`, and everything else zero; it belongs
+ * to the tree. Null when memory runs out. Asserts "parent" and "name".
+ */
+ORU_API ORUDtlNode *oru_dtl_tree_add_child(ORUDtlNode *parent, ORUDoName *name, int32_t type);
+
+/* The same from a text. */
+ORU_API ORUDtlNode *oru_dtl_tree_add_child_w_strname_type(ORUDtlNode *parent, const char *name,
+                                                          int32_t type);
+
+/*
+ * Gives the node a new `mr_info` in place of what it had, with references to both arguments, which
+ * may be null, and with all properties of `mr_meta`. `type` stays. The result is lent; null when
+ * memory runs out.
+ */
+ORU_API ORUDtlMrInfo *oru_dtl_tree_init_mr_info(ORUDtlNode *dtl_node, ORUDoUri *uri,
+                                                ORUDoMrMeta *mr_meta);
+
+/* Frees a node with everything that hangs from it. Null is ignored. A parent is not told. */
+ORU_API void oru_dtl_tree_delete(ORUDtlNode *dtl_node);
+
+/* ---- Trees: asking ----
+ * Flags, 0 or 1. */
+
+/* By op; 0 for null: all by metadata; the attributes named; on a collection. */
+ORU_API int32_t oru_dtl_tree_is_recursive_op(ORUDtlNode *dtl_node);
+ORU_API int32_t oru_dtl_tree_is_get_specific_attr_op(ORUDtlNode *dtl_node);
+ORU_API int32_t oru_dtl_tree_is_collection_op(ORUDtlNode *dtl_node);
+
+/* Whether a node below has an op other than 0, 1, 9 and 17; 0 for null. */
+ORU_API int32_t oru_dtl_tree_has_inner_mr_get(ORUDtlNode *dtl_node);
+
+/* Whether the node's resource is known and operational. */
+ORU_API int32_t oru_dtl_tree_mr_is_oper(ORUDtlNode *dtl_node);
+
+/* The settings of `mr_info`; 0 without one. */
+ORU_API int32_t oru_dtl_tree_flatten(ORUDtlNode *dtl_node);
+ORU_API int32_t oru_dtl_tree_return_w_child(ORUDtlNode *dtl_node);
+ORU_API int32_t oru_dtl_tree_return_one(ORUDtlNode *dtl_node);
+ORU_API int32_t oru_dtl_tree_return_last(ORUDtlNode *dtl_node);
+
+/* Likewise; 0 for null too. */
+ORU_API int32_t oru_dtl_tree_continue_on_error(ORUDtlNode *dtl_node);
+
+/* How many nodes, this one and all below, have a where clause; 0 for null. */
+ORU_API int32_t oru_dtl_tree_count_where_clause(ORUDtlNode *dtl_node);
+
+/* The text of an operation and of a node type, "(unknown)" for other numbers. Not freed. */
+ORU_API const char *oru_dtl_tree_get_op_str(int32_t op);
+ORU_API const char *oru_dtl_tree_get_node_type_str(int32_t type);
+
+/* The numbers, as set. */
+ORU_API int32_t oru_dtl_tree_get_batch_size(ORUDtlNode *dtl_node);
+ORU_API int32_t oru_dtl_tree_get_max_batches(ORUDtlNode *dtl_node);
+
+/* The texts, lent; null when not set and without `mr_info`. */
+ORU_API const char *oru_dtl_tree_get_batch_size_param(ORUDtlNode *dtl_node);
+ORU_API const char *oru_dtl_tree_get_max_batches_param(ORUDtlNode *dtl_node);
+ORU_API const char *oru_dtl_tree_get_order_param(ORUDtlNode *dtl_node);
+
+/* ---- Trees: changing a node ---- */
+
+/* Numbers of the node. */
+ORU_API void oru_dtl_tree_set_type(ORUDtlNode *dtl_node, int32_t type);
+ORU_API void oru_dtl_tree_set_op(ORUDtlNode *dtl_node, int32_t op);
+ORU_API void oru_dtl_tree_set_batch_size(ORUDtlNode *dtl_node, int32_t n);
+ORU_API void oru_dtl_tree_set_max_batches(ORUDtlNode *dtl_node, int32_t n);
+
+/* The property that an attribute reads. A null node or text changes nothing. */
+ORU_API void oru_dtl_tree_set_prop_name(ORUDtlNode *dtl_node, const char *text);
+
+/*
+ * Keeps a copy of the text, with a newline behind it when it begins with a digit or with "-" and a
+ * digit, so that a number is read to its end. Null and empty change nothing. Called once: an
+ * earlier text stays with whoever borrowed it.
+ */
+ORU_API void oru_dtl_tree_set_default_expr(ORUDtlNode *dtl_node, const char *text);
+
+/* Replaces the error; null clears it. */
+ORU_API void oru_dtl_tree_set_error(ORUDtlNode *dtl_node, ORUDoError *error);
+
+/* ---- Trees: changing what is read ----
+ * Without `mr_info` these do nothing. */
+
+/* Flags. */
+ORU_API void oru_dtl_tree_set_return_default(ORUDtlNode *dtl_node, uint8_t flag);
+ORU_API void oru_dtl_tree_set_return_w_child(ORUDtlNode *dtl_node, uint8_t flag);
+ORU_API void oru_dtl_tree_set_use_where_clause_once(ORUDtlNode *dtl_node, uint8_t flag);
+ORU_API void oru_dtl_tree_set_continue_on_error(ORUDtlNode *dtl_node, uint8_t flag);
+ORU_API void oru_dtl_tree_set_return_one(ORUDtlNode *dtl_node);
+ORU_API void oru_dtl_tree_set_return_last(ORUDtlNode *dtl_node);
+
+/* Set by the text "true", by no other; never cleared. Null is ignored. */
+ORU_API void oru_dtl_tree_set_flatten(ORUDtlNode *dtl_node, const char *text);
+
+/* Texts, copied; null is ignored. An earlier text stays with whoever borrowed it. */
+ORU_API void oru_dtl_tree_set_batch_size_param(ORUDtlNode *dtl_node, const char *text);
+ORU_API void oru_dtl_tree_set_max_batches_param(ORUDtlNode *dtl_node, const char *text);
+ORU_API void oru_dtl_tree_set_order_param(ORUDtlNode *dtl_node, const char *text);
+
+/* The selection of attributes, a new name of that text. Null is ignored. */
+ORU_API void oru_dtl_tree_set_attr_select(ORUDtlNode *dtl_node, const char *text);
+
+/* Each adds to a list that is made when it is missing. Null is refused by the assertion of the
+   argument's name. */
+ORU_API void oru_dtl_tree_add_cfg_attr(ORUDtlNode *dtl_node, ORUDoName *attr_name);
+ORU_API void oru_dtl_tree_add_oper_attr(ORUDtlNode *dtl_node, ORUDoName *attr_name);
+ORU_API void oru_dtl_tree_add_cfg_data(ORUDtlNode *dtl_node, ORUDoName *cfg_data);
+ORU_API void oru_dtl_tree_add_oper_data(ORUDtlNode *dtl_node, ORUDoName *oper_data);
+ORU_API void oru_dtl_tree_add_order_by(ORUDtlNode *dtl_node, ORUDoName *name);
+ORU_API void oru_dtl_tree_add_where_clause(ORUDtlNode *dtl_node, const char *name,
+                                           ORUDoValue *value);
+
+/* Takes a reference to a whole where clause in place of the one there. Asserts "where_nvlist". */
+ORU_API void oru_dtl_tree_set_where_clause(ORUDtlNode *dtl_node, ORUDoNvlist *where_nvlist);
+
+/* The action, with an empty table of parameters in place of the one there. Asserts "act_name". */
+ORU_API void oru_dtl_tree_set_act_name(ORUDtlNode *dtl_node, ORUDoName *act_name);
+
+/* A parameter of the action. Asserts "param_name" and "param_value". */
+ORU_API void oru_dtl_tree_set_act_in_param(ORUDtlNode *dtl_node, ORUDoName *param_name,
+                                           ORUDoValue *param_value);
+
+/* Weak: a product may define these. What the library brings traces
+   "Invoking weak definition of ORU dtl's tree_add_oper_attr_opt function" at level 3. */
+ORU_API void oru_dtl_tree_add_cfg_attr_opt(void);
+ORU_API void oru_dtl_tree_add_oper_attr_opt(void);
 
 ORU_END_DECLS
 

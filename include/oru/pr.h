@@ -245,6 +245,9 @@ struct ORUPrInstanceCtx {
 ORU_API int32_t oru_pr_add_crudx_handler(ORUPrInstanceCtx *inst, intptr_t a, intptr_t b, intptr_t c,
                                          intptr_t d);
 
+/* What stands above an address, lent, as `oru_do_uri_get_parent_uri` has it. */
+ORU_API ORUDoUri *oru_pr_get_parent_uri(ORUDoUri *uri);
+
 /* Where a back end publishes its action entry for providers. Null at load; the library neither sets
    nor calls it. */
 extern ORU_API ORUPrCallback oru_pr_invoke_action_fn;

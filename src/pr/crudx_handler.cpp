@@ -3,6 +3,7 @@
 #include "frame/trace.h"
 #include "oru/pr.h"
 #include "oru/rc.h"
+#include "oru/uri.h"
 #include "oruplatform/hash.h"
 #include "oruplatform/poolheap.h"
 
@@ -137,4 +138,8 @@ int32_t oru_pr_add_crudx_handler(ORUPrInstanceCtx *inst, intptr_t a, intptr_t b,
     *entry = {{a, b, c, d}, inst->entries};
     inst->entries = entry;
     return ORU_OK;
+}
+
+ORUDoUri *oru_pr_get_parent_uri(ORUDoUri *uri) {
+    return oru_do_uri_get_parent_uri(uri);
 }

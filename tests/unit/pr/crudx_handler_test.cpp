@@ -10,6 +10,7 @@
 #include "oru/rc.h"
 #include "tests/support/death.h"
 #include "tests/support/oom.h"
+#include "tests/support/owned.h"
 #include "tests/support/trace_capture.h"
 
 namespace {
@@ -248,6 +249,14 @@ TEST(PrInstance, WithoutMemoryTheListStays) {
 
 TEST(PrInstance, NullIsRefused) {
     EXPECT_ASSERTION(oru_pr_add_crudx_handler(nullptr, 1, 2, 3, 4), "inst");
+}
+
+TEST(PrParentUri, IsThatOfTheUri) {
+    const oru::test::Uri uri(oru_do_uri_new("/a/b;k=1"));
+    ORUDoUri *parent = oru_pr_get_parent_uri(uri.get());
+    ASSERT_NE(parent, nullptr);
+    EXPECT_STREQ(oru_do_uri_get_uri_str(parent), "/a");
+    EXPECT_EQ(parent, oru_do_uri_get_parent_uri(uri.get()));
 }
 
 TEST(PrActionEntry, IsNullAtLoadAndWritable) {
