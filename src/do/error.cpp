@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "do/print.h"
 #include "frame/text.h"
 #include "oru/strbuf.h"
 
@@ -177,14 +178,6 @@ int32_t oru_do_error_to_strbuf(ORUDoError *err, int32_t tabs, ORUDoStrbuf *strbu
     return 0;
 }
 
-int32_t oru_do_print_error(FILE *stream, int32_t tabs, ORUDoError *err) {
-    ORUDoStrbuf *strbuf = oru_do_strbuf_new();
-    if (strbuf == nullptr)
-        return 0;
-    oru_do_error_to_strbuf(err, tabs, strbuf);
-    oru_do_strbuf_print_fp(strbuf, stream);
-    oru_do_strbuf_deref(strbuf);
-    return 0;
-}
+ORU_PRINT_API(error, ORUDoError, error_to_strbuf)
 
 ORU_OBJECT_API(ORUDoError, oru_do_error)

@@ -63,10 +63,10 @@ class PropertiesTyped : public oru::test::TypedTest {
     Row{#suffix,                                                                              \
         code,                                                                                 \
         text,                                                                                 \
-        [this](ORUDoProperties *to, const char *name) {                                       \
+        [&](ORUDoProperties *to, const char *name) {                                       \
             return oru_do_properties_set_##suffix(to, name, ORU_TYPED_ARGS_##SHAPE(payload)); \
         },                                                                                    \
-        [this]([[maybe_unused]] ORUDoProperties *from, const char *name, int32_t *rc) {       \
+        [&]([[maybe_unused]] ORUDoProperties *from, const char *name, int32_t *rc) {       \
             [[maybe_unused]] int32_t len = -1;                                                \
             return SAME_##SHAPE(READ_##SHAPE(suffix), payload);                               \
         },                                                                                    \

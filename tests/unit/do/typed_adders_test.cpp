@@ -41,10 +41,10 @@ class TypedAdders : public oru::test::TypedTest {
         return {
 #define ROW(SHAPE, suffix, code, text, payload)                                           \
     Row{#suffix, code, text,                                                              \
-        [this](ORUDoNvlist *to, const char *name) {                                       \
+        [&](ORUDoNvlist *to, const char *name) {                                       \
             return oru_do_nvlist_add_##suffix(to, name, ORU_TYPED_ARGS_##SHAPE(payload)); \
         },                                                                                \
-        [this](ORUDoVlist *to) {                                                          \
+        [&](ORUDoVlist *to) {                                                          \
             return oru_do_vlist_add_##suffix(to, ORU_TYPED_ARGS_##SHAPE(payload));        \
         }},
             ORU_LISTED_TYPED_ROWS(ROW)
