@@ -37,6 +37,15 @@ bool load_passes(const char *dir, const char *sub, const char *suffix) {
     return true;
 }
 
+// A name that cannot be had is left out, which only the length shows.
+bool add_all(ORUDoNlist *list, const char *const *texts) {
+    oru_do_nlist_add_strnames(list, texts);
+    int32_t count = 0;
+    while (texts[count] != nullptr)
+        ++count;
+    return oru_do_nlist_get_len(list) == count;
+}
+
 // Makes the bundles of a list the active ones.
 struct BundleLoad {
     ORUMdPkgBundle **out_new;
@@ -57,8 +66,8 @@ int32_t BundleLoad::read_names(const char *const *texts) {
         ORU_TRACE(Level::failure, "Package list appears to be empty\n");
         return ORU_RC_GENERAL;
     }
-    names = oru::Ref<ORUDoNlist>::adopt(oru_do_nlist_new_strnames(texts));
-    if (!names) {
+    names = oru::Ref<ORUDoNlist>::adopt(oru_do_nlist_new());
+    if (!names || !add_all(names.get(), texts)) {
         ORU_TRACE(Level::failure, "Failed to allocate pkg list\n");
         return ORU_RC_MALLOC;
     }

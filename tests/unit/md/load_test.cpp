@@ -1,17 +1,26 @@
-// Loading a directory of packages.
-#include <oru/act_meta.h>
+// Loading directories of packages: which files are read, in which passes, and what a fault does.
 #include <oru/mr_meta.h>
-#include <oru/prop_meta.h>
+#include <sys/stat.h>
 
+#include "tests/support/child.h"
 #include "tests/support/death.h"
+#include "tests/support/oom.h"
 #include "tests/support/trace_capture.h"
 #include "tests/unit/md/store_support.h"
 
 namespace {
 
 using namespace oru::test;
+using Texts = std::vector<std::string>;
 
-class Load : public StoreTest {};
+class Load : public StoreTest {
+  protected:
+    int32_t scan(int32_t pass) {
+        return _oru_md_init_meta_info(folder.path().c_str(), "", ".oru2d", pass, &store, nullptr);
+    }
+    ~Load() override { oru_md_map_delete(store); }
+    ORUMdMap *store = nullptr;
+};
 
 TEST_F(Load, NetworkPackagesLoadWithoutAFailure) {
     TraceCapture traces(3);
@@ -25,6 +34,468 @@ TEST_F(Load, NetworkPackagesLoadWithoutAFailure) {
     EXPECT_EQ(text(oru_do_mr_meta_get_mr_fq_name(port->do_mr_meta)),
               "com.example.network:1.0/Port");
     EXPECT_EQ(oru_do_mr_meta_get_prop_count(port->do_mr_meta), 14);
+}
+
+TEST_F(Load, LibrariesComeBeforeImplementations) {
+    folder.write("1.oru2d", impl_package("", "impl"));
+    folder.write("2.oru2d", lib_package("", "lib"));
+    TraceCapture traces;
+    auto *bundle = load();
+    ASSERT_NE(bundle, nullptr);
+    EXPECT_EQ(text(bundle->pkgs->name), "lib");
+    EXPECT_EQ(text(bundle->pkgs->next->name), "impl");
+    EXPECT_EQ(bundle->pkgs->next->next, nullptr);
+    EXPECT_EQ(bundle->next, nullptr);
+    EXPECT_TRUE(traces.has(7, "Scanning " + folder.path() + " for metadata\n"));
+    EXPECT_TRUE(traces.has(7, "Loading " + folder.file("2.oru2d") + "...\n"));
+    EXPECT_TRUE(traces.has(7, "ORU2D type 1 resolution pass on bundle quill_default_bundle\n"));
+    EXPECT_TRUE(traces.has(7, "ORU2D type 2 resolution pass on bundle quill_default_bundle\n"));
+    EXPECT_TRUE(traces.has(7, "resolving refs in lib\n"));
+    EXPECT_TRUE(traces.has(7,
+                           "skipping ref resolution since the oru2d type is different from "
+                           "requested type\n"));
+}
+
+TEST_F(Load, PathIsDirectoryAndSubPathInOne) {
+    folder.write("sub/a.oru2d", lib_package("", "lib"));
+    EXPECT_EQ(oru_md_load_dir(folder.path().c_str(), "/sub", ".oru2d", nullptr), 0);
+    EXPECT_NE(oru_md_get_pkg_meta_by_name("lib"), nullptr);
+}
+
+TEST_F(Load, SecondLoadIsANoOp) {
+    folder.write("a.oru2d", lib_package("", "lib"));
+    load();
+    folder.write("b.oru2d", lib_package("", "late"));
+    ORUMdPkgBundle *bundle = nullptr;
+    EXPECT_EQ(oru_md_load_dir(folder.path().c_str(), "", ".oru2d", &bundle), 0);
+    EXPECT_EQ(bundle, nullptr);
+    EXPECT_EQ(oru_md_get_pkg_meta_by_name("late"), nullptr);
+}
+
+TEST_F(Load, StoreIsFreedAndLoadedAgain) {
+    folder.write("a.oru2d", lib_package(resources(resource("M", "")), "lib"));
+    for (int round = 0; round < 3; ++round) {
+        EXPECT_NE(load(), nullptr);
+        EXPECT_NE(oru_md_get_mr_meta_by_name("lib/M"), nullptr);
+        EXPECT_EQ(oru_md_free(), 0);
+        EXPECT_EQ(oru_md_get_mr_meta_by_name("lib/M"), nullptr);
+    }
+    EXPECT_EQ(oru_md_free(), 0);
+}
+
+TEST_F(Load, DescriptionsOutliveTheStore) {
+    folder.write("a.oru2d", lib_package(resources(resource("M", "")), "lib"));
+    load();
+    auto *meta = oru_do_mr_meta_ref(oru_md_get_mr_meta_by_name("lib/M")->do_mr_meta);
+    oru_md_free();
+    EXPECT_EQ(text(oru_do_mr_meta_get_mr_fq_name(meta)), "lib:1.0/M");
+    oru_do_mr_meta_deref(meta);
+}
+
+TEST_F(Load, OnlyNamesThatEndAtTheFirstSuffixAreRead) {
+    for (const char *name : {"a.oru2d.bak", "x.oru2d.oru2d", "y.xml", "oru2d"})
+        folder.write(name, lib_package("", name));
+    folder.write("ok.oru2d", lib_package("", "ok"));
+    auto *bundle = load();
+    ASSERT_NE(bundle, nullptr);
+    EXPECT_EQ(text(bundle->pkgs->name), "ok");
+    EXPECT_EQ(bundle->pkgs->next, nullptr);
+}
+
+TEST_F(Load, EmptyDirectoryLoadsAnEmptyStore) {
+    EXPECT_EQ(load(), nullptr);
+    EXPECT_EQ(scan(1), 0);
+    EXPECT_NE(store, nullptr);
+}
+
+TEST_F(Load, MissingDirectoryLeavesNoStoreAndIsNotReported) {
+    TraceCapture traces(3);
+    EXPECT_EQ(oru_md_load_dir(folder.path().c_str(), "/none", ".oru2d", nullptr), 0);
+    EXPECT_EQ(traces.at(3), (Texts{"Error opening directory " + folder.path() + "/none\n",
+                                   "Failed to load libraries from /none"}));
+}
+
+TEST_F(Load, PathThatCannotBeBuiltIsRefused) {
+    TraceCapture traces(3);
+    EXPECT_EQ(_oru_md_init_meta_info("", "", ".oru2d", 1, &store, nullptr), 10000);
+    EXPECT_EQ(_oru_md_init_meta_info(nullptr, nullptr, ".oru2d", 1, &store, nullptr), 10000);
+    const std::string longest(4096, 'x');
+    EXPECT_EQ(_oru_md_init_meta_info(longest.c_str(), "", ".oru2d", 1, &store, nullptr), 10000);
+    EXPECT_EQ(traces.at(3), Texts(3, "Failed to build path to metadata\n"));
+    EXPECT_EQ(store, nullptr);
+    EXPECT_EQ(_oru_md_init_meta_info("/nowhere-at-all", "", ".oru2d", 1, &store, nullptr), 10004);
+}
+
+TEST_F(Load, RootHasToBeFollowedByABlankOnItsLine) {
+    folder.write("a.oru2d", "<oru2dLib\npackage='p' version='1'/>");
+    TraceCapture traces(3);
+    EXPECT_EQ(scan(1), 10000);
+    EXPECT_EQ(traces.lines(), std::vector<Trace>{});
+}
+
+TEST_F(Load, RootIsLookedForInPiecesOf127Characters) {
+    // The opening starts at the place 120 of a line and so stands in two pieces.
+    folder.write("a.oru2d",
+                 "<!--" + std::string(113, 'x') + "--><oru2dLib package='p' version='1'/>");
+    EXPECT_EQ(scan(1), 10000);
+    folder.write("a.oru2d",
+                 "<!--" + std::string(110, 'x') + "--><oru2dLib package='p' version='1'/>");
+    EXPECT_EQ(scan(1), 0);
+}
+
+TEST_F(Load, OtherRootIsNoPackage) {
+    folder.write("a.oru2d", "<package name='p'/>");
+    EXPECT_EQ(scan(1), 10000);
+    folder.write("a.oru2d", "<other><oru2dLib package='p' version='1'/></other>");
+    EXPECT_EQ(scan(1), 0);  // looks like one, and holds none
+    EXPECT_EQ(store->bundles, nullptr);
+}
+
+TEST_F(Load, FileOfTheOtherKindIsSkipped) {
+    folder.write("a.oru2d", impl_package(""));
+    EXPECT_EQ(scan(1), 0);
+    EXPECT_EQ(store->bundles, nullptr);
+    EXPECT_EQ(scan(2), 0);
+    ASSERT_NE(store->bundles, nullptr);
+    EXPECT_EQ(text(store->bundles->pkgs->name), "com.impl");
+}
+
+TEST_F(Load, BrokenDocumentIsTold) {
+    TraceCapture traces(3);
+    folder.write("a.oru2d", "<oru2dLib package='p' version='1'><open></oru2dLib>");
+    EXPECT_EQ(scan(1), 107);
+    EXPECT_EQ(traces.at(3), (Texts{"Failed to parse " + folder.file("a.oru2d") + "\n",
+                                   "Failed to load " + folder.file("a.oru2d") + "\n"}));
+}
+
+TEST_F(Load, FileThatCannotBeOpenedIsTold) {
+    TraceCapture traces(3);
+    ASSERT_EQ(symlink("nowhere", folder.file("a.oru2d").c_str()), 0);
+    EXPECT_EQ(scan(1), 10000);
+    EXPECT_EQ(traces.at(3), (Texts{"Failed to open " + folder.file("a.oru2d") + "\n",
+                                   "Failed to load " + folder.file("a.oru2d") + "\n"}));
+}
+
+TEST_F(Load, DirectoryWithThatSuffixIsNoPackage) {
+    mkdir(folder.file("a.oru2d").c_str(), 0700);
+    EXPECT_EQ(scan(1), 10000);
+}
+
+TEST_F(Load, LastFileDecides) {
+    // One of the two orders of the directory shows the good file last.
+    folder.write("a.oru2d", "<oru2dLib broken");
+    folder.write("b.oru2d", lib_package("", "good"));
+    folder.write("c.oru2d", "<oru2dLib broken");
+    Texts order;
+    for (const auto &entry : std::filesystem::directory_iterator(folder.path()))
+        order.push_back(entry.path().filename());
+    const bool good_last = order.back() == "b.oru2d";
+    EXPECT_EQ(scan(1), good_last ? 0 : 107);
+    EXPECT_NE(store->oru_md_get_pkg(store, "good", nullptr), nullptr);
+}
+
+TEST_F(Load, SamePackageTwiceCollides) {
+    TraceCapture traces(3);
+    folder.write("a.oru2d", lib_package(""));
+    EXPECT_EQ(scan(1), 0);
+    EXPECT_EQ(scan(1), 10000);
+    EXPECT_EQ(traces.at(3), (Texts{"Metadata collision detected: com.lib is already present\n",
+                                   "Failed to load " + folder.file("a.oru2d") + "\n"}));
+    EXPECT_EQ(store->bundles->pkgs->next, nullptr);
+}
+
+TEST_F(Load, PackagesOfALaterScanGoBehindThoseOfTheirBundle) {
+    folder.write("a.oru2d", lib_package("", "lib"));
+    folder.write("b.oru2d", impl_package("", "impl"));
+    EXPECT_EQ(scan(1), 0);
+    EXPECT_EQ(scan(2), 0);
+    EXPECT_EQ(text(store->bundles->pkgs->next->name), "impl");
+    EXPECT_EQ(store->bundles->next, nullptr);
+}
+
+TEST_F(Load, FailedImplementationsLeaveNoStore) {
+    TraceCapture traces(3);
+    folder.write("a.oru2d", lib_package("", "lib"));
+    folder.write("b.oru2d",
+                 impl_package("<typeDef><complexType name='x'> </complexType></typeDef>"));
+    folder.write("c.oru2d",
+                 impl_package("<typeDef><complexType name='x'> </complexType></typeDef>"));
+    std::filesystem::remove(folder.file("a.oru2d"));
+    EXPECT_EQ(load(), nullptr);
+    EXPECT_EQ(traces.at(3).back(), "Failed to load impl oru2ds from ");
+    EXPECT_EQ(oru_md_get_pkg_meta_by_name("lib"), nullptr);
+}
+
+// ---- Files that mean harm ----
+
+TEST_F(Load, DeclaredEntitiesAreRefused) {
+    const std::string root = "<oru2dLib package='p' version='1'>&a;</oru2dLib>";
+    const char *declarations[] = {
+        "<!ENTITY a 'b'>",
+        "<!ENTITY a SYSTEM 'file:///etc/passwd'>",
+        "<!ENTITY % a 'b'>",
+        "<!ENTITY % a SYSTEM 'http://localhost/x'> %a;",
+        "<!NOTATION n SYSTEM 'n'><!ENTITY a SYSTEM 'x' NDATA n>",
+    };
+    for (const char *declaration : declarations) {
+        TraceCapture traces(3);
+        folder.write("a.oru2d", "<!DOCTYPE x [" + std::string(declaration) + "]>\n" + root);
+        EXPECT_EQ(scan(1), 107) << declaration;
+        EXPECT_EQ(traces.at(3)[0], "Failed to parse " + folder.file("a.oru2d") + "\n");
+    }
+    EXPECT_EQ(store->oru_md_get_pkg(store, "p", nullptr), nullptr);
+}
+
+TEST_F(Load, EntitiesThatMultiplyCostNothing) {
+    std::string declarations = "<!ENTITY e0 'lol'>";
+    for (int i = 1; i < 12; ++i) {
+        const std::string before = "&e" + std::to_string(i - 1) + ";";
+        declarations += "<!ENTITY e" + std::to_string(i) + " '";
+        for (int j = 0; j < 10; ++j)
+            declarations += before;
+        declarations += "'>";
+    }
+    folder.write("a.oru2d",
+                 "<!DOCTYPE x [" + declarations + "]>\n<oru2dLib package='&e11;' version='1'/>");
+    EXPECT_EQ(scan(1), 107);
+}
+
+TEST_F(Load, ForeignDocumentTypeIsNotFetched) {
+    folder.write("evil.dtd", "<!ELEMENT x ANY><!ATTLIST oru2dLib package CDATA 'from-dtd'>");
+    folder.write("a.oru2d",
+                 "<!DOCTYPE oru2dLib SYSTEM 'evil.dtd'>\n"
+                 "<oru2dLib package='p' version='1'/>");
+    EXPECT_EQ(scan(1), 0);
+    EXPECT_EQ(text(store->bundles->pkgs->name), "p");
+}
+
+TEST_F(Load, DeepNestingIsRefused) {
+    std::string open, close;
+    for (int i = 0; i < 100000; ++i) {
+        open += "<a>";
+        close += "</a>";
+    }
+    folder.write("a.oru2d", lib_package(open + close));
+    EXPECT_EQ(scan(1), 107);
+}
+
+TEST_F(Load, GarbageIsRefusedWithoutAWordOfTheParser) {
+    const std::string contents[] = {
+        std::string("<oru2dLib \0\0\0", 13),
+        "<oru2dLib package='p' version='1'>\xff\xfe</oru2dLib>",
+        "<oru2dLib package='p' package='q' version='1'/>",
+        "<?xml version='1.0' encoding='none-such'?><oru2dLib package='p' version='1'/>",
+        "<oru2dLib <oru2dLib ",
+        "<oru2dLib package='p' version='1'><x:y/></oru2dLib",
+    };
+    for (const auto &content : contents) {
+        folder.write("a.oru2d", content);
+        const auto child = run_in_child([&] { return scan(1) == 107 ? 0 : 1; });
+        EXPECT_TRUE(child.exited_with(0)) << content;
+        EXPECT_EQ(child.output, "") << content;
+    }
+}
+
+TEST_F(Load, PackageNeedsItsNameAndVersion) {
+    folder.write("a.oru2d", "<oru2dLib version='1'/>");
+    EXPECT_ASSERTION(scan(1), "package");
+    folder.write("a.oru2d", "<oru2dLib package='p'/>");
+    EXPECT_ASSERTION(scan(1), "version");
+    folder.write("a.oru2d", lib_package("<configDataDef><configData/></configDataDef>"));
+    EXPECT_ASSERTION(scan(1), "name");
+}
+
+TEST_F(Load, NullIsRefusedByName) {
+    EXPECT_ASSERTION(_oru_md_init_meta_info("/", "", nullptr, 1, &store, nullptr), "suffix");
+    EXPECT_ASSERTION(_oru_md_init_meta_info("/", "", "x", 1, nullptr, nullptr), "store");
+}
+
+// ---- Memory ----
+
+TEST_F(Load, WithoutMemoryALoadLeavesNoStore) {
+    folder.write(
+        "a.oru2d",
+        lib_package("<typeDef><enumerationType name='E'><v value='a'/></enumerationType>"
+                    "<complexType name='C'><choice><m name='a' type='E'/></choice>"
+                    "</complexType></typeDef><configDataDef><configData name='D'>"
+                    "<attribute name='a' type='E'><assert><condition>x.is_null()"
+                    "</condition><constraint>values(1)</constraint></assert></attribute>"
+                    "</configData></configDataDef>" +
+                    resources(resource("L", "<key><attribute name='id' type='int'/></key>"))));
+    folder.write("b.oru2d",
+                 impl_package(resources(resource(
+                     "I",
+                     "<reference name='r' targetIsA='I'/><configData implements='com.lib/D'/>"
+                     "<operationalData><attribute name='o' type='int'/></operationalData>"
+                     "<action name='a'><inputParameter name='p' type='int'/></action>",
+                     "implements='com.lib/L'"))));
+    sweep_oom([this] {
+        ORUMdPkgBundle *bundle = nullptr;
+        EXPECT_EQ(oru_md_load_dir(folder.path().c_str(), "", ".oru2d", &bundle), 0);
+        EXPECT_TRUE(bundle != nullptr || oom_hit());
+        EXPECT_EQ(oru_md_free(), 0);
+    });
+}
+
+// ---- Bundles ----
+
+class Bundles : public StoreTest {
+  protected:
+    Bundles() {
+        here_ = std::filesystem::current_path();
+        std::filesystem::current_path(folder.path());
+    }
+    ~Bundles() override { std::filesystem::current_path(here_); }
+
+    void write_bundle(const std::string &bundle, const std::string &content,
+                      const std::string &file = "a.oru2d") {
+        folder.write(bundle + "/usr/halden/etc/oru2d/" + file, content);
+    }
+
+  private:
+    std::filesystem::path here_;
+};
+
+const char *const kOnlyA[] = {"A", nullptr};
+const char *const kAB[] = {"A", "B", nullptr};
+const char *const kOnlyB[] = {"B", nullptr};
+
+TEST_F(Bundles, AreLoadedInTheOrderOfTheList) {
+    write_bundle("A", lib_package("", "pa"));
+    write_bundle("B", impl_package("", "pb"));
+    TraceCapture traces;
+    ORUMdPkgBundle *first = nullptr, *removed = nullptr;
+    EXPECT_EQ(oru_md_load_pkg_list(kAB, &first, &removed), 0);
+    ASSERT_NE(first, nullptr);
+    EXPECT_STREQ(first->name, "A");
+    EXPECT_STREQ(first->next->name, "B");
+    EXPECT_EQ(removed, nullptr);
+    const auto details = traces.at(7);
+    EXPECT_EQ(
+        std::count(details.begin(), details.end(), "Bundle A is new, scanning for metadata\n"), 2);
+    EXPECT_TRUE(traces.has(7, "Scanning A//usr/halden/etc//oru2d for metadata\n"));
+    EXPECT_FALSE(traces.has(7, "Pending requests terminated, holding new requests\n"));
+}
+
+TEST_F(Bundles, LockIsTakenOnlyWithoutOutputs) {
+    write_bundle("A", lib_package("", "pa"));
+    TraceCapture traces;
+    EXPECT_EQ(oru_md_load_pkg_list(kOnlyA, nullptr, nullptr), 0);
+    EXPECT_TRUE(traces.has(7, "Pending requests terminated, holding new requests\n"));
+    EXPECT_TRUE(traces.has(7, "Request lock released\n"));
+}
+
+TEST_F(Bundles, KnownOnesStayAndNewOnesAreGiven) {
+    write_bundle("A", lib_package("", "pa"));
+    write_bundle("B", lib_package("", "pb"));
+    EXPECT_EQ(oru_md_load_pkg_list(kOnlyA, nullptr, nullptr), 0);
+    TraceCapture traces;
+    ORUMdPkgBundle *first = nullptr;
+    EXPECT_EQ(oru_md_load_pkg_list(kAB, &first, nullptr), 0);
+    EXPECT_TRUE(traces.has(7, "Bundle A confirmed as active\n"));
+    ASSERT_NE(first, nullptr);
+    EXPECT_STREQ(first->name, "B");
+    EXPECT_EQ(oru_md_load_pkg_list(kAB, &first, nullptr), 0);
+    EXPECT_EQ(first, nullptr);  // nothing is new
+}
+
+TEST_F(Bundles, FirstOneThatIsNotNamedIsHandedOut) {
+    write_bundle("A", lib_package("", "pa"));
+    write_bundle("B", lib_package("", "pb"));
+    EXPECT_EQ(oru_md_load_pkg_list(kAB, nullptr, nullptr), 0);
+    TraceCapture traces;
+    ORUMdPkgBundle *removed = nullptr;
+    EXPECT_EQ(oru_md_load_pkg_list(kOnlyA, nullptr, &removed), 0);
+    EXPECT_TRUE(traces.has(7, "Bundle B is not in the new active list and will be removed\n"));
+    ASSERT_NE(removed, nullptr);
+    EXPECT_STREQ(removed->name, "B");
+    EXPECT_EQ(removed->next, nullptr);
+    EXPECT_EQ(oru_md_get_pkg_meta_by_name("pb"), nullptr);
+    oru_md_pkg_bundle_delete(removed);
+}
+
+TEST_F(Bundles, OnesBehindARemovedOneAreTakenForNew) {
+    write_bundle("A", lib_package("", "pa"));
+    write_bundle("B", lib_package("", "pb"));
+    EXPECT_EQ(oru_md_load_pkg_list(kAB, nullptr, nullptr), 0);
+    TraceCapture traces(3);
+    ORUMdPkgBundle *removed = nullptr;
+    // A goes, B stays unchecked, is scanned again and collides; with the failure goes the store.
+    EXPECT_EQ(oru_md_load_pkg_list(kOnlyB, nullptr, &removed), 10000);
+    EXPECT_TRUE(traces.has(3, "Metadata collision detected: pb is already present\n"));
+    EXPECT_TRUE(traces.has(3, "Failed to load metadata from B\n"));
+    ASSERT_NE(removed, nullptr);
+    EXPECT_STREQ(removed->name, "A");
+    EXPECT_EQ(oru_md_get_pkg_meta_by_name("pb"), nullptr);
+    oru_md_pkg_bundle_delete(removed);
+}
+
+TEST_F(Bundles, DeletedOneLeavesTheTableWithAllItsPackages) {
+    write_bundle("A", lib_package(resources(resource("L", "")), "pa"));
+    write_bundle("B", impl_package(resources(resource("I1", "", "implements='pa/L'")), "p1"));
+    write_bundle("B", impl_package(resources(resource("I2", "", "implements='pa/L'")), "p2"),
+                 "b.oru2d");
+    EXPECT_EQ(oru_md_load_pkg_list(kAB, nullptr, nullptr), 0);
+    auto *library = oru_md_get_mr_meta_by_name("pa/L");
+    ASSERT_NE(library->impl_mr_metas, nullptr);
+    EXPECT_EQ(oru_md_load_pkg_list(kOnlyA, nullptr, nullptr), 0);
+    EXPECT_EQ(oru_md_get_pkg_meta_by_name("p1"), nullptr);
+    EXPECT_EQ(oru_md_get_pkg_meta_by_name("p2"), nullptr);
+    EXPECT_EQ(library->impl_mr_metas, nullptr);
+}
+
+TEST_F(Bundles, ResolvedImplementationsAreNotAddedAgain) {
+    write_bundle("A", lib_package(resources(resource("L", "")), "pa"));
+    write_bundle("A", impl_package(resources(resource("I", "", "implements='pa/L'")), "pi"),
+                 "b.oru2d");
+    write_bundle("B", lib_package("", "pb"));
+    EXPECT_EQ(oru_md_load_pkg_list(kOnlyA, nullptr, nullptr), 0);
+    TraceCapture traces;
+    EXPECT_EQ(oru_md_load_pkg_list(kAB, nullptr, nullptr), 0);
+    EXPECT_TRUE(traces.has(7,
+                           "the reference between I and its parent library has already been "
+                           "resolved, no action needs to betaken\n"));
+    auto *library = oru_md_get_mr_meta_by_name("pa/L");
+    EXPECT_EQ(library->impl_mr_metas->next, nullptr);
+    EXPECT_EQ(oru_do_mr_meta_list_get_len(oru_do_mr_meta_get_impl_mr_meta(library->do_mr_meta)), 1);
+}
+
+TEST_F(Bundles, EmptyListIsRefusedAndTakesTheStoreWithIt) {
+    const char *const none[] = {nullptr};
+    const char *const empty[] = {"", "A", nullptr};
+    for (const char *const *list : {static_cast<const char *const *>(nullptr), none, empty}) {
+        write_bundle("A", lib_package("", "pa"));
+        EXPECT_EQ(oru_md_load_pkg_list(kOnlyA, nullptr, nullptr), 0);
+        TraceCapture traces(3);
+        EXPECT_EQ(oru_md_load_pkg_list(list, nullptr, nullptr), 10000);
+        EXPECT_EQ(traces.at(3), Texts{"Package list appears to be empty\n"});
+        EXPECT_EQ(oru_md_get_pkg_meta_by_name("pa"), nullptr);
+    }
+}
+
+TEST_F(Bundles, WithoutItsDirectoryABundleFailsTheLoad) {
+    TraceCapture traces;
+    EXPECT_EQ(oru_md_load_pkg_list(kOnlyA, nullptr, nullptr), 10004);
+    EXPECT_TRUE(traces.has(7, "Bundle A doesn't contain metadata\n"));
+    EXPECT_EQ(traces.at(3), Texts{"Failed to load metadata from A\n"});
+}
+
+TEST_F(Bundles, DirectoriesWithoutPackagesAreRefused) {
+    std::filesystem::create_directories(folder.file("A/usr/halden/etc/oru2d"));
+    TraceCapture traces(3);
+    EXPECT_EQ(oru_md_load_pkg_list(kOnlyA, nullptr, nullptr), 10000);
+    EXPECT_EQ(traces.at(3), Texts{"no package containing oru2ds was found\n"});
+}
+
+TEST_F(Bundles, WithoutMemoryTheStoreIsGone) {
+    write_bundle("A", lib_package("", "pa"));
+    write_bundle("B", impl_package("", "pb"));
+    sweep_oom([] {
+        const int32_t code = oru_md_load_pkg_list(kAB, nullptr, nullptr);
+        EXPECT_EQ(code == 0, oru_md_get_pkg_meta_by_name("pb") != nullptr);
+        EXPECT_TRUE(code == 0 || oom_hit());
+        oru_md_free();
+    });
 }
 
 }  // namespace
