@@ -92,12 +92,19 @@ TEST(UriColl, AMemberOfAParsedCollectionCountsAsParsed) {
 }
 
 TEST(UriColl, AMembersOffsetsAreThoseOfAParse) {
-    const Uri uri(oru_do_uri_new_from_coll_uri(parsed("/a?bc").get(), nullptr));
-    const Uri below = Uri(oru_do_uri_new_from_merge(uri.get(), nullptr, 0, "/d"));
-    const char *rest = nullptr;
-    const Uri prefix(oru_do_uri_new_from_descendant(uri.get(), 2, &rest));
-    EXPECT_EQ(text_of(prefix), "/a/bc");
-    EXPECT_STREQ(rest, "");
+    const Keys keys = key("k", "1");
+    for (ORUDoNvlist *list : {keys.get(), static_cast<ORUDoNvlist *>(nullptr)}) {
+        const Uri uri(oru_do_uri_new_from_coll_uri(parsed("/a?bc").get(), list));
+        const std::string own = list != nullptr ? "bc;k=1" : "bc";
+        const Keys none(oru_do_nvlist_new());
+        const Uri below(oru_do_uri_new_from_parent_uri(uri.get(), name("d").get(), none.get()));
+        EXPECT_EQ(segment_text(below, 1), own);
+        EXPECT_EQ(segment_text(below, 2), "d");
+        const char *rest = nullptr;
+        const Uri prefix(oru_do_uri_new_from_descendant(below.get(), 2, &rest));
+        EXPECT_EQ(text_of(prefix), "/a/" + own);
+        EXPECT_STREQ(rest, "/d");
+    }
 }
 
 TEST(UriColl, NineSegmentsTakeAMemberAndTenDoNot) {
