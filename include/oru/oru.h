@@ -33,6 +33,7 @@
 #include "oru/base.h"
 #include "oru/constraint.h"
 #include "oru/dtl.h"
+#include "oru/dtree.h"
 #include "oru/error.h"
 #include "oru/hashtable.h"
 #include "oru/hex.h"

@@ -1,4 +1,8 @@
 target_sources(oruapi PRIVATE
+  do/dtree.cpp
+  do/dtree_flatten.cpp
+  do/dtree_lookup.cpp
+  do/dtree_visit.cpp
   do/error.cpp
   do/error_list.cpp
   do/hex.cpp
