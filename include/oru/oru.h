@@ -64,6 +64,7 @@
 #include "oru/util.h"
 #include "oru/value.h"
 #include "oru/vlist.h"
+#include "oru/vtable.h"
 #include "oru/xml.h"
 
 #endif

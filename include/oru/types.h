@@ -31,6 +31,7 @@ typedef struct ORUDoNlist ORUDoNlist;
 typedef struct ORUDoNtlist ORUDoNtlist;
 typedef struct ORUDoNtlistItem ORUDoNtlistItem;
 typedef struct ORUDoVtable ORUDoVtable;
+typedef struct ORUDoVtableItem ORUDoVtableItem;
 typedef struct ORUDoDtree ORUDoDtree;
 typedef struct ORUDoConfigOp ORUDoConfigOp;
 typedef struct ORUDoConfigOps ORUDoConfigOps;

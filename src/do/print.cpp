@@ -9,6 +9,7 @@
 #include "oru/uri.h"
 #include "oru/value.h"
 #include "oru/vlist.h"
+#include "oru/vtable.h"
 
 ORU_PRINT_API(uri, ORUDoUri, uri_to_strbuf)
 ORU_PRINT_API(value, ORUDoValue, value_to_strbuf)
@@ -20,6 +21,8 @@ ORU_PRINT_API(property, ORUDoProperty, property_to_strbuf)
 ORU_PRINT_API(properties, ORUDoProperties, properties_to_strbuf)
 ORU_PRINT_API(properties_with_defaults, ORUDoProperties, properties_to_strbuf_with_defaults)
 ORU_PRINT_API(properties_list, ORUDoPropertiesList, properties_list_to_strbuf)
+ORU_PRINT_API(vtable, ORUDoVtable, vtable_to_strbuf)
+ORU_PRINT_API(vtable_with_defaults, ORUDoVtable, vtable_to_strbuf_with_defaults)
 
 int32_t oru_do_print_tab(FILE *stream, int32_t count) {
     for (; count > 0; --count)

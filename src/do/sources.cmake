@@ -47,5 +47,6 @@ target_sources(oruapi PRIVATE
   do/vlist.cpp
   do/vlist_compare.cpp
   do/vlist_typed.cpp
+  do/vtable.cpp
   do/xml.cpp
 )
