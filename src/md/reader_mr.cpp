@@ -6,6 +6,7 @@
 #include "md/mr_meta.h"
 #include "md/reader.h"
 #include "md/records.h"
+#include "md/single_value.h"
 #include "oru/rc.h"
 #include "oru/value.h"
 
@@ -100,6 +101,12 @@ Ref<ORUDoPropMeta> new_key(const xmlNode *element, bool primary, int32_t index,
                              ORU_MULTIPLICITY_ONE, ORU_REF_NONE, 1, 0));
 }
 
+// The only value that the first key with such a constraint can have selects this resource.
+void take_const_key(MrReader &mr, const ORUDoPropMeta &key) {
+    if (!mr.const_key && key.constraint_list != nullptr)
+        mr.const_key = oru::single_value(*key.constraint_list->first->object, key.typecode);
+}
+
 int32_t read_key(MrReader &mr, const xmlNode *element) {
     const bool primary = !mr.has_primary_key;
     mr.has_primary_key = true;
@@ -117,6 +124,7 @@ int32_t read_key(MrReader &mr, const xmlNode *element) {
         if (first == nullptr)
             first = key.get();
         oru::read_prop_assertions(mr.package, child, key.get());
+        take_const_key(mr, *key);
     }
     return ORU_OK;
 }

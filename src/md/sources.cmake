@@ -22,7 +22,9 @@ target_sources(oruapi PRIVATE
   md/reader_types.cpp
   md/resolve.cpp
   md/scan.cpp
+  md/single_value.cpp
   md/store.cpp
+  md/tokenize.cpp
   md/typed_value.cpp
   md/typedef.cpp
   md/typedef_meta.cpp

@@ -553,6 +553,68 @@ TEST_F(Reader, ReferenceKeepsAQualifiedTargetAndItsConstraints) {
               (Texts{"Constraint: size(2)\n", "Constraint: size(1)\n"}));
 }
 
+// ---- Constant keys ----
+
+TEST_F(Reader, OnlyValueOfAKeyIsTheConstantKey) {
+    const struct {
+        const char *type;
+        const char *constraint;
+        const char *key;  // null for none
+    } rows[] = {
+        {"string", "values(eth)", "eth"},
+        {"string", "values(\"eth\")", "eth"},
+        {"int", "values(7)", "7"},
+        {"int", "strlen(1) values( 7 ) default(9)", "7"},
+        {"int", "values(*..7)", "7"},  // one bound, whatever side is open
+        {"int", "values(7..*)", "7"},
+        {"int", "values(7..7)", nullptr},
+        {"int", "values(7|8)", nullptr},
+        {"int", "values(7|bad)", "7"},  // a bound that does not fit is dropped
+        {"int", "values(bad)", nullptr},
+        {"int", "values(7,8)", "7"},
+        {"int", "default(7)", nullptr},
+        {"unsignedInt", "values(-7)", "0"},
+        {"int", "values(com.lib/E.up)", "4"},
+        {"Unknown", "values(7)", "7"},
+        {"Unknown", "values(eth)", "eth"},
+        {"Unknown", "values(\"7\")", "7"},
+        {"Unknown", "values(true)", "true"},
+        {"Unknown", "values(10.0.0.1)", "10.0.0.1"},
+        {"Unknown", "values(-7)", "-7"},
+        {"Unknown", "values()", nullptr},
+    };
+    for (const auto &row : rows) {
+        auto *package = read(
+            "<typeDef><enumerationType name='E'><v value='up' intValue='4'/></enumerationType>"
+            "</typeDef>" +
+            resources(resource("M",
+                               "<key><attribute name='a' type='string'/><attribute name='k' "
+                               "type='" +
+                                   std::string(row.type) + "'><assert><constraint>" +
+                                   row.constraint + "</constraint></assert></attribute></key>")));
+        ASSERT_NE(package, nullptr);
+        auto *key = oru_md_get_const_key(package->mrs);
+        ASSERT_EQ(key != nullptr, row.key != nullptr) << row.type << ' ' << row.constraint;
+        int32_t code = 0;
+        if (key != nullptr) {
+            EXPECT_STREQ(oru_do_value_get_string(key, &code), row.key) << row.constraint;
+        }
+        oru_md_free();
+    }
+}
+
+TEST_F(Reader, FirstConstantKeyCounts) {
+    const auto key = [](const char *value) {
+        return "<attribute name='k' type='string'><assert><constraint>" + std::string(value) +
+               "</constraint></assert><assert><constraint>values(second)</constraint></assert>"
+               "</attribute>";
+    };
+    auto *package = read(resources(resource(
+        "M", "<key>" + key("strlen(3)") + key("values(one)") + key("values(two)") + "</key>")));
+    int32_t code = 0;
+    EXPECT_STREQ(oru_do_value_get_string(oru_md_get_const_key(package->mrs), &code), "one");
+}
+
 // ---- Actions ----
 
 TEST_F(Reader, ActionHasThreeListsOfParameters) {
