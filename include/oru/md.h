@@ -298,13 +298,13 @@ ORU_API void oru_md_mr_meta_list_delete_all_items(ORUMdMrMetaList *first);
 /* Appends and gives the new length, 0 when memory runs out. Asserts "head". */
 ORU_API int32_t oru_md_mr_meta_list_add(ORUMdMrMetaList **head, ORUMdMrMeta *md_mr_meta);
 
-/* The first resource of that qualified name, or null. Asserts "name". */
+/* The first resource of that qualified name, or null, also for a null name. */
 ORU_API ORUMdMrMeta *oru_md_mr_meta_list_get_by_fq_name(ORUMdMrMetaList *first, ORUDoName *name);
 
-/* The same, and takes the entry out. Asserts "head" and "name". */
+/* The same, and takes the entry out. Asserts "head". */
 ORU_API ORUMdMrMeta *oru_md_mr_meta_list_remove_by_fq_name(ORUMdMrMetaList **head, ORUDoName *name);
 
-/* The first resource whose constant key equals the value, or null. Asserts "value". */
+/* The first resource whose constant key equals the value, or null, also for a null value. */
 ORU_API ORUMdMrMeta *oru_md_mr_meta_by_key(ORUMdMrMetaList *first, ORUDoValue *value);
 
 /* ---- Attributes and references ---- */
@@ -320,7 +320,7 @@ ORU_API void oru_md_delete_attr_meta(ORUMdAttrMeta *attr_meta);
 ORU_API ORUMdAttrMeta *oru_md_remove_attr_meta(ORUMdAttrMeta *first_attr_meta,
                                                ORUDoName *attr_name);
 
-/* The first record of that name in the chain, or null. Asserts "attr_name". */
+/* The first record of that name in the chain, or null, also for a null name. */
 ORU_API ORUMdAttrMeta *oru_md_attr_meta_find(ORUMdAttrMeta *first_attr_meta, ORUDoName *attr_name);
 
 /* A reference, with the target that its property names. Takes references and asserts both. */
@@ -332,7 +332,7 @@ ORU_API void oru_md_delete_ref_meta(ORUMdRefMeta *ref_meta);
 /* As oru_md_remove_pkg_meta, in a chain of references. */
 ORU_API ORUMdRefMeta *oru_md_remove_ref_meta(ORUMdRefMeta *first_ref_meta, ORUDoName *ref_name);
 
-/* The first record of that name in the chain, or null. Asserts "ref_name". */
+/* The first record of that name in the chain, or null, also for a null name. */
 ORU_API ORUMdRefMeta *oru_md_ref_meta_find(ORUMdRefMeta *first_ref_meta, ORUDoName *ref_name);
 
 /* Whether the property has constraints, and which; borrowed. They assert the record under

@@ -33,7 +33,6 @@ ORUMdAttrMeta *oru_md_remove_attr_meta(ORUMdAttrMeta *first_attr_meta, ORUDoName
 }
 
 ORUMdAttrMeta *oru_md_attr_meta_find(ORUMdAttrMeta *first_attr_meta, ORUDoName *attr_name) {
-    ORU_REQUIRE(attr_name);
     return oru::find_named(first_attr_meta, attr_name);
 }
 
@@ -66,7 +65,6 @@ ORUMdRefMeta *oru_md_remove_ref_meta(ORUMdRefMeta *first_ref_meta, ORUDoName *re
 }
 
 ORUMdRefMeta *oru_md_ref_meta_find(ORUMdRefMeta *first_ref_meta, ORUDoName *ref_name) {
-    ORU_REQUIRE(ref_name);
     return oru::find_named(first_ref_meta, ref_name);
 }
 

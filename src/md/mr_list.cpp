@@ -45,14 +45,12 @@ int32_t oru_md_mr_meta_list_add(ORUMdMrMetaList **head, ORUMdMrMeta *md_mr_meta)
 }
 
 ORUMdMrMeta *oru_md_mr_meta_list_get_by_fq_name(ORUMdMrMetaList *first, ORUDoName *name) {
-    ORU_REQUIRE(name);
     auto *entry = find_by_fq_name(first, name);
     return entry != nullptr ? entry->mr : nullptr;
 }
 
 ORUMdMrMeta *oru_md_mr_meta_list_remove_by_fq_name(ORUMdMrMetaList **head, ORUDoName *name) {
     ORU_REQUIRE(head);
-    ORU_REQUIRE(name);
     auto *&link = find_by_fq_name(*head, name);
     if (link == nullptr)
         return nullptr;
@@ -63,9 +61,8 @@ ORUMdMrMeta *oru_md_mr_meta_list_remove_by_fq_name(ORUMdMrMetaList **head, ORUDo
 }
 
 ORUMdMrMeta *oru_md_mr_meta_by_key(ORUMdMrMetaList *first, ORUDoValue *value) {
-    ORU_REQUIRE(value);
     auto *entry = oru::find_record(first, [value](ORUMdMrMetaList &listed) {
-        return listed.mr != nullptr && listed.mr->const_key != nullptr &&
+        return value != nullptr && listed.mr != nullptr && listed.mr->const_key != nullptr &&
                oru_do_value_equals(listed.mr->const_key, value) != 0;
     });
     return entry != nullptr ? entry->mr : nullptr;

@@ -1,5 +1,6 @@
 // Loading directories of packages: which files are read, in which passes, and what a fault does.
 #include <oru/mr_meta.h>
+#include <oruplatform/tracelet.h>
 #include <sys/stat.h>
 
 #include "tests/support/child.h"
@@ -224,6 +225,36 @@ TEST_F(Load, FailedImplementationsLeaveNoStore) {
     EXPECT_EQ(load(), nullptr);
     EXPECT_EQ(traces.at(3).back(), "Failed to load impl oru2ds from ");
     EXPECT_EQ(oru_md_get_pkg_meta_by_name("lib"), nullptr);
+}
+
+TEST_F(Load, FaultsLeadToTheirPlace) {
+    folder.write("a.oru2d",
+                 "<oru2dLib package='p' version='1' schemaVersion='1.8'>\n"
+                 "<managedResourceDef>\n<managedResource name='M'>\n"
+                 "<configData>\n<attribute name='a'/></configData>\n"
+                 "</managedResource></managedResourceDef></oru2dLib>");
+    std::vector<std::string> places;
+    tracelet_set_sink(
+        [](void *context, const char *, uint32_t level, const char *words,
+           const tracelet_place *place) {
+            if (level == 3 && place != nullptr) {
+                const auto name = std::filesystem::path(place->file).filename().string();
+                static_cast<std::vector<std::string> *>(context)->push_back(
+                    name + ":" + std::to_string(place->line) + ": " +
+                    (place->element != nullptr ? place->element : "-") + ": " + words);
+            }
+        },
+        &places);
+    const uint32_t before = tracelet_get_threshold();
+    tracelet_set_threshold(3);
+    EXPECT_EQ(scan(1), 10000);
+    tracelet_set_threshold(before);
+    tracelet_set_sink(nullptr, nullptr);
+    EXPECT_EQ(places, (Texts{"a.oru2d:5: attribute: ORU2D property names and types are mandatory\n",
+                             "a.oru2d:5: attribute: Error occured instanciating oru_do_prop_meta\n",
+                             "a.oru2d:4: configData: Error processing configData node\n",
+                             "a.oru2d:1: oru2dLib: Error occured processing meta_package p...\n",
+                             "a.oru2d:0: -: Failed to load " + folder.file("a.oru2d") + "\n"}));
 }
 
 // ---- Files that mean harm ----

@@ -368,6 +368,9 @@ TEST(ResourceList, GrowsFindsAndShrinks) {
     EXPECT_EQ(oru_md_mr_meta_by_key(list, two), b);
     EXPECT_EQ(oru_md_mr_meta_by_key(list, three), nullptr);
     EXPECT_EQ(oru_md_mr_meta_by_key(nullptr, two), nullptr);
+    EXPECT_EQ(oru_md_mr_meta_by_key(list, nullptr), nullptr);
+    EXPECT_EQ(oru_md_mr_meta_list_get_by_fq_name(list, nullptr), nullptr);
+    EXPECT_EQ(oru_md_mr_meta_list_remove_by_fq_name(&list, nullptr), nullptr);
     list->mr = nullptr;  // an entry without a resource is passed over
     EXPECT_EQ(oru_md_mr_meta_by_key(list, two), b);
     EXPECT_EQ(oru_md_mr_meta_list_get_by_fq_name(list, Name("com.net:1.0/A")), a);
@@ -418,6 +421,7 @@ TEST(Attribute, IsFoundAndRemovedByName) {
     EXPECT_EQ(oru_md_attr_meta_find(a, Name("b")), b);
     EXPECT_EQ(oru_md_attr_meta_find(a, Name("c")), nullptr);
     EXPECT_EQ(oru_md_attr_meta_find(nullptr, Name("c")), nullptr);
+    EXPECT_EQ(oru_md_attr_meta_find(a, nullptr), nullptr);
     EXPECT_ASSERTION(oru_md_remove_attr_meta(nullptr, Name("a")), "first_attr_meta");
     EXPECT_ASSERTION(oru_md_remove_attr_meta(a, nullptr), "attr_name");
     EXPECT_EQ(oru_md_remove_attr_meta(a, Name("c")), nullptr);
@@ -435,6 +439,7 @@ TEST(Reference, TakesTargetAndRoleFromItsProperty) {
     child->next = peer;
     EXPECT_EQ(oru_md_ref_meta_find(child, Name("link")), peer);
     EXPECT_EQ(oru_md_ref_meta_find(nullptr, Name("link")), nullptr);
+    EXPECT_EQ(oru_md_ref_meta_find(child, nullptr), nullptr);
     EXPECT_ASSERTION(oru_md_remove_ref_meta(nullptr, Name("a")), "first_ref_meta");
     EXPECT_ASSERTION(oru_md_remove_ref_meta(child, nullptr), "ref_name");
     EXPECT_ASSERTION(oru_md_new_ref_meta(nullptr, peer->prop_meta), "ref_name");
