@@ -1,7 +1,10 @@
 // Loading directories of packages: which files are read, in which passes, and what a fault does.
 #include <oru/mr_meta.h>
+#include <oruplatform/poolheap.h>
 #include <oruplatform/tracelet.h>
 #include <sys/stat.h>
+
+#include <algorithm>
 
 #include "tests/support/child.h"
 #include "tests/support/death.h"
@@ -366,6 +369,59 @@ TEST_F(Load, WithoutMemoryALoadLeavesNoStore) {
         EXPECT_TRUE(bundle != nullptr || oom_hit());
         EXPECT_EQ(oru_md_free(), 0);
     });
+}
+
+// Every message about memory has an allocation that brings it.
+TEST_F(Load, WhatCannotBeHadIsToldByItsWords) {
+    folder.write(
+        "a.oru2d",
+        lib_package("<configDataDef><configData name='D'><attribute name='a' type='int'/>"
+                    "</configData></configDataDef><operationalDataDef><operationalData "
+                    "name='O'><attribute name='a' type='int'/></operationalData>"
+                    "</operationalDataDef>" +
+                    resources(resource("M",
+                                       "<configData ref='D'/><configData><attribute name='b' "
+                                       "type='int'><assert><condition>x.is_null()</condition>"
+                                       "<constraint>values(1)</constraint></assert></attribute>"
+                                       "</configData><action name='a'><inputParameter name='p' "
+                                       "type='int'/></action>"))));
+    std::vector<std::string> told;
+    const auto note_with_failure = [&](uint64_t nth) {
+        TraceCapture traces(3);
+        poolheap_fail_nth(nth, false);
+        EXPECT_EQ(oru_md_load_dir(folder.path().c_str(), "", ".oru2d", nullptr), 0);
+        const bool failed = poolheap_fail_hits() > 0;
+        poolheap_fail_off();
+        oru_md_free();
+        const auto lines = traces.at(3);
+        told.insert(told.end(), lines.begin(), lines.end());
+        return failed;
+    };
+    for (uint64_t nth = 1; note_with_failure(nth); ++nth)
+        ASSERT_LT(nth, 10000u);
+    for (const char *words : {"Failed to allocate metadata container\n",
+                              "Failed to initialize pkg_meta hashtable\n",
+                              "Failed to allocate package array\n",
+                              "Failed to allocate metadata bundle\n",
+                              "Failed to allocate cd_name\n",
+                              "Failed to allocate od_name.\n",
+                              "Failed to allocate prop meta\n",
+                              "Failed to allocate prop_metas\n",
+                              "Failed to allocate name\n",
+                              "Failed to allocate bool, rc=10002\n",
+                              "Failed to allocate mr_name, rc=10002\n",
+                              "Failed to allocate prop_metas, rc=10002\n",
+                              "oru_do_condition creation failed.\n",
+                              "oru_do_constraint creation failed.\n",
+                              "Error 10002 while parsing assert element",
+                              "Property meta array NULL\n",
+                              "Failed to allocate list of arguments\n",
+                              "Failed to add to arg list\n",
+                              "Failed to allocate action list\n",
+                              "Failed to add to action list\n",
+                              "Failed to allocate MR metadata\n"}) {
+        EXPECT_NE(std::find(told.begin(), told.end(), words), told.end()) << words;
+    }
 }
 
 // ---- Bundles ----

@@ -469,6 +469,23 @@ TEST(Reference, ConstraintsAreThoseOfTheProperty) {
     oru_md_delete_attr_meta(attr);
 }
 
+TEST(Attribute, WithoutATypeNameStaysUnresolved) {
+    auto *store = oru_md_map_new();
+    auto *package = new_package("p");
+    auto *mr = new_mr(package, "M");
+    const Name name("a");
+    auto *prop =
+        oru_do_prop_meta_new(name, ORU_PROP_CONFIG, 0, 0, nullptr, -3, nullptr, 1, 0, 1, 0);
+    oru_md_add_cd_meta(mr, oru_md_new_attr_meta(name, nullptr, prop));
+    oru_do_prop_meta_deref(prop);
+    oru_md_add_mr_meta(package, mr);
+    store->bundles = oru_md_pkg_bundle_new("b", package);
+    TraceCapture traces(3);
+    EXPECT_EQ(store->oru_md_resolve_refs(store, ORU_MD_PKG_IMPL), 0);
+    EXPECT_EQ(traces.at(3), std::vector<std::string>{"Failed to get type name for a\n"});
+    oru_md_map_delete(store);
+}
+
 TEST(Type, StartsUnknownAndIsDescribedOnce) {
     auto *type = oru_md_new_typedef_meta("Speed");
     EXPECT_EQ(text(type->name), "Speed");
