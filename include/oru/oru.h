@@ -38,6 +38,7 @@
 #include "oru/hashtable.h"
 #include "oru/hex.h"
 #include "oru/iter.h"
+#include "oru/json.h"
 #include "oru/lib.h"
 #include "oru/logger.h"
 #include "oru/md.h"

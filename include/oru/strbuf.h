@@ -102,6 +102,9 @@ ORU_API int32_t oru_do_strbuf_add_hexbuf_sep(ORUDoStrbuf *strbuf, const void *by
 ORU_API int32_t oru_do_strbuf_add_hexbuf_sep_l(ORUDoStrbuf *strbuf, const void *bytes, int32_t n,
                                                const char *sep, int32_t group);
 
+/* The compact JSON form of a value, which is required ("val"). The result is 0. */
+ORU_API int32_t oru_do_strbuf_add_value(ORUDoStrbuf *strbuf, ORUDoValue *val);
+
 /* `n` tab characters, none for an `n` below 1. */
 ORU_API int32_t oru_do_strbuf_add_tab(ORUDoStrbuf *strbuf, int32_t n);
 

@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "frame/text.h"
+#include "oru/json.h"
 #include "oru/rc.h"
 
 namespace {
@@ -331,6 +332,12 @@ int32_t oru_do_strbuf_add_tab(ORUDoStrbuf *strbuf, int32_t n) {
         return strbuf->len;
     std::memset(strbuf->cur, '\t', static_cast<size_t>(n));
     return advance(*strbuf, static_cast<size_t>(n));
+}
+
+int32_t oru_do_strbuf_add_value(ORUDoStrbuf *strbuf, ORUDoValue *val) {
+    ORU_REQUIRE(strbuf);
+    ORU_REQUIRE(val);
+    return oru_do_value_to_json_opt(val, strbuf, ORU_JSON_OPT_COMPACT);
 }
 
 ORU_OBJECT_API(ORUDoStrbuf, oru_do_strbuf)

@@ -1,0 +1,211 @@
+#include "json/read.h"
+
+#include <cerrno>
+#include <cstring>
+#include <new>
+
+#include "do/dtree.h"
+#include "do/vtable.h"
+#include "frame/require.h"
+#include "json/yajl_memory.h"
+#include "oru/error.h"
+#include "oru/nlist.h"
+#include "oru/nvlist.h"
+#include "oru/properties.h"
+#include "oru/properties_list.h"
+#include "oru/value.h"
+#include "oru/vlist.h"
+
+namespace oru::json {
+namespace {
+
+constexpr size_t largest(size_t a, size_t b, size_t c) {
+    return a > b ? (a > c ? a : c) : (b > c ? b : c);
+}
+
+// A zeroed record, or null.
+template <class Record>
+Record *make_record() {
+    void *block = pool.take();
+    return block != nullptr ? ::new (block) Record{} : nullptr;
+}
+
+void run_yajl(YajlMemory &memory, Reader &reader, std::string_view text) {
+    yajl_handle handle = yajl_alloc(&kEvents, memory.functions(), &reader);
+    yajl_config(handle, yajl_allow_comments, 1);
+    yajl_config(handle, yajl_dont_validate_strings, 0);
+    if (oru_do_yajl_parse(handle, text.data(), text.size()) != yajl_status_error)
+        return;
+    const unsigned char *words = yajl_get_error(
+        handle, 1, reinterpret_cast<const unsigned char *>(text.data()), text.size());
+    fail(&reader.data, ORU_JSON_ERR_PARSE, reinterpret_cast<const char *>(words));
+}
+
+}  // namespace
+
+Pool pool{"json", Tag::json, largest(sizeof(Reader), sizeof(Element), sizeof(Item))};
+
+void fail(ORUDoJsonCtxData *ctx, int32_t code, std::string_view text) {
+    ORUDoError *error =
+        text.empty() ? oru_do_error_new(code, "")
+                     : oru_do_error_new_l(code, text.data(), static_cast<int32_t>(text.size()));
+    if (error == nullptr)
+        return;
+    oru_do_error_deref(std::exchange(ctx->err, error));
+}
+
+void free_items(Item *item) {
+    while (item != nullptr) {
+        Item *next = item->next;
+        drop_object(*item);
+        if (item->owns_key)
+            ph_free_named(const_cast<char *>(item->key));
+        if (item->owns_text)
+            ph_free_named(const_cast<char *>(item->scalar.text));
+        pool.give(item);
+        item = next;
+    }
+}
+
+Element *make_element(Element *parent) {
+    auto *element = make_record<Element>();
+    if (element == nullptr)
+        return nullptr;
+    element->depth = 1;
+    element->parent = parent;
+    return element;
+}
+
+void free_element(Element *element) {
+    free_items(element->items);
+    free_items(element->tag_items);
+    oru_do_vtable_deref(static_cast<ORUDoVtable *>(element->obj));
+    if (element->owns_tag)
+        ph_free_named(const_cast<char *>(element->tag));
+    pool.give(element);
+}
+
+Item *append_item(Item *&first, Item *&last) {
+    auto *item = make_record<Item>();
+    if (item == nullptr)
+        return nullptr;
+    item->key_len = -1;
+    item->scalar_len = -1;
+    (last != nullptr ? last->next : first) = item;
+    last = item;
+    return item;
+}
+
+void drop_object(Item &item) {
+    oru_do_json_free_obj(item.type, std::exchange(item.obj, nullptr));
+}
+
+bool has_key(const Item &item, const char *key) {
+    return item.key != nullptr &&
+           std::strncmp(key, item.key, static_cast<size_t>(item.key_len)) == 0;
+}
+
+const Item *find_item(const Element &element, const char *key, int64_t type) {
+    const Item *item = element.items;
+    while (item != nullptr && (item->type != type || !has_key(*item, key)))
+        item = item->next;
+    return item;
+}
+
+std::string_view text_of(const Item &item) {
+    return {item.scalar.text, static_cast<size_t>(item.scalar_len)};
+}
+
+}  // namespace oru::json
+
+using oru::json::Reader;
+
+ORUDoJsonCtxData *oru_do_json_parse(const char *text, int32_t length, int64_t expected) {
+    return oru_do_json_parse_allow_expr(text, length, expected, nullptr, nullptr, nullptr);
+}
+
+ORUDoJsonCtxData *oru_do_json_parse_allow_expr(
+    const char *text, int32_t length, int64_t expected,
+    ORUDoValue *(*resolve_fn)(void *user, const char *text, ORUDoValue *default_value),
+    void (*set_fn)(void *user, const char *text, ORUDoValue *value), void *user) {
+    auto *reader = oru::json::make_record<Reader>();
+    if (reader == nullptr)
+        return nullptr;
+    reader->data.expected = expected;
+    reader->data.resolve_fn = resolve_fn;
+    reader->data.set_fn = set_fn;
+    reader->data.user = user;
+    if (text == nullptr || length < 1)
+        return &reader->data;
+    reader->begin = text;
+    reader->end = text + length;
+
+    oru::json::YajlMemory memory;
+    auto work = [&] { oru::json::run_yajl(memory, *reader, {text, static_cast<size_t>(length)}); };
+    if (!memory.run(work))
+        oru::json::fail_memory(&reader->data);
+    return &reader->data;
+}
+
+void oru_do_json_ctx_data_set_err(ORUDoJsonCtxData *ctx, int32_t code, const char *text) {
+    if (ctx == nullptr)
+        return;
+    ORUDoError *error = oru_do_error_new(code, text);
+    oru_do_error_deref(std::exchange(ctx->err, error));
+}
+
+void oru_do_json_delete_ctx_data(ORUDoJsonCtxData *ctx) {
+    if (ctx == nullptr)
+        return;
+    while (ctx->top != nullptr)
+        oru::json::free_element(std::exchange(ctx->top, ctx->top->parent));
+    oru_do_error_deref(ctx->err);
+    oru_do_json_free_obj(ctx->completed_type, ctx->completed_obj);
+    oru::json::pool.give(ctx);
+}
+
+void oru_do_json_free_obj(int64_t type, void *object) {
+    using namespace oru::json;
+    if ((type & (kValue | kExpression)) != 0 || type == kTypeNull) {
+        oru_do_value_deref(static_cast<ORUDoValue *>(object));
+        return;
+    }
+    switch (type) {
+        case kTypeProperties:
+            oru_do_properties_deref(static_cast<ORUDoProperties *>(object));
+            break;
+        case kTypePropertiesList:
+            oru_do_properties_list_deref(static_cast<ORUDoPropertiesList *>(object));
+            break;
+        case kTypeNlist:
+            oru_do_nlist_deref(static_cast<ORUDoNlist *>(object));
+            break;
+        case kTypeNvlist:
+            oru_do_nvlist_deref(static_cast<ORUDoNvlist *>(object));
+            break;
+        case kTypeVlist:
+            oru_do_vlist_deref(static_cast<ORUDoVlist *>(object));
+            break;
+        case kTypeVtable:
+            oru_do_vtable_deref(static_cast<ORUDoVtable *>(object));
+            break;
+        case kTypeError:
+            oru_do_error_deref(static_cast<ORUDoError *>(object));
+            break;
+        case kTypePropErrs:
+            oru_do_prop_errs_deref(static_cast<ORUDoPropErrs *>(object));
+            break;
+        case kTypeDtree:
+            oru_do_dtree_deref(static_cast<ORUDoDtree *>(object));
+            break;
+        default:
+            break;
+    }
+}
+
+int32_t oru_do_yajl_parse(yajl_handle_t *handle, const char *text, size_t length) {
+    errno = 0;
+    return yajl_parse(handle, reinterpret_cast<const unsigned char *>(text), length);
+}
+
+ORU_POOL_API(oru::json::pool, json)

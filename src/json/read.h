@@ -1,0 +1,131 @@
+// The reader: a stack of unfinished objects that yajl's events build, and deserialisers that make
+// the real object when one closes.
+//
+// Texts and keys are not copied when they are read. They point into the text that is parsed, or,
+// where that has escapes, at a copy that lives as long as its item or element.
+#ifndef ORU_SRC_JSON_READ_H
+#define ORU_SRC_JSON_READ_H
+
+#include <yajl/yajl_parse.h>
+
+#include <string_view>
+
+#include "frame/pool.h"
+#include "json/types.h"
+
+namespace oru::json {
+
+// A member of an object or an element of an array.
+struct Item {
+    const char *key;  // null for an element
+    int32_t key_len;
+    int64_t type;  // one kind bit for a scalar, the code of a completed object, 0 while it waits
+    union {
+        int64_t integer;
+        double real;
+        const char *text;
+    } scalar;
+    int32_t scalar_len;  // of a text, -1 in all others
+    void *obj;           // owned
+    Item *next;
+    bool owns_key;
+    bool owns_text;
+};
+
+// What one text needs beyond the public record, which comes first.
+struct Reader {
+    ORUDoJsonCtxData data;
+    const char *begin;
+    const char *end;
+    int32_t nesting;  // open brackets, those that are skipped not counted
+    int64_t skipped;  // open brackets of a part that found no memory or nests too deep
+};
+
+// Texts from outside nest no deeper, so that what is made of them can be walked on the call stack.
+inline constexpr int32_t kMaxNesting = 1000;
+
+using Element = ORUDoJsonTmpObj;
+
+}  // namespace oru::json
+
+struct ORUDoJsonTmpObj {
+    const char *tag;
+    int32_t tag_len;
+    const oru_json_type_info *type_info;  // null until resolved
+    int32_t in_array;                     // an array opened directly in this object
+    int32_t unknown;                      // the tag is not known: the whole object is skipped
+    oru::json::Item *items;
+    oru::json::Item *items_tail;
+    oru::json::Item *tag_items;  // of further keys that begin with "%"
+    oru::json::Item *tag_items_tail;
+    oru::json::Item *pending;  // waits for its value; the last one of its list
+    void *obj;                 // the table of a "%vtable"
+    int32_t depth;             // open brackets within this element
+    oru::json::Element *parent;
+    oru::json::Item *before_pending;
+    bool owns_tag;
+};
+
+namespace oru::json {
+
+// All records of the reader come from one pool.
+extern Pool pool;
+
+// ---- Failures ----
+
+void fail(ORUDoJsonCtxData *ctx, int32_t code, std::string_view text = {});
+
+inline void fail_memory(ORUDoJsonCtxData *ctx) {
+    fail(ctx, ORU_JSON_ERR_MEMORY);
+}
+
+// ---- Elements and items ----
+
+Element *make_element(Element *parent);
+void free_element(Element *element);
+void free_items(Item *first);
+
+// A new item at the end of a list, or null.
+Item *append_item(Item *&first, Item *&last);
+
+// Releases the completed object of an item, if it has one.
+void drop_object(Item &item);
+
+// The first item with a known key and of a type; the key that was read may be its beginning.
+const Item *find_item(const Element &element, const char *key, int64_t type);
+bool has_key(const Item &item, const char *key);
+
+// The text of a text item.
+std::string_view text_of(const Item &item);
+
+// ---- Values ----
+
+// What an item is as a value, with a new reference; null when memory runs out.
+ORUDoValue *item_to_value(const Item &item);
+
+// ---- Deserialisers ----
+// The completed object, which belongs to the caller, or null.
+
+// Whether an element can be deserialised: it has items, and the bits `mask` of its type are `want`.
+bool is_complete(ORUDoJsonCtxData *ctx, const Element *element, int64_t mask, int64_t want);
+
+void *value_deser(ORUDoJsonCtxData *ctx, Element *element);
+void *null_deser(ORUDoJsonCtxData *ctx, Element *element);
+void *properties_deser(ORUDoJsonCtxData *ctx, Element *element);
+void *properties_list_deser(ORUDoJsonCtxData *ctx, Element *element);
+void *nlist_deser(ORUDoJsonCtxData *ctx, Element *element);
+void *nvlist_deser(ORUDoJsonCtxData *ctx, Element *element);
+void *vlist_deser(ORUDoJsonCtxData *ctx, Element *element);
+void *vtable_deser(ORUDoJsonCtxData *ctx, Element *element);
+void *error_deser(ORUDoJsonCtxData *ctx, Element *element);
+void *prop_errs_deser(ORUDoJsonCtxData *ctx, Element *element);
+void *dtree_deser(ORUDoJsonCtxData *ctx, Element *element);
+
+// ---- The events ----
+
+// yajl's callbacks; their context is the Reader.
+extern const yajl_callbacks kEvents;
+
+}  // namespace oru::json
+
+#endif

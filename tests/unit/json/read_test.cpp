@@ -1,0 +1,555 @@
+#include <yajl/yajl_parse.h>
+
+#include <cerrno>
+#include <string>
+#include <vector>
+
+#include "oru/nvlist.h"
+#include "oru/properties.h"
+#include "oru/vlist.h"
+#include "tests/support/death.h"
+#include "tests/support/oom.h"
+#include "tests/support/trace_capture.h"
+#include "tests/unit/json/support.h"
+
+namespace {
+
+using oru::test::code_of;
+using oru::test::Context;
+using oru::test::Error;
+using oru::test::parsed;
+using oru::test::read_back;
+using oru::test::size_of;
+using oru::test::TraceCapture;
+using oru::test::Value;
+using oru::test::value_from;
+
+// ---- Values ----
+
+TEST(JsonReadValue, EveryTagReadsBack) {
+    for (const char *text : {R"({"%ubyte":255})",
+                             R"({"%byte":-5})",
+                             R"({"%ushort":65535})",
+                             R"({"%short":-2})",
+                             R"({"%uint":4294967295})",
+                             R"({"%int":-7})",
+                             R"({"%ulong":18446744073709551615})",
+                             R"({"%long":-9223372036854775808})",
+                             R"({"%string":"a\"b\n"})",
+                             R"({"%string":""})",
+                             R"({"%boolean":true})",
+                             R"({"%boolean":false})",
+                             R"({"%float":0.5})",
+                             R"({"%double":1e+100})",
+                             R"({"%datetime":-12})",
+                             R"({"%duration":13})",
+                             R"({"%any_uri":"/a"})",
+                             R"({"%hex_binary":"AB01"})",
+                             R"({"%hex_binary":""})",
+                             R"({"%ip_address":"7F000001"})",
+                             R"({"%nsap_address":"49"})",
+                             R"({"%enumeration":"up"})",
+                             R"({"%choice":{"a":{"%int":1}}})",
+                             R"({"%sequence":{"a":{"%sequence":{"b":null}}}})",
+                             R"({"%mr_uri":"/m"})",
+                             R"({"%coll_uri":"/c?d"})",
+                             R"({"%array":[{"%int":1},null]})",
+                             R"({"%array":[]})",
+                             R"({"%int":[1,2]})",
+                             R"({"%string":["a","b"],"%typedef":"T"})",
+                             R"({"%bits":[{"%enumeration":"a"}]})",
+                             R"({"%string":"x","%typedef":"Name"})",
+                             "null"}) {
+        EXPECT_EQ(read_back(text), text);
+    }
+}
+
+TEST(JsonReadValue, SecondTagsOfATypeAndBeginnings) {
+    EXPECT_EQ(read_back(R"({"%unsignedByte":1})"), R"({"%ubyte":1})");
+    EXPECT_EQ(read_back(R"({"%unsignedShort":1})"), R"({"%ushort":1})");
+    EXPECT_EQ(read_back(R"({"%unsignedInt":1})"), R"({"%uint":1})");
+    EXPECT_EQ(read_back(R"({"%unsignedLong":1})"), R"({"%ulong":1})");
+    EXPECT_EQ(read_back(R"({"%dateTime":1})"), R"({"%datetime":1})");
+    EXPECT_EQ(read_back(R"({"%anyURI":"/a"})"), R"({"%any_uri":"/a"})");
+    EXPECT_EQ(read_back(R"({"%hexBinary":"01"})"), R"({"%hex_binary":"01"})");
+    EXPECT_EQ(read_back(R"({"%ipAddress":"01"})"), R"({"%ip_address":"01"})");
+    EXPECT_EQ(read_back(R"({"%nsapAddress":"01"})"), R"({"%nsap_address":"01"})");
+    EXPECT_EQ(read_back(R"({"%u":1})"), R"({"%ubyte":1})");
+}
+
+TEST(JsonReadValue, BareScalars) {
+    EXPECT_EQ(read_back("5"), R"({"%long":5})");
+    EXPECT_EQ(read_back("-5"), R"({"%long":-5})");
+    EXPECT_EQ(read_back("2.5"), R"({"%double":2.5})");
+    EXPECT_EQ(read_back(R"("x")"), R"({"%string":"x"})");
+    EXPECT_EQ(read_back(R"("x\n\"")"), R"({"%string":"x\n\""})");
+    EXPECT_EQ(read_back("true"), R"({"%boolean":true})");
+    EXPECT_EQ(read_back("null"), "null");
+    EXPECT_EQ(read_back(" /* a comment */ 7"), R"({"%long":7})");
+    EXPECT_EQ(parsed("5")->completed_obj, nullptr);
+    EXPECT_NE(parsed("5 ")->completed_obj, nullptr);
+}
+
+TEST(JsonReadValue, LongTextsThatEndWithADigit) {
+    for (const int blanks : {507, 508, 509, 510, 600})
+        EXPECT_EQ(read_back(std::string(static_cast<size_t>(blanks), ' ') + "42"),
+                  R"({"%long":42})");
+}
+
+TEST(JsonReadValue, NumbersAreReadByTheirDigits) {
+    EXPECT_EQ(read_back(R"({"%int":1e3})"), R"({"%int":1})");
+    EXPECT_EQ(read_back(R"({"%double":1e3})"), R"({"%double":1000})");
+    EXPECT_EQ(read_back(R"({"%double":[1,2.5]})"), R"({"%double":[1,2.5]})");
+    EXPECT_EQ(read_back(R"({"%byte":257})"), R"({"%byte":1})");
+    EXPECT_EQ(read_back(R"({"%array":[1,2.5,4294967301]})"),
+              R"({"%array":[{"%int":1},{"%double":2.5},{"%int":5}]})");
+    EXPECT_EQ(read_back("18446744073709551615"), R"({"%long":-1})");
+}
+
+TEST(JsonReadValue, NumbersOutOfRangeAreDropped) {
+    EXPECT_EQ(read_back("18446744073709551616"), "none");
+    EXPECT_EQ(read_back("-9223372036854775809"), "none");
+    EXPECT_EQ(read_back("1.0e400"), "none");
+    EXPECT_EQ(read_back(std::string(300, '9') + ".5"), R"({"%double":1e+300})");
+    const Context ctx = parsed(R"({"%nvlist":{"a":18446744073709551616,"b":1}})");
+    ASSERT_NE(ctx->completed_obj, nullptr);
+    EXPECT_EQ(code_of(ctx), 0);
+    auto *list = static_cast<ORUDoNvlist *>(ctx->completed_obj);
+    EXPECT_NE(oru_do_value_is_null(oru_do_nvlist_get_value(list, "a")), 0);
+    EXPECT_EQ(oru_do_value_is_null(oru_do_nvlist_get_value(list, "b")), 0);
+}
+
+TEST(JsonReadValue, OtherPayloadsThanTheTypesOwn) {
+    EXPECT_EQ(read_back(R"({"%string":null})"), "null");
+    EXPECT_EQ(read_back(R"({"%string":5})"), "null");
+    EXPECT_EQ(read_back(R"({"%mr_uri":true})"), "null");
+    EXPECT_EQ(read_back(R"({"%int":null})"), R"({"%int":0})");
+    EXPECT_EQ(read_back(R"({"%int":true})"), R"({"%int":1})");
+    EXPECT_EQ(read_back(R"({"%boolean":7})"), R"({"%boolean":true})");
+    const Value value = value_from(R"({"%int":"x"})");
+    ASSERT_NE(value, nullptr);
+    EXPECT_EQ(oru_do_value_get_type(value.get()), ORU_DO_TYPE_INT);
+}
+
+TEST(JsonReadValue, HexadecimalOfAnyLength) {
+    for (const size_t bytes : {511u, 512u, 513u, 2000u}) {
+        std::string text = R"({"%hex_binary":")";
+        for (size_t i = 0; i < bytes; ++i)
+            text += "A5";
+        text += "\"}";
+        EXPECT_EQ(read_back(text), text);
+    }
+    EXPECT_EQ(read_back(R"({"%hex_binary":"zz1"})"), R"({"%hex_binary":"00"})");
+    EXPECT_EQ(read_back(R"({"%hex_binary":"1"})"), R"({"%hex_binary":""})");
+}
+
+TEST(JsonReadValue, ArraysWithoutBrackets) {
+    EXPECT_EQ(read_back(R"({"%array":5})"), R"({"%int":[5]})");
+    EXPECT_EQ(read_back(R"({"%int":[]})"), R"({"%array":[]})");
+    EXPECT_EQ(read_back(R"({"%choice":[{"a":{"%int":1}},{"b":null}]})"),
+              R"({"%array":[{"%choice":{"a":{"%int":1}}},{"%choice":{"b":null}}]})");
+}
+
+TEST(JsonReadValue, ATypedefOfAnArrayGoesToTheElementsToo) {
+    const Value value = value_from(R"({"%int":[1,2],"%typedef":"T\u0041"})");
+    ASSERT_NE(value, nullptr);
+    EXPECT_STREQ(oru_do_value_get_typedef_name(value.get()), "TA");
+    int32_t rc = 0;
+    ORUDoVlist *list = oru_do_value_get_array(value.get(), &rc);
+    EXPECT_STREQ(oru_do_value_get_typedef_name(oru_do_vlist_get_value(list, 1)), "TA");
+}
+
+TEST(JsonReadValue, EscapedTextsOutliveTheNextOne) {
+    EXPECT_EQ(read_back(R"({"%array":["a\n","b\n","c\n"]})"), R"({"%string":["a\n","b\n","c\n"]})");
+    EXPECT_EQ(read_back(R"({"%sequence":{"k\t":"a\n","l\"":"b\n"}})"),
+              "{\"%sequence\":{\"k\t\":{\"%string\":\"a\\n\"},\"l\"\":{\"%string\":\"b\\n\"}}}");
+    EXPECT_EQ(read_back(R"({"%\u0073tring":"\u00e9"})"), "{\"%string\":\"\xc3\xa9\"}");
+}
+
+TEST(JsonReadValue, NoTagAndNoRowGivesNothing) {
+    ORUDoError *err = nullptr;
+    EXPECT_EQ(value_from(R"({"a":1})", &err), nullptr);
+    EXPECT_EQ(err, nullptr);
+    EXPECT_EQ(value_from(R"({"%nlist":["a"]})", &err), nullptr);
+    EXPECT_EQ(err, nullptr);
+    EXPECT_EQ(value_from("", &err), nullptr);
+    EXPECT_EQ(oru_do_value_from_json(nullptr, 0, &err), nullptr);
+    EXPECT_EQ(value_from(R"({"%int":)", &err), nullptr);
+    EXPECT_EQ(err, nullptr);
+}
+
+// ---- Failures ----
+
+void expect_error(const std::string &text, int32_t code, const std::string &words,
+                  const std::vector<std::string> &traces) {
+    const TraceCapture capture(3);
+    ORUDoError *err = nullptr;
+    EXPECT_EQ(value_from(text, &err), nullptr) << text;
+    const Error owned(err);
+    ASSERT_NE(err, nullptr) << text;
+    EXPECT_EQ(oru_do_error_get_code(err), code) << text;
+    EXPECT_EQ(oru_do_error_get_msg(err), words) << text;
+    EXPECT_EQ(capture.at(3), traces) << text;
+}
+
+TEST(JsonReadFailures, NoItems) {
+    expect_error(R"({"%int":{}})", 4, "", {"error: tmp_obj->val null"});
+    expect_error(R"({"%properties":{}})", 4, "", {"error: tmp_obj->val null"});
+}
+
+TEST(JsonReadFailures, AnUnknownTagShowsTheInputFromThereOn) {
+    const TraceCapture capture(3);
+    ORUDoError *err = nullptr;
+    EXPECT_EQ(value_from(R"({"%nope":1})", &err), nullptr);
+    const Error owned(err);
+    ASSERT_NE(err, nullptr);
+    EXPECT_EQ(oru_do_error_get_code(err), 8);
+    EXPECT_STREQ(oru_do_error_get_msg(err), R"(%nope":1})");
+    EXPECT_TRUE(capture.has(3, R"(oru_do_json: unknown type %nope":1})"));
+    ASSERT_EQ(capture.at(3).size(), 2u);
+    EXPECT_EQ(capture.at(3)[1].find("oru_do_json: pop 0x"), 0u);
+    EXPECT_NE(capture.at(3)[1].find(R"(, type unknown %nope":1})"), std::string::npos);
+}
+
+TEST(JsonReadFailures, DefaultAndUnknownHaveNoRow) {
+    for (const char *text : {R"({"%default":""})", R"({"%unknown":""})"}) {
+        ORUDoError *err = nullptr;
+        EXPECT_EQ(value_from(text, &err), nullptr);
+        const Error owned(err);
+        ASSERT_NE(err, nullptr);
+        EXPECT_EQ(oru_do_error_get_code(err), 8);
+    }
+}
+
+TEST(JsonReadFailures, AnArrayInTheWrongPlace) {
+    const Context ctx = parsed(R"({"%properties":{"a":[1,2],"b":3}})");
+    EXPECT_EQ(code_of(ctx), 6);
+    EXPECT_STREQ(oru_do_error_get_msg(ctx->err), "");
+    auto *props = static_cast<ORUDoProperties *>(ctx->completed_obj);
+    ASSERT_NE(props, nullptr);
+    EXPECT_EQ(oru_do_properties_get_len(props), 1);  // 2 has no key and ends the walk
+    int32_t rc = 0;
+    EXPECT_EQ(oru_do_properties_get_int(props, "a", &rc), 1);
+}
+
+TEST(JsonReadFailures, NoJson) {
+    ORUDoError *err = nullptr;
+    EXPECT_EQ(value_from("{x", &err), nullptr);
+    const Error owned(err);
+    ASSERT_NE(err, nullptr);
+    EXPECT_EQ(oru_do_error_get_code(err), 7);
+    EXPECT_NE(std::string(oru_do_error_get_msg(err)).find("lexical error: "), std::string::npos);
+    EXPECT_NE(std::string(oru_do_error_get_msg(err)).find("^"), std::string::npos);
+}
+
+TEST(JsonReadFailures, InvalidUtf8IsNoJson) {
+    EXPECT_EQ(code_of(parsed("\"\xff\"")), 7);
+}
+
+TEST(JsonReadFailures, ASecondObjectReplacesTheFirst) {
+    const TraceCapture capture(3);
+    const Context ctx = parsed(R"(["a","b"])", 0x800103);
+    EXPECT_EQ(code_of(ctx), 9);
+    EXPECT_STREQ(oru_do_error_get_msg(ctx->err), "");
+    EXPECT_EQ(capture.at(3),
+              (std::vector<std::string>{"error:tmp_obj already has completed_obj, type=30009"}));
+    ASSERT_EQ(ctx->completed_type, 0x30009);
+    EXPECT_EQ(oru::test::json_of(static_cast<ORUDoValue *>(ctx->completed_obj)),
+              R"({"%string":"b"})");
+}
+
+TEST(JsonReadFailures, AnArrayIsReplacedWithoutAWord) {
+    const Context ctx = parsed(R"([{"%array":[1]}])");
+    EXPECT_EQ(code_of(ctx), 0);
+    EXPECT_EQ(ctx->completed_type, 0x810014);
+}
+
+TEST(JsonReadFailures, TypesThatNothingReads) {
+    const TraceCapture capture(3);
+    const Context ctx = parsed(R"({"%event":{"a":1}})");
+    EXPECT_EQ(code_of(ctx), 8);
+    EXPECT_EQ(ctx->completed_obj, nullptr);
+    EXPECT_EQ(
+        capture.at(3),
+        (std::vector<std::string>{R"(error: no deserializer found for type %event":{"a":1}})"}));
+}
+
+TEST(JsonReadFailures, UnknownMembersAreLeftOut) {
+    for (const char *member : {R"({"%nope":{"x":[1,{"y":"\n"}]}})", R"({"x":1})"}) {
+        const Context ctx =
+            parsed(std::string(R"({"%properties":{"a":)") + member + R"(,"b":{"%int":2}}})");
+        auto *props = static_cast<ORUDoProperties *>(ctx->completed_obj);
+        ASSERT_NE(props, nullptr) << member;
+        EXPECT_EQ(oru_do_properties_get_len(props), 1) << member;
+        EXPECT_NE(oru_do_properties_get_value(props, "b"), nullptr) << member;
+    }
+}
+
+TEST(JsonReadFailures, FailedMembersReadAsNull) {
+    const Context ctx = parsed(R"({"%properties":{"a":{"%int":{}},"b":1}})");
+    auto *props = static_cast<ORUDoProperties *>(ctx->completed_obj);
+    ASSERT_NE(props, nullptr);
+    EXPECT_EQ(code_of(ctx), 4);
+    EXPECT_NE(oru_do_value_is_null(oru_do_properties_get_value(props, "a")), 0);
+}
+
+TEST(JsonReadFailures, UntaggedArraysCloseTheirObject) {
+    const Context ctx = parsed(R"({"a":[1,2]})", 0x400100);
+    EXPECT_EQ(code_of(ctx), 9);
+    auto *props = static_cast<ORUDoProperties *>(ctx->completed_obj);
+    ASSERT_NE(props, nullptr);
+    EXPECT_EQ(oru_do_properties_get_len(props), 1);
+}
+
+TEST(JsonReadFailures, AnErrorGoesOutOnlyWithoutAnObject) {
+    ORUDoError *err = nullptr;
+    const Value value = value_from(R"({"%array":[{"%nope":1},2]})", &err);
+    EXPECT_EQ(oru::test::json_of(value.get()), R"({"%int":[2]})");
+    EXPECT_EQ(err, nullptr);
+}
+
+// ---- Hostile texts ----
+
+std::string nested(int levels, const std::string &open, const std::string &close) {
+    std::string text;
+    for (int i = 0; i < levels; ++i)
+        text += open;
+    for (int i = 0; i < levels; ++i)
+        text += close;
+    return text;
+}
+
+TEST(JsonReadHostile, AThousandLevelsAndNotOneMore) {
+    // The outermost bracket is a level of its own.
+    EXPECT_EQ(code_of(parsed(R"({"%vlist":)" + nested(999, "[", "]") + "}")), 4);
+    EXPECT_EQ(code_of(parsed(R"({"%array":[)" + nested(998, R"({"%x":)", "1}") + "]}")), 7);
+    const Context deep = parsed(R"({"%vlist":[1,)" + nested(999, "[", "]") + ",2]}");
+    ASSERT_NE(deep->completed_obj, nullptr);
+    EXPECT_EQ(oru_do_vlist_get_len(static_cast<ORUDoVlist *>(deep->completed_obj)), 2);
+}
+
+TEST(JsonReadHostile, OneLevelTooDeepIsMemoryThatRanOut) {
+    const auto levels = [](int n) { return code_of(parsed(nested(n, "[", "]"))); };
+    EXPECT_EQ(levels(1000), 0);
+    EXPECT_EQ(levels(1001), 1);
+    EXPECT_EQ(levels(200000), 1);
+    const std::string maps = R"({"%sequence":{"a":)";
+    std::string text;
+    for (int i = 0; i < 501; ++i)
+        text += maps;
+    text += "1";
+    for (int i = 0; i < 501; ++i)
+        text += "}}";
+    EXPECT_EQ(code_of(parsed(text)), 1);
+}
+
+TEST(JsonReadHostile, DeepObjectsWithinTheBoundAreWhole) {
+    std::string text;
+    for (int i = 0; i < 500; ++i)
+        text += R"({"%sequence":{"a":)";
+    text += "null";
+    for (int i = 0; i < 500; ++i)
+        text += "}}";
+    EXPECT_EQ(read_back(text), text);
+}
+
+TEST(JsonReadHostile, StrayKeysAndClosings) {
+    for (const char *text :
+         {R"({"%typedef":"T"})", R"([[{"a":[[1]]}]])", R"({"a":[]})", R"({"":{"":[]}})",
+          R"([{"%dtree":[{"name":"a"}]},{"name":"b"}])", R"({"%vtable":[[[1]],{"a":[2]}]})",
+          R"({"%int":[[1],[2]]})",
+          R"({"%dtree":{"name":"a","children":{"%dtree":[{"name":"b"}]},"c":[1]}})",
+          R"([{"%dtree":{"name":"a","children":{"%dtree":[{"name":"b"}]}}},"x",[]])"}) {
+        for (const int64_t expected : {0x0, 0x10000, 0x400100, 0x800103, 0x80010F, 0x400119}) {
+            const Context ctx = parsed(text, expected);
+            EXPECT_NE(ctx, nullptr) << text;
+        }
+    }
+}
+
+// ---- The table, the context ----
+
+TEST(JsonTypes, TheFirstRowThatFits) {
+    EXPECT_STREQ(oru_json_get_type_info("%u", 2)->tag, "%ubyte");
+    EXPECT_STREQ(oru_json_get_type_info("%mr_meta", 8)->tag, "%mr_meta_list");
+    EXPECT_STREQ(oru_json_get_type_info("%prop_meta", 10)->tag, "%prop_meta_list");
+    EXPECT_STREQ(oru_json_get_type_info("%constraint", 11)->tag, "%constraint_list");
+    EXPECT_STREQ(oru_json_get_type_info("%properties", 11)->tag, "%properties");
+    EXPECT_STREQ(oru_json_get_type_info("_max()x", 6)->tag, "_max()");
+    EXPECT_EQ(oru_json_get_type_info("%ubytes", 7), nullptr);
+    EXPECT_EQ(oru_json_get_type_info(nullptr, 1), nullptr);
+    EXPECT_STREQ(oru_json_get_type_info_by_type_code(0x5000D)->tag, "%datetime");
+    EXPECT_EQ(oru_json_get_type_info_by_type_code(0x5000D)->value_type_code, 12);
+    EXPECT_EQ(oru_json_get_type_info_by_type_code(0x10000), nullptr);
+    EXPECT_STREQ(oru_json_get_type_info_by_value_type_code(109)->tag, "%bits");
+    EXPECT_STREQ(oru_json_get_type_info_by_value_type_code(-1)->tag, "%null");
+    EXPECT_EQ(oru_json_get_type_info_by_value_type_code(-2), nullptr);
+}
+
+TEST(JsonTypes, EveryRow) {
+    const struct {
+        const char *tag;
+        int64_t code;
+        int32_t value;
+    } rows[] = {
+        {"%ubyte", 0x50001, 0},
+        {"%byte", 0x50002, 1},
+        {"%ushort", 0x50003, 2},
+        {"%short", 0x50004, 3},
+        {"%uint", 0x50005, 4},
+        {"%int", 0x50006, 5},
+        {"%ulong", 0x50007, 6},
+        {"%long", 0x50008, 7},
+        {"%string", 0x30009, 8},
+        {"%boolean", 0x11000A, 9},
+        {"%float", 0x9000B, 10},
+        {"%double", 0x9000C, 11},
+        {"%datetime", 0x5000D, 12},
+        {"%duration", 0x5000E, 13},
+        {"%any_uri", 0x3000F, 14},
+        {"%hex_binary", 0x30010, 15},
+        {"%ip_address", 0x30011, 101},
+        {"%nsap_address", 0x30012, 102},
+        {"%enumeration", 0x30013, 103},
+        {"%array", 0x810014, 106},
+        {"%choice", 0x410015, 104},
+        {"%sequence", 0x410016, 105},
+        {"%mr_uri", 0x30017, 107},
+        {"%coll_uri", 0x30018, 108},
+        {"%bits", 0x410019, 109},
+        {"%properties", 0x400100, -3},
+        {"%nlist", 0x800102, -3},
+        {"%vlist", 0x800103, -3},
+        {"%nvlist", 0x800104, -3},
+        {"%ntlist", 0x800110, -3},
+        {"%config_ops", 0x800106, -3},
+        {"%mr_meta_list", 0x800108, -3},
+        {"%mr_meta", 0x400109, -3},
+        {"%prop_meta_list", 0x80010A, -3},
+        {"%prop_meta", 0x40010B, -3},
+        {"%constraint_list", 0x80010C, -3},
+        {"%constraint", 0x40010E, -3},
+        {"%error", 0x400114, -3},
+        {"%prop_errs", 0x400115, -3},
+        {"%event", 0x400117, -3},
+        {"%properties_list", 0x800105, -3},
+        {"%null", 0x200000, -1},
+        {"%vtable", 0x80010F, -3},
+        {"%typedef_meta", 0x400118, -3},
+        {"%dtree", 0x400119, -3},
+        {"_add()", 0x1000001, -3},
+        {"_sub()", 0x1000002, -3},
+        {"_mult()", 0x1000003, -3},
+        {"_div()", 0x1000004, -3},
+        {"_mod()", 0x1000005, -3},
+        {"_incr()", 0x1000006, -3},
+        {"_decr()", 0x1000007, -3},
+        {"_map()", 0x1000008, -3},
+        {"_tostring()", 0x1000009, -3},
+        {"_key()", 0x100000A, -3},
+        {"_min()", 0x100000B, -3},
+        {"_max()", 0x100000C, -3},
+    };
+    for (const auto &row : rows) {
+        const oru_json_type_info *info = oru_json_get_type_info_by_type_code(row.code);
+        ASSERT_NE(info, nullptr) << row.tag;
+        EXPECT_STREQ(info->tag, row.tag);
+        EXPECT_EQ(info->type_code, row.code) << row.tag;
+        EXPECT_EQ(info->value_type_code, row.value) << row.tag;
+    }
+}
+
+TEST(JsonContext, ItsOwnerMayTakeTheObject) {
+    const Context ctx = parsed(R"({"%string":"a"})");
+    const Value value(static_cast<ORUDoValue *>(ctx->completed_obj));
+    ctx->completed_obj = nullptr;
+    EXPECT_EQ(oru::test::json_of(value.get()), R"({"%string":"a"})");
+    EXPECT_EQ(ctx->expected, 0);
+}
+
+TEST(JsonContext, ANewErrorReplacesTheOld) {
+    const Context ctx = parsed("1 ");
+    oru_do_json_ctx_data_set_err(ctx.get(), 5, "five");
+    oru_do_json_ctx_data_set_err(ctx.get(), 6, nullptr);
+    EXPECT_EQ(code_of(ctx), 6);
+    EXPECT_EQ(oru_do_error_get_msg(ctx->err), nullptr);
+}
+
+TEST(JsonContext, NullIsAccepted) {
+    oru_do_json_ctx_data_set_err(nullptr, 1, "a");
+    oru_do_json_delete_ctx_data(nullptr);
+    oru_do_json_free_obj(0x10000, nullptr);
+    oru_do_json_free_obj(0x400119, nullptr);
+    EXPECT_NE(parsed("", 0), nullptr);
+    const Context ctx(oru_do_json_parse(nullptr, 5, 0));
+    EXPECT_NE(ctx, nullptr);
+}
+
+TEST(JsonContext, DeserialisersLookAtTheirArguments) {
+    const auto *info = oru_json_get_type_info("%int", 4);
+    const TraceCapture capture(3);
+    EXPECT_EQ(info->deserialiser(nullptr, nullptr), nullptr);
+    const Context ctx = parsed("");
+    EXPECT_EQ(info->deserialiser(ctx.get(), nullptr), nullptr);
+    EXPECT_EQ(code_of(ctx), 3);
+    EXPECT_EQ(capture.at(3),
+              (std::vector<std::string>{"error: ctx_data null", "error: tmp_obj null"}));
+}
+
+TEST(JsonContext, ADeserialiserOfAnotherTypeRefuses) {
+    const Context ctx = parsed(R"({"%int":1})");
+    ASSERT_NE(ctx->top, nullptr);
+    const TraceCapture capture(3);
+    EXPECT_EQ(oru_json_get_type_info("%nlist", 6)->deserialiser(ctx.get(), ctx->top), nullptr);
+    EXPECT_EQ(code_of(ctx), 5);
+    EXPECT_EQ(capture.at(3), (std::vector<std::string>{"error: not the expected type"}));
+}
+
+TEST(JsonContext, YajlIsCalledWithAClearedErrno) {
+    const yajl_callbacks none{};
+    yajl_handle handle = yajl_alloc(&none, nullptr, nullptr);
+    errno = 5;
+    EXPECT_EQ(oru_do_yajl_parse(handle, "[1]", 3), yajl_status_ok);
+    EXPECT_EQ(errno, 0);
+    EXPECT_EQ(oru_do_yajl_parse(handle, "]", 1), yajl_status_error);
+    yajl_free(handle);
+}
+
+// ---- Memory ----
+
+TEST(JsonReadMemory, EveryAllocationMayFail) {
+    for (const char *text :
+         {R"({"%properties":{"a":{"%int":[1,2],"%typedef":"T"},"b\n":"c\n","d":{"%mr_uri":"/x"},)"
+          R"("e":{"%hex_binary":"01"},"f":{"%sequence":{"g":1.5,"h":{"%bits":["i"]}}}}})",
+          R"({"%dtree":{"name":"r","mr_uri":"/u","err":{"%error":{"code":1,"msg":"e","namespace":)"
+          R"("n","prop_errs":{"%prop_errs":{"p":{"%error":{"msg":"q"}}}}}},"children":)"
+          R"({"%dtree":[{"name":"a"},{"name":"b"}]}}})",
+          R"({"%vtable":[[1,"a\n"],[2,null]]})", R"({"%properties_list":[{"a":1}]})",
+          R"({"%nlist":["a"]})", R"({"%nvlist":{"a":1}})", R"("a\n")", "{x"}) {
+        oru::test::sweep_oom(
+            [text] {
+                const Context ctx = parsed(text);
+                if (ctx == nullptr)
+                    return;
+                EXPECT_TRUE(ctx->completed_obj != nullptr || ctx->err != nullptr ||
+                            oru::test::oom_hit());
+            },
+            {.promised_deaths = {}, .at_least = 3});
+    }
+}
+
+TEST(JsonReadMemory, WithinTheParserItIsCodeOne) {
+    oru::test::sweep_oom(
+        [] {
+            ORUDoError *err = nullptr;
+            const Value value = value_from(std::string(600, ' ') + "42", &err);
+            const Error owned(err);
+            EXPECT_TRUE(value != nullptr || oru::test::oom_hit());
+            if (err != nullptr) {
+                EXPECT_EQ(oru_do_error_get_code(err), 1);
+            }
+        },
+        {.promised_deaths = {}, .at_least = 5});
+}
+
+}  // namespace
