@@ -23,6 +23,9 @@ ORU_API ORUDoCondition *oru_do_constraint_get_condition(ORUDoConstraint *constra
    text, each with a line feed. Adds nothing for a null constraint. */
 ORU_API void oru_do_constraint_to_strbuf(ORUDoConstraint *constraint, ORUDoStrbuf *strbuf);
 
+/* Prints that text to a stream; the number of tabs is not looked at. Result 0. */
+ORU_API int32_t oru_do_print_constraint(FILE *stream, int32_t tabs, ORUDoConstraint *constraint);
+
 /* One more reference; null gives null. */
 ORU_API ORUDoConstraint *oru_do_constraint_ref(ORUDoConstraint *constraint);
 
@@ -81,6 +84,12 @@ ORU_API ORUDoConstraint *oru_do_constraint_list_get_constraint(ORUDoConstraintLi
 /* The first constraint without a condition, borrowed, or null. Asserts "list". */
 ORU_API ORUDoConstraint *oru_do_constraint_list_get_constraint_unconditional(
     ORUDoConstraintList *list);
+
+/* Adds the texts of the constraints in order; nothing for a null list. */
+ORU_API void oru_do_constraint_list_to_strbuf(ORUDoConstraintList *list, ORUDoStrbuf *strbuf);
+
+/* Prints these texts to a stream; the number of tabs is not looked at. Result 0. */
+ORU_API int32_t oru_do_print_constraint_list(FILE *stream, int32_t tabs, ORUDoConstraintList *list);
 
 /* Releases all entries and leaves an empty list. Asserts "list". */
 ORU_API void oru_do_constraint_list_clear(ORUDoConstraintList *list);

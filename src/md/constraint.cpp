@@ -3,8 +3,22 @@
 #include <algorithm>
 #include <cstring>
 
+#include "do/print.h"
 #include "frame/text.h"
 #include "oru/strbuf.h"
+
+namespace {
+
+// Printing hands on an indent, which these texts do not have.
+void constraint_text(ORUDoConstraint *constraint, int32_t, ORUDoStrbuf *strbuf) {
+    oru_do_constraint_to_strbuf(constraint, strbuf);
+}
+
+void constraint_list_text(ORUDoConstraintList *list, int32_t, ORUDoStrbuf *strbuf) {
+    oru_do_constraint_list_to_strbuf(list, strbuf);
+}
+
+}  // namespace
 
 void oru::ObjectType<ORUDoCondition>::release_members(ORUDoCondition &self) {
     const Text expr(self.expr);
@@ -62,6 +76,10 @@ void oru_do_constraint_to_strbuf(ORUDoConstraint *constraint, ORUDoStrbuf *strbu
     oru_do_strbuf_add_char(strbuf, '\n');
 }
 
+int32_t oru_do_print_constraint(FILE *stream, int32_t tabs, ORUDoConstraint *constraint) {
+    return oru::print_object<constraint_text>(stream, tabs, constraint);
+}
+
 ORU_OBJECT_API(ORUDoConstraint, oru_do_constraint)
 
 int32_t oru_do_constraint_list_add(ORUDoConstraintList *list, ORUDoConstraint *constraint) {
@@ -81,6 +99,15 @@ ORUDoConstraint *oru_do_constraint_list_get_constraint_unconditional(ORUDoConstr
     ORU_REQUIRE(list);
     return oru::meta_list_find(
         *list, [](const ORUDoConstraint &constraint) { return constraint.condition == nullptr; });
+}
+
+void oru_do_constraint_list_to_strbuf(ORUDoConstraintList *list, ORUDoStrbuf *strbuf) {
+    for (auto *item = list != nullptr ? list->first : nullptr; item != nullptr; item = item->next)
+        oru_do_constraint_to_strbuf(item->object, strbuf);
+}
+
+int32_t oru_do_print_constraint_list(FILE *stream, int32_t tabs, ORUDoConstraintList *list) {
+    return oru::print_object<constraint_list_text>(stream, tabs, list);
 }
 
 ORU_META_LIST_API(ORUDoConstraintList, ORUDoConstraint, oru_do_constraint_list,

@@ -55,6 +55,28 @@ TEST_F(Constraint, PrintsItsConditionAndItsText) {
     EXPECT_EQ(printed(nullptr), "");
 }
 
+TEST_F(Constraint, ListPrintsItsConstraintsInOrder) {
+    const std::string both =
+        "Condition: b.not_null() and c.is_null()\nConstraint: values(1..5)default(3)\n"
+        "Constraint: values(9)\n";
+    auto *strbuf = oru_do_strbuf_new();
+    oru_do_constraint_list_to_strbuf(nullptr, strbuf);
+    EXPECT_STREQ(oru_do_strbuf_to_string(strbuf), "");
+    oru_do_constraint_list_to_strbuf(list, strbuf);
+    EXPECT_EQ(oru_do_strbuf_to_string(strbuf), both);
+    oru_do_strbuf_deref(strbuf);
+    char *text = nullptr;
+    size_t size = 0;
+    std::FILE *stream = open_memstream(&text, &size);
+    EXPECT_EQ(oru_do_print_constraint_list(stream, 3, list), 0);
+    EXPECT_EQ(oru_do_print_constraint(stream, 3, plain), 0);
+    EXPECT_EQ(oru_do_print_constraint(stream, 3, nullptr), 0);
+    EXPECT_EQ(oru_do_print_constraint_list(stream, 3, nullptr), 0);
+    std::fclose(stream);
+    EXPECT_EQ(text, both + "Constraint: values(9)\n");
+    std::free(text);
+}
+
 TEST_F(Constraint, OutlivesTheStore) {
     oru_do_constraint_ref(conditional);
     auto *condition = oru_do_condition_ref(oru_do_constraint_get_condition(conditional));
