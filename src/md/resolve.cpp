@@ -123,11 +123,19 @@ void resolve_bases(ORUMdCodMeta *first, ORUMdCodMeta *(*find)(const char *name))
     }
 }
 
+// Whether `mr` is implemented by itself, over however many others: descriptions would hold each
+// other for ever.
+bool is_circle(const ORUMdMrMeta *library, const ORUMdMrMeta &mr) {
+    while (library != nullptr && library != &mr && library->is_lib == 0)
+        library = library->parent_mr;
+    return library == &mr;
+}
+
 void resolve_impl_parent(ORUMdMrMeta &mr) {
     if (mr.parent_name == nullptr)
         return;
     auto *library = oru_md_get_mr_meta_by_name(text_of(mr.parent_name));
-    if (library == nullptr) {
+    if (library == nullptr || is_circle(library, mr)) {
         ORU_TRACE(Level::failure, "Can't resolve impl mr extension %s from %s\n",
                   text_of(mr.parent_name), text_of(mr.name));
         return;

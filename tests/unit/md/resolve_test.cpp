@@ -209,6 +209,18 @@ TEST_F(Resolve, ImplementationOfNothingStaysAsItIs) {
     EXPECT_EQ(props(impl("I")), Texts{});
 }
 
+TEST_F(Resolve, ImplementationOfItselfIsNone) {
+    TraceCapture traces(3);
+    load_both("", resources(resource("I", "", "implements='com.impl/I'") +
+                            resource("A", "", "implements='com.impl/B'") +
+                            resource("B", "", "implements='com.impl/C'") +
+                            resource("C", "", "implements='com.impl/A'")));
+    EXPECT_EQ(traces.at(3), (Texts{"Can't resolve impl mr extension com.impl/I from I\n",
+                                   "Can't resolve impl mr extension com.impl/A from C\n"}));
+    EXPECT_EQ(impl("A")->parent_mr, impl("B"));
+    EXPECT_EQ(impl("C")->parent_mr, nullptr);
+}
+
 // ---- The merge ----
 
 TEST_F(Resolve, LibraryKeysStandInFront) {
