@@ -1,0 +1,84 @@
+// Any text may come in. What reads as an object is written, and what was written reads without a
+// fault; the first byte picks the type that is expected.
+#include <oru/json.h>
+#include <oru/strbuf.h>
+#include <oruplatform/chunk.h>
+#include <oruplatform/poolheap.h>
+
+#include <cstdint>
+#include <cstdlib>
+
+namespace {
+
+constexpr int64_t kExpected[] = {0,        0x10000,  0x400100, 0x800102, 0x800103, 0x800104,
+                                 0x800105, 0x80010F, 0x400114, 0x400115, 0x400119};
+
+void require(bool holds) {
+    if (!holds)
+        std::abort();
+}
+
+// Writes an object of the type, when there is a writer for it.
+bool write(int64_t type, void *object, ORUDoStrbuf *buf) {
+    switch (type) {
+        case 0x400100:
+            oru_do_properties_to_json(static_cast<ORUDoProperties *>(object), buf);
+            return true;
+        case 0x800102:
+            oru_do_nlist_to_json(static_cast<ORUDoNlist *>(object), buf);
+            return true;
+        case 0x800103:
+            oru_do_vlist_to_json(static_cast<ORUDoVlist *>(object), buf);
+            return true;
+        case 0x800104:
+            oru_do_nvlist_to_json(static_cast<ORUDoNvlist *>(object), buf);
+            return true;
+        case 0x800105:
+            oru_do_properties_list_to_json(static_cast<ORUDoPropertiesList *>(object), buf);
+            return true;
+        case 0x80010F:
+            oru_do_vtable_to_json(static_cast<ORUDoVtable *>(object), buf);
+            return true;
+        case 0x400114:
+            oru_do_error_to_json(static_cast<ORUDoError *>(object), buf);
+            return true;
+        case 0x400115:
+            oru_do_prop_errs_to_json(static_cast<ORUDoPropErrs *>(object), buf);
+            return true;
+        case 0x400119:
+            oru_do_dtree_to_json(static_cast<ORUDoDtree *>(object), buf);
+            return true;
+        default:
+            if ((type & 0x10000) == 0)
+                return false;
+            oru_do_value_to_json(static_cast<ORUDoValue *>(object), buf);
+            return true;
+    }
+}
+
+void read_written(ORUDoStrbuf *buf) {
+    ORUDoJsonCtxData *ctx =
+        oru_do_json_parse(oru_do_strbuf_to_string(buf), oru_do_strbuf_get_len(buf), 0);
+    require(ctx != nullptr);
+    oru_do_json_delete_ctx_data(ctx);
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
+    if (size < 1)
+        return 0;
+    constexpr size_t kinds = sizeof kExpected / sizeof kExpected[0];
+    const uint64_t blocks = poolheap_live_blocks();
+    ORUDoJsonCtxData *ctx =
+        oru_do_json_parse(reinterpret_cast<const char *>(data + 1), static_cast<int32_t>(size - 1),
+                          kExpected[data[0] % kinds]);
+    require(ctx != nullptr);
+    ORUDoStrbuf *buf = oru_do_strbuf_new();
+    if (ctx->completed_obj != nullptr && write(ctx->completed_type, ctx->completed_obj, buf))
+        read_written(buf);
+    oru_do_strbuf_deref(buf);
+    oru_do_json_delete_ctx_data(ctx);
+    require(poolheap_live_blocks() == blocks);
+    return 0;
+}
