@@ -78,6 +78,30 @@ ORU_API int32_t oru_do_prop_errs_to_json(ORUDoPropErrs *prop_errs, ORUDoStrbuf *
    out; nodes in the list of children have no tag of their own. */
 ORU_API int32_t oru_do_dtree_to_json(ORUDoDtree *dtree, ORUDoStrbuf *buf);
 
+/*
+ * {"%typedef_meta":{"name":"...",...}} with "simple_type" and its "constraint_list", "enum",
+ * "sequence" or "choice"; a description that lacks its part ends with a comma, which is no JSON.
+ * {"%ntlist":{"name":typedef_meta,...}}
+ */
+ORU_API int32_t oru_do_typedef_meta_to_json(ORUDoTypedefMeta *meta, ORUDoStrbuf *buf);
+ORU_API int32_t oru_do_ntlist_to_json(ORUDoNtlist *ntlist, ORUDoStrbuf *buf);
+
+/* {"%constraint":{"condition":text,"constraint_str":text}}, the condition only when there is one,
+   and {"%constraint_list":[constraint,...]}. */
+ORU_API int32_t oru_do_constraint_to_json(ORUDoConstraint *constraint, ORUDoStrbuf *buf);
+ORU_API int32_t oru_do_constraint_list_to_json(ORUDoConstraintList *list, ORUDoStrbuf *buf);
+
+/* {"%prop_meta":{"prop_name":"...","prop_category":n,"primary_key":n,"key_idx":n,"type_code":n,
+   "type_name":"...","max_access":n,"multiplicity":n,"ref_role":n}} and
+   {"%prop_meta_list":[prop_meta,...]}. */
+ORU_API int32_t oru_do_prop_meta_to_json(ORUDoPropMeta *meta, ORUDoStrbuf *buf);
+ORU_API int32_t oru_do_prop_meta_list_to_json(ORUDoPropMetaList *list, ORUDoStrbuf *buf);
+
+/* {"%mr_meta":{"pkg_name":"...","mr_name":"...","max_access":n,"prop_meta_list":list}} and
+   {"%mr_meta_list":[mr_meta,...]}. The text stays open when memory for the list runs out. */
+ORU_API int32_t oru_do_mr_meta_to_json(ORUDoMrMeta *meta, ORUDoStrbuf *buf);
+ORU_API int32_t oru_do_mr_meta_list_to_json(ORUDoMrMetaList *list, ORUDoStrbuf *buf);
+
 /* Bare JSON: a number, a text of `length` bytes, null, true or false. */
 ORU_API int32_t oru_do_integer_to_json(int64_t value, ORUDoStrbuf *buf);
 ORU_API int32_t oru_do_double_to_json(ORUDoStrbuf *buf, double value);

@@ -6,6 +6,7 @@ target_sources(oruapi PRIVATE
   json/read_value.cpp
   json/types.cpp
   json/write_list.cpp
+  json/write_meta.cpp
   json/write_object.cpp
   json/write_text.cpp
   json/write_value.cpp

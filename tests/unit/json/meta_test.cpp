@@ -1,0 +1,145 @@
+// Descriptions as JSON.
+#include <oru/constraint.h>
+#include <oru/mr_meta.h>
+#include <oru/ntlist.h>
+#include <oru/nvlist.h>
+#include <oru/prop_meta.h>
+#include <oru/typedef_meta.h>
+#include <oruplatform/poolheap.h>
+
+#include <string>
+
+#include "tests/support/death.h"
+#include "tests/unit/json/support.h"
+#include "tests/unit/md/store_support.h"
+
+namespace {
+
+using oru::test::written;
+
+template <auto write, class Object>
+std::string form(Object *object) {
+    return written([&](ORUDoStrbuf *b) { return write(object, b); });
+}
+
+class JsonMeta : public oru::test::StoreTest {
+  protected:
+    ~JsonMeta() override { oru_do_name_deref(name); }
+    ORUDoName *name = oru_do_name_new("N");
+};
+
+TEST_F(JsonMeta, TypesByKind) {
+    constexpr auto type_form = form<oru_do_typedef_meta_to_json, ORUDoTypedefMeta>;
+    ORUDoTypedefMeta *simple = oru_do_typedef_meta_new_builtin(5, nullptr);
+    EXPECT_EQ(type_form(simple), R"({"%typedef_meta":{"name":"","simple_type":"int"}})");
+
+    ORUDoConstraintList *none = oru_do_constraint_list_new();
+    ORUDoTypedefMeta *named = oru_do_typedef_meta_new_simpletype(name, 8, none);
+    EXPECT_EQ(type_form(named), R"({"%typedef_meta":{"name":"N","simple_type":"string",)"
+                                R"("constraint_list":{"%constraint_list":[]}}})");
+
+    ORUDoNvlist *labels = oru_do_nvlist_new();
+    oru_do_nvlist_add_int(labels, "up", 1);
+    ORUDoTypedefMeta *enumeration = oru_do_typedef_meta_new_enum(name, labels);
+    EXPECT_EQ(type_form(enumeration),
+              R"({"%typedef_meta":{"name":"N","enum":{"%nvlist":{"up":{"%int":1}}}}})");
+
+    ORUDoNtlist *members = oru_do_ntlist_new();
+    oru_do_ntlist_add_typedef_meta(members, name, simple);
+    const std::string list =
+        R"({"%ntlist":{"N":{"%typedef_meta":{"name":"","simple_type":"int"}}}})";
+    EXPECT_EQ((form<oru_do_ntlist_to_json, ORUDoNtlist>(members)), list);
+    ORUDoTypedefMeta *sequence = oru_do_typedef_meta_new_sequence(name, members);
+    EXPECT_EQ(type_form(sequence), R"({"%typedef_meta":{"name":"N","sequence":)" + list + "}}");
+    ORUDoTypedefMeta *choice = oru_do_typedef_meta_new_choice(name, members);
+    EXPECT_EQ(type_form(choice), R"({"%typedef_meta":{"name":"N","choice":)" + list + "}}");
+
+    for (ORUDoTypedefMeta *type : {simple, named, enumeration, sequence, choice})
+        oru_do_typedef_meta_deref(type);
+    oru_do_ntlist_deref(members);
+    oru_do_nvlist_deref(labels);
+    oru_do_constraint_list_deref(none);
+}
+
+TEST_F(JsonMeta, ATypeWithoutItsPartEndsWithAComma) {
+    constexpr auto type_form = form<oru_do_typedef_meta_to_json, ORUDoTypedefMeta>;
+    ORUDoTypedefMeta *enumeration = oru_do_typedef_meta_new_enum(name, nullptr);
+    ORUDoTypedefMeta *sequence = oru_do_typedef_meta_new_sequence(name, nullptr);
+    ORUDoTypedefMeta *choice = oru_do_typedef_meta_new_choice(name, nullptr);
+    for (ORUDoTypedefMeta *type : {enumeration, sequence, choice}) {
+        EXPECT_EQ(type_form(type), R"({"%typedef_meta":{"name":"N",}})");
+        oru_do_typedef_meta_deref(type);
+    }
+}
+
+TEST_F(JsonMeta, Constraints) {
+    load_lib(oru::test::resources(oru::test::resource(
+        "M",
+        "<configData><attribute name='k' type='int'><assert><condition>x.is_null()</condition>"
+        "<constraint>values(\"a\")</constraint></assert></attribute>"
+        "<attribute name='c' type='int'><assert><constraint>values(1)</constraint></assert>"
+        "</attribute></configData>")));
+    const auto constraints_of = [](const char *attribute) {
+        ORUDoMrMeta *mr = oru_md_get_pkg_meta_by_name("com.lib")->mrs->do_mr_meta;
+        return form<oru_do_constraint_list_to_json>(
+            oru_do_prop_meta_get_constraint_list(oru_do_mr_meta_get_prop_meta_str(mr, attribute)));
+    };
+    EXPECT_EQ(constraints_of("k"),
+              "{\"%constraint_list\":[{\"%constraint\":{\"condition\":\"x.is_null()\","
+              "\"constraint_str\":\"values(\\\"a\\\")\"}}]}");
+    EXPECT_EQ(constraints_of("c"),
+              "{\"%constraint_list\":[{\"%constraint\":{\"constraint_str\":\"values(1)\"}}]}");
+}
+
+TEST_F(JsonMeta, PropertiesAndResources) {
+    ORUDoName *type = oru_do_name_new("T");
+    ORUDoPropMeta *prop = oru_do_prop_meta_new(name, 1, 0, 2, nullptr, 107, type, 2, 3, 7, 0);
+    const std::string prop_text =
+        R"({"%prop_meta":{"prop_name":"N","prop_category":1,"primary_key":0,"key_idx":2,)"
+        R"("type_code":107,"type_name":"T","max_access":7,"multiplicity":2,"ref_role":3}})";
+    EXPECT_EQ(form<oru_do_prop_meta_to_json>(prop), prop_text);
+    ORUDoPropMetaList *props = oru_do_prop_meta_list_new();
+    EXPECT_EQ(form<oru_do_prop_meta_list_to_json>(props), R"({"%prop_meta_list":[]})");
+    oru_do_prop_meta_list_add(props, prop);
+    oru_do_prop_meta_list_add(props, prop);
+    const std::string props_text = R"({"%prop_meta_list":[)" + prop_text + "," + prop_text + "]}";
+    EXPECT_EQ(form<oru_do_prop_meta_list_to_json>(props), props_text);
+
+    ORUDoMrMeta *mr = oru_do_mr_meta_new(type, "1.0", name, 15, props, nullptr);
+    const std::string mr_text =
+        R"({"%mr_meta":{"pkg_name":"T","mr_name":"N","max_access":15,"prop_meta_list":)" +
+        props_text + "}}";
+    EXPECT_EQ(form<oru_do_mr_meta_to_json>(mr), mr_text);
+    ORUDoMrMetaList *mrs = oru_do_mr_meta_list_new();
+    oru_do_mr_meta_list_add(mrs, mr);
+    EXPECT_EQ(form<oru_do_mr_meta_list_to_json>(mrs), R"({"%mr_meta_list":[)" + mr_text + "]}");
+
+    EXPECT_EQ(written([&](ORUDoStrbuf *b) {
+                  poolheap_fail_nth(1, 1);
+                  const int32_t rc = oru_do_mr_meta_to_json(mr, b);
+                  poolheap_fail_off();
+                  return rc;
+              }),
+              R"({"%mr_meta":{"pkg_name":"T","mr_name":"N","max_access":15,"prop_meta_list":)");
+
+    oru_do_mr_meta_list_deref(mrs);
+    oru_do_mr_meta_deref(mr);
+    oru_do_prop_meta_list_deref(props);
+    oru_do_prop_meta_deref(prop);
+    oru_do_name_deref(type);
+}
+
+TEST_F(JsonMeta, RequiredArgumentsAreAsserted) {
+    ORUDoStrbuf *buf = oru_do_strbuf_new();
+    EXPECT_ASSERTION(oru_do_typedef_meta_to_json(nullptr, buf), "meta");
+    EXPECT_ASSERTION(oru_do_ntlist_to_json(nullptr, buf), "ntlist");
+    EXPECT_ASSERTION(oru_do_constraint_to_json(nullptr, buf), "constraint");
+    EXPECT_ASSERTION(oru_do_constraint_list_to_json(nullptr, buf), "list");
+    EXPECT_ASSERTION(oru_do_prop_meta_to_json(nullptr, buf), "meta");
+    EXPECT_ASSERTION(oru_do_prop_meta_list_to_json(nullptr, buf), "list");
+    EXPECT_ASSERTION(oru_do_mr_meta_to_json(nullptr, buf), "meta");
+    EXPECT_ASSERTION(oru_do_mr_meta_list_to_json(nullptr, buf), "list");
+    oru_do_strbuf_deref(buf);
+}
+
+}  // namespace
