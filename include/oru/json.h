@@ -150,6 +150,26 @@ ORU_API ORUDoPropErrs *oru_do_prop_errs_from_json(const char *text, int32_t leng
                                                   ORUDoError **errp);
 ORU_API ORUDoDtree *oru_do_dtree_from_json(const char *text, int32_t length, ORUDoError **errp);
 
+/*
+ * Descriptions. Types of a kind that is not told give nothing. Of a property "category" and
+ * "targetRole" are read, which writers call "prop_category" and "ref_role"; of a resource no
+ * properties are read.
+ */
+ORU_API ORUDoNtlist *oru_do_ntlist_from_json(const char *text, int32_t length, ORUDoError **errp);
+ORU_API ORUDoTypedefMeta *oru_do_typedef_meta_from_json(const char *text, int32_t length,
+                                                        ORUDoError **errp);
+ORU_API ORUDoConstraint *oru_do_constraint_from_json(const char *text, int32_t length,
+                                                     ORUDoError **errp);
+ORU_API ORUDoConstraintList *oru_do_constraint_list_from_json(const char *text, int32_t length,
+                                                              ORUDoError **errp);
+ORU_API ORUDoPropMeta *oru_do_prop_meta_from_json(const char *text, int32_t length,
+                                                  ORUDoError **errp);
+ORU_API ORUDoPropMetaList *oru_do_prop_meta_list_from_json(const char *text, int32_t length,
+                                                           ORUDoError **errp);
+ORU_API ORUDoMrMeta *oru_do_mr_meta_from_json(const char *text, int32_t length, ORUDoError **errp);
+ORU_API ORUDoMrMetaList *oru_do_mr_meta_list_from_json(const char *text, int32_t length,
+                                                       ORUDoError **errp);
+
 /* ---- The reader itself ----
  * For who reads objects of types that are only known from the text. */
 

@@ -83,5 +83,13 @@ FROM_JSON(ORUDoVtable, vtable, kTypeVtable)
 FROM_JSON(ORUDoError, error, kTypeError)
 FROM_JSON(ORUDoPropErrs, prop_errs, kTypePropErrs)
 FROM_JSON(ORUDoDtree, dtree, kTypeDtree)
+FROM_JSON(ORUDoNtlist, ntlist, kTypeNtlist)
+FROM_JSON(ORUDoTypedefMeta, typedef_meta, kTypeTypedefMeta)
+FROM_JSON(ORUDoConstraint, constraint, kTypeConstraint)
+FROM_JSON(ORUDoConstraintList, constraint_list, kTypeConstraintList)
+FROM_JSON(ORUDoPropMeta, prop_meta, kTypePropMeta)
+FROM_JSON(ORUDoPropMetaList, prop_meta_list, kTypePropMetaList)
+FROM_JSON(ORUDoMrMeta, mr_meta, kTypeMrMeta)
+FROM_JSON(ORUDoMrMetaList, mr_meta_list, kTypeMrMetaList)
 
 #undef FROM_JSON

@@ -8,11 +8,16 @@
 #include "do/vtable.h"
 #include "frame/require.h"
 #include "json/yajl_memory.h"
+#include "oru/constraint.h"
 #include "oru/error.h"
+#include "oru/mr_meta.h"
 #include "oru/nlist.h"
+#include "oru/ntlist.h"
 #include "oru/nvlist.h"
+#include "oru/prop_meta.h"
 #include "oru/properties.h"
 #include "oru/properties_list.h"
+#include "oru/typedef_meta.h"
 #include "oru/value.h"
 #include "oru/vlist.h"
 
@@ -171,33 +176,28 @@ void oru_do_json_free_obj(int64_t type, void *object) {
         return;
     }
     switch (type) {
-        case kTypeProperties:
-            oru_do_properties_deref(static_cast<ORUDoProperties *>(object));
-            break;
-        case kTypePropertiesList:
-            oru_do_properties_list_deref(static_cast<ORUDoPropertiesList *>(object));
-            break;
-        case kTypeNlist:
-            oru_do_nlist_deref(static_cast<ORUDoNlist *>(object));
-            break;
-        case kTypeNvlist:
-            oru_do_nvlist_deref(static_cast<ORUDoNvlist *>(object));
-            break;
-        case kTypeVlist:
-            oru_do_vlist_deref(static_cast<ORUDoVlist *>(object));
-            break;
-        case kTypeVtable:
-            oru_do_vtable_deref(static_cast<ORUDoVtable *>(object));
-            break;
-        case kTypeError:
-            oru_do_error_deref(static_cast<ORUDoError *>(object));
-            break;
-        case kTypePropErrs:
-            oru_do_prop_errs_deref(static_cast<ORUDoPropErrs *>(object));
-            break;
-        case kTypeDtree:
-            oru_do_dtree_deref(static_cast<ORUDoDtree *>(object));
-            break;
+#define RELEASE(Kind, name)                                        \
+    case kType##Kind:                                              \
+        oru_do_##name##_deref(static_cast<ORUDo##Kind *>(object)); \
+        break;
+        RELEASE(Properties, properties)
+        RELEASE(PropertiesList, properties_list)
+        RELEASE(Nlist, nlist)
+        RELEASE(Nvlist, nvlist)
+        RELEASE(Vlist, vlist)
+        RELEASE(Vtable, vtable)
+        RELEASE(Error, error)
+        RELEASE(PropErrs, prop_errs)
+        RELEASE(Dtree, dtree)
+        RELEASE(Ntlist, ntlist)
+        RELEASE(TypedefMeta, typedef_meta)
+        RELEASE(Constraint, constraint)
+        RELEASE(ConstraintList, constraint_list)
+        RELEASE(PropMeta, prop_meta)
+        RELEASE(PropMetaList, prop_meta_list)
+        RELEASE(MrMeta, mr_meta)
+        RELEASE(MrMetaList, mr_meta_list)
+#undef RELEASE
         default:
             break;
     }

@@ -10,6 +10,7 @@
 
 #include <string_view>
 
+#include "frame/object.h"
 #include "frame/pool.h"
 #include "json/types.h"
 
@@ -109,6 +110,17 @@ ORUDoValue *item_to_value(const Item &item);
 // Whether an element can be deserialised: it has items, and the bits `mask` of its type are `want`.
 bool is_complete(ORUDoJsonCtxData *ctx, const Element *element, int64_t mask, int64_t want);
 
+// The `mask` of deserialisers that take one type.
+inline constexpr int64_t kExactly = ~int64_t{0};
+
+// The object that was made; null is memory that ran out.
+template <class Object>
+void *finished(ORUDoJsonCtxData *ctx, Ref<Object> &&object) {
+    if (!object)
+        fail_memory(ctx);
+    return object.release();
+}
+
 void *value_deser(ORUDoJsonCtxData *ctx, Element *element);
 void *null_deser(ORUDoJsonCtxData *ctx, Element *element);
 void *properties_deser(ORUDoJsonCtxData *ctx, Element *element);
@@ -120,6 +132,14 @@ void *vtable_deser(ORUDoJsonCtxData *ctx, Element *element);
 void *error_deser(ORUDoJsonCtxData *ctx, Element *element);
 void *prop_errs_deser(ORUDoJsonCtxData *ctx, Element *element);
 void *dtree_deser(ORUDoJsonCtxData *ctx, Element *element);
+void *ntlist_deser(ORUDoJsonCtxData *ctx, Element *element);
+void *typedef_meta_deser(ORUDoJsonCtxData *ctx, Element *element);
+void *constraint_deser(ORUDoJsonCtxData *ctx, Element *element);
+void *constraint_list_deser(ORUDoJsonCtxData *ctx, Element *element);
+void *prop_meta_deser(ORUDoJsonCtxData *ctx, Element *element);
+void *prop_meta_list_deser(ORUDoJsonCtxData *ctx, Element *element);
+void *mr_meta_deser(ORUDoJsonCtxData *ctx, Element *element);
+void *mr_meta_list_deser(ORUDoJsonCtxData *ctx, Element *element);
 
 // ---- The events ----
 

@@ -20,16 +20,6 @@
 namespace oru::json {
 namespace {
 
-constexpr int64_t kExactly = ~int64_t{0};
-
-// The object made, or the failure of memory.
-template <class Object>
-void *finished(ORUDoJsonCtxData *ctx, Ref<Object> &&object) {
-    if (!object)
-        fail_memory(ctx);
-    return object.release();
-}
-
 Ref<ORUDoName> name_of(const char *text, int32_t length) {
     return Ref<ORUDoName>::adopt(oru_do_name_new_l(text, length));
 }

@@ -2,6 +2,7 @@ target_sources(oruapi PRIVATE
   json/from_json.cpp
   json/read.cpp
   json/read_events.cpp
+  json/read_meta.cpp
   json/read_object.cpp
   json/read_value.cpp
   json/types.cpp

@@ -10,6 +10,7 @@
 #include <string>
 
 #include "tests/support/death.h"
+#include "tests/support/oom.h"
 #include "tests/unit/json/support.h"
 #include "tests/unit/md/store_support.h"
 
@@ -127,6 +128,111 @@ TEST_F(JsonMeta, PropertiesAndResources) {
     oru_do_prop_meta_list_deref(props);
     oru_do_prop_meta_deref(prop);
     oru_do_name_deref(type);
+}
+
+template <auto read, auto write, auto deref>
+std::string again(const std::string &text) {
+    auto *object = read(text.data(), oru::test::size_of(text), nullptr);
+    if (object == nullptr)
+        return "none";
+    const std::string result = written([&](ORUDoStrbuf *b) { return write(object, b); });
+    deref(object);
+    return result;
+}
+
+TEST_F(JsonMeta, TypesReadBack) {
+    constexpr auto type = again<oru_do_typedef_meta_from_json, oru_do_typedef_meta_to_json,
+                                oru_do_typedef_meta_deref>;
+    constexpr auto list =
+        again<oru_do_ntlist_from_json, oru_do_ntlist_to_json, oru_do_ntlist_deref>;
+    const std::string members =
+        R"({"%ntlist":{"a":{"%typedef_meta":{"name":"","simple_type":"int"}}}})";
+    EXPECT_EQ(list(members), members);
+    EXPECT_EQ(list(R"({"%ntlist":{"a":1}})"), R"({"%ntlist":{}})");
+    EXPECT_EQ(type(R"({"%typedef_meta":{"name":"N","simple_type":"string","constraint_list":)"
+                   R"({"%constraint_list":[{"condition":"c","constraint_str":"s"}]}}})"),
+              R"({"%typedef_meta":{"name":"N","simple_type":"string","constraint_list":)"
+              R"({"%constraint_list":[{"%constraint":{"condition":"c","constraint_str":"s"}}]}}})");
+    for (const std::string &text :
+         {std::string(R"({"%typedef_meta":{"name":"N","enum":{"%nvlist":{"up":{"%int":1}}}}})"),
+          R"({"%typedef_meta":{"name":"N","sequence":)" + members + "}}",
+          R"({"%typedef_meta":{"name":"N","choice":)" + members + "}}"}) {
+        EXPECT_EQ(type(text), text);
+    }
+    EXPECT_EQ(type(R"({"%typedef_meta":{"name":"N"}})"), "none");
+    EXPECT_EQ(type(R"({"%typedef_meta":{"simple_type":"nope"}})"),
+              R"({"%typedef_meta":{"name":"","simple_type":"__unknown__"}})");
+    EXPECT_EQ(type(R"({"%typedef_meta":{"choice":)" + members + R"(,"simple_type":"int"}})"),
+              R"({"%typedef_meta":{"name":"","simple_type":"int"}})");
+}
+
+// The tag of the single form begins that of its list, so it comes back untagged only.
+TEST_F(JsonMeta, ConstraintsReadBack) {
+    constexpr auto list = again<oru_do_constraint_list_from_json, oru_do_constraint_list_to_json,
+                                oru_do_constraint_list_deref>;
+    constexpr auto one =
+        again<oru_do_constraint_from_json, oru_do_constraint_to_json, oru_do_constraint_deref>;
+    const std::string single = R"({"%constraint":{"constraint_str":"t"}})";
+    EXPECT_EQ(one(R"({"constraint_str":"t"})"), single);
+    EXPECT_EQ(one(single), "none");
+    EXPECT_EQ(one(R"({"condition":"c"})"), "none");
+    EXPECT_EQ(list(R"({"%constraint_list":[{"constraint_str":"t"}]})"),
+              R"({"%constraint_list":[)" + single + "]}");
+    EXPECT_EQ(list(R"({"%constraint_list":[)" + single + "]}"), R"({"%constraint_list":[]})");
+}
+
+TEST_F(JsonMeta, PropertiesReadUnderTheirOwnKeys) {
+    constexpr auto one =
+        again<oru_do_prop_meta_from_json, oru_do_prop_meta_to_json, oru_do_prop_meta_deref>;
+    constexpr auto list = again<oru_do_prop_meta_list_from_json, oru_do_prop_meta_list_to_json,
+                                oru_do_prop_meta_list_deref>;
+    EXPECT_EQ(one(R"({"prop_name":"p","type_name":"T","type_code":5})"),
+              R"({"%prop_meta":{"prop_name":"p","prop_category":-1,"primary_key":0,"key_idx":0,)"
+              R"("type_code":5,"type_name":"T","max_access":0,"multiplicity":1,"ref_role":0}})");
+    const std::string full =
+        R"({"%prop_meta":{"prop_name":"p","prop_category":2,"primary_key":1,"key_idx":3,)"
+        R"("type_code":5,"type_name":"T","max_access":7,"multiplicity":2,"ref_role":3}})";
+    EXPECT_EQ(list(R"({"%prop_meta_list":[{"prop_name":"p","type_name":"T","type_code":5,)"
+                   R"("category":2,"primary_key":1,"key_idx":3,"max_access":7,"multiplicity":2,)"
+                   R"("targetRole":3,"prop_category":9,"ref_role":9}]})"),
+              R"({"%prop_meta_list":[)" + full + "]}");
+    EXPECT_EQ(one(R"({"prop_name":"p","type_name":"T"})"), "none");
+    EXPECT_EQ(one(R"({"prop_name":"p","type_name":"T","type_code":-3})"), "none");
+    EXPECT_EQ(one(R"({"prop_name":"p","type_code":5})"), "none");
+    EXPECT_EQ(one(R"({"type_name":"T","type_code":5})"), "none");
+}
+
+TEST_F(JsonMeta, ResourcesReadWithoutProperties) {
+    constexpr auto one =
+        again<oru_do_mr_meta_from_json, oru_do_mr_meta_to_json, oru_do_mr_meta_deref>;
+    constexpr auto list = again<oru_do_mr_meta_list_from_json, oru_do_mr_meta_list_to_json,
+                                oru_do_mr_meta_list_deref>;
+    const std::string plain =
+        R"({"%mr_meta":{"pkg_name":"p","mr_name":"M","max_access":15,"prop_meta_list":)"
+        R"({"%prop_meta_list":[]}}})";
+    EXPECT_EQ(one(R"({"pkg_name":"p","pkg_version":"1.0","mr_name":"M","max_access":15,)"
+                  R"("prop_meta_list":{"%properties":{"a":1}}})"),
+              plain);
+    EXPECT_EQ(list(R"({"%mr_meta_list":[{"pkg_name":"p","mr_name":"M","max_access":15}]})"),
+              R"({"%mr_meta_list":[)" + plain + "]}");
+    EXPECT_EQ(one(R"({"pkg_name":"p"})"), "none");
+    EXPECT_EQ(one(R"({"mr_name":"M"})"), "none");
+}
+
+TEST_F(JsonMeta, EveryAllocationMayFail) {
+    for (const char *text :
+         {R"({"%ntlist":{"a":{"%typedef_meta":{"name":"N","simple_type":"int","constraint_list":)"
+          R"({"%constraint_list":[{"condition":"c","constraint_str":"s"}]}}}}})",
+          R"({"%mr_meta_list":[{"pkg_name":"p","pkg_version":"1","mr_name":"M"}]})",
+          R"({"%prop_meta_list":[{"prop_name":"p","type_name":"T","type_code":5}]})"}) {
+        oru::test::sweep_oom(
+            [text] {
+                const oru::test::Context ctx = oru::test::parsed(text);
+                EXPECT_TRUE(ctx == nullptr || ctx->completed_obj != nullptr ||
+                            oru::test::oom_hit());
+            },
+            {.promised_deaths = {}, .at_least = 5});
+    }
 }
 
 TEST_F(JsonMeta, RequiredArgumentsAreAsserted) {
