@@ -32,6 +32,49 @@ ORU_API int32_t oru_do_nvlist_to_xml(const char *prefix, const char *wrapper, OR
 ORU_API int32_t oru_do_nvlist_to_xml_opt(const char *prefix, const char *wrapper,
                                          ORUDoNvlist *nvlist, ORUDoStrbuf *strbuf, uint32_t opts);
 
+/* An element "properties" with one element for each property that has a value. Asserts "props". */
+ORU_API int32_t oru_do_properties_to_xml(const char *prefix, const char *wrapper,
+                                         ORUDoProperties *props, ORUDoStrbuf *strbuf);
+ORU_API int32_t oru_do_properties_to_xml_opt(const char *prefix, const char *wrapper,
+                                             ORUDoProperties *props, ORUDoStrbuf *strbuf,
+                                             uint32_t opts);
+
+/* An element "properties_list" with the tables in elements "properties". Asserts "list". */
+ORU_API int32_t oru_do_properties_list_to_xml(const char *prefix, const char *wrapper,
+                                              ORUDoPropertiesList *list, ORUDoStrbuf *strbuf);
+ORU_API int32_t oru_do_properties_list_to_xml_opt(const char *prefix, const char *wrapper,
+                                                  ORUDoPropertiesList *list, ORUDoStrbuf *strbuf,
+                                                  uint32_t opts);
+
+/* An element "vtable" with the rows in elements "vlist". Asserts "vtable". */
+ORU_API int32_t oru_do_vtable_to_xml(const char *prefix, const char *wrapper, ORUDoVtable *vtable,
+                                     ORUDoStrbuf *strbuf);
+ORU_API int32_t oru_do_vtable_to_xml_opt(const char *prefix, const char *wrapper,
+                                         ORUDoVtable *vtable, ORUDoStrbuf *strbuf, uint32_t opts);
+
+/*
+ * An element "error", its namespace as an attribute, with "code", "message", and "cause" and
+ * "prop_errs" where they are. Asserts "err". The second: an element "prop_errs" with a "prop_err"
+ * for each entry, which has a "property" and an "error" around the error's element. Asserts
+ * "prop_errs".
+ */
+ORU_API int32_t oru_do_error_to_xml(const char *prefix, ORUDoError *err, ORUDoStrbuf *strbuf);
+ORU_API int32_t oru_do_prop_errs_to_xml(const char *prefix, ORUDoPropErrs *prop_errs,
+                                        ORUDoStrbuf *strbuf);
+
+/*
+ * An element of the node's name, its URI as an attribute, with the error (under `err_prefix`), the
+ * properties and the children that are not hidden. A node without a name gives just these, at its
+ * own depth. `indent` is the depth in tabs, negative for no layout; the form without it uses -1.
+ * Asserts "dtree".
+ */
+ORU_API int32_t oru_do_dtree_to_xml(const char *prefix, const char *err_prefix, ORUDoDtree *dtree,
+                                    ORUDoStrbuf *strbuf);
+ORU_API int32_t oru_do_dtree_to_xml_tab(int32_t indent, const char *prefix, const char *err_prefix,
+                                        ORUDoDtree *dtree, ORUDoStrbuf *strbuf);
+ORU_API int32_t oru_do_dtree_to_xml_opt(int32_t indent, const char *prefix, const char *err_prefix,
+                                        ORUDoDtree *dtree, ORUDoStrbuf *strbuf, uint32_t opts);
+
 ORU_END_DECLS
 
 #endif

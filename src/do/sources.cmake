@@ -49,4 +49,5 @@ target_sources(oruapi PRIVATE
   do/vlist_typed.cpp
   do/vtable.cpp
   do/xml.cpp
+  do/xml_objects.cpp
 )
