@@ -4,6 +4,8 @@
 #include <libxml/parserInternals.h>
 #include <libxml/xmlerror.h>
 
+#include <cstdint>
+
 namespace {
 
 void stay_silent(void *, xmlError *) {}
@@ -55,11 +57,19 @@ class Parser {
     xmlDoc *read(int fd, const char *path) {
         if (context_ == nullptr)
             return nullptr;
-        return xmlCtxtReadFd(context_, fd, path, nullptr,
-                             XML_PARSE_NOERROR | XML_PARSE_NOWARNING | XML_PARSE_NONET);
+        return xmlCtxtReadFd(context_, fd, path, nullptr, kOptions);
+    }
+
+    xmlDoc *read(const char *text, size_t size) {
+        if (context_ == nullptr || size > INT32_MAX)
+            return nullptr;
+        return xmlCtxtReadMemory(context_, text, static_cast<int>(size), nullptr, nullptr,
+                                 kOptions);
     }
 
   private:
+    static constexpr int kOptions = XML_PARSE_NOERROR | XML_PARSE_NOWARNING | XML_PARSE_NONET;
+
     xmlParserCtxt *context_;
 };
 
@@ -68,6 +78,11 @@ class Parser {
 oru::XmlDocument oru::read_xml(int fd, const char *path) {
     const SilentParser silent;
     return XmlDocument(Parser().read(fd, path));
+}
+
+oru::XmlDocument oru::read_xml_text(const char *text, size_t size) {
+    const SilentParser silent;
+    return XmlDocument(Parser().read(text, size));
 }
 
 oru::XmlAttribute::XmlAttribute(const xmlNode *element, const char *name)

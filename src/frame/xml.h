@@ -32,6 +32,9 @@ class XmlDocument {
 // Parses what the descriptor gives; false where it is no document. `path` is for places only.
 XmlDocument read_xml(int fd, const char *path);
 
+// The same for a text.
+XmlDocument read_xml_text(const char *text, size_t size);
+
 // Owns the value of an attribute, whatever its namespace; null for one that there is not.
 class XmlAttribute {
   public:
