@@ -3,6 +3,14 @@
  * records; a context walks that tree against the interfaces of a back end (oru/pr.h) and builds a
  * data tree of results (oru/dtree.h), a batch at a time.
  *
+ *     ORUDtlNode *doc = oru_dtl_from_str(text, &error);
+ *     ORUDtlCtx *ctx = oru_dtl_ctx_new(doc, data, coll);
+ *     while (oru_dtl_get_next(data, ctx, params, 100) == ORU_OK) {
+ *         use(ctx->dtree_node);
+ *     }
+ *     oru_dtl_ctx_delete(ctx);
+ *     oru_dtl_tree_delete(doc);
+ *
  * A tree is plain, not counted: it is made by one thread, outlives every context that uses it, and
  * is freed as a whole. It takes no locks; contexts may share it one at a time.
  *
@@ -268,6 +276,61 @@ ORU_API void oru_dtl_tree_set_act_in_param(ORUDtlNode *dtl_node, ORUDoName *para
    "Invoking weak definition of ORU dtl's tree_add_oper_attr_opt function" at level 3. */
 ORU_API void oru_dtl_tree_add_cfg_attr_opt(void);
 ORU_API void oru_dtl_tree_add_oper_attr_opt(void);
+
+/* ---- Trees: printing ---- */
+
+/*
+ * Appends the tree as XML-like text for traces: what a node reads and which lists it has, not what
+ * the document said. A node of type 1 stands for its first child, which it has. With a `format`
+ * other than 0 on lines of their own, indented. The result is that of the last append. Asserts
+ * "node" and "buf".
+ */
+ORU_API int32_t oru_dtl_tree_to_xml(ORUDtlNode *node, uint8_t format, ORUDoStrbuf *buf);
+
+/* ---- Reading documents ----
+ * The tree, which may be incomplete when an error comes along with it; the caller owns both. Null
+ * for a document that cannot be had or is no XML, or that declares entities of its own: 10001.
+ * 10000 "Max Level Exceeded" for elements 16 levels below the root, and "Invalid action name".
+ * What else is wrong sits as an error on the node that it concerns. `errp` is written only when
+ * there is an error. The caller holds the lock of the metadata store. Both assert their arguments
+ * by name. */
+
+/* From a file. "Failed to open DTL file '%s': %s" and "Failed to read DTL file %s" at level 3. */
+ORU_API ORUDtlNode *oru_dtl_from_file(const char *dtl_filename, ORUDoError **errp);
+
+/* From a zero-terminated text. */
+ORU_API ORUDtlNode *oru_dtl_from_str(const char *dtl_str, ORUDoError **errp);
+
+/* ---- Walking ---- */
+
+/*
+ * A top context for a document, with the interfaces that it reads through; all three are lent and
+ * outlive it. Null when memory runs out. Asserts "dtl_doc", "crudx" and "coll".
+ */
+ORU_API ORUDtlCtx *oru_dtl_ctx_new(ORUDtlNode *dtl_doc, ORUDataIfc *crudx, ORUCollIfc *coll);
+
+/* Ends a context with those below it: closes their cursors, and gives up the results of a top
+   context. Null is ignored. */
+ORU_API void oru_dtl_ctx_delete(ORUDtlCtx *dtl_ctx);
+
+/* A word that new levels inherit and nothing reads. Asserts "dtl_ctx". */
+ORU_API void oru_dtl_ctx_set_debug(ORUDtlCtx *dtl_ctx, uint16_t flag);
+
+/*
+ * Goes on with the walk and puts what it read below `dtl_ctx->dtree_node`; hidden nodes are no part
+ * of it. `ifc` is asked for the URI that relative addresses are relative to. `params` holds the
+ * values of `$name`, and receives those that defaults compute.
+ *
+ * `count` above 0 aims at that many leaf rows in this call. 0 sets no limit and leaves the size of
+ * each batch to the cursor; -1 sets no limit and asks for batches of the document's `batch-size`;
+ * any other negative number sets no limit and is asked of the cursor, cast to unsigned.
+ *
+ * 0: results were added, and more may follow. 1: nothing more comes. 33: canceled. Other codes are
+ * failures, with errors on the result nodes that they concern. Asserts "dtl_ctx", "params",
+ * "dtl_ctx->crudx", "dtl_ctx->coll", "dtl_ctx->dtl_node", "dtl_ctx->dtree_node" and "ifc".
+ */
+ORU_API int32_t oru_dtl_get_next(ORUDataIfc *ifc, ORUDtlCtx *dtl_ctx, ORUDoNvlist *params,
+                                 int32_t count);
 
 ORU_END_DECLS
 

@@ -1,6 +1,28 @@
 target_sources(oruapi PRIVATE
+  dtl/context.cpp
+  dtl/fetch.cpp
+  dtl/fetch_action.cpp
+  dtl/fetch_attrs.cpp
+  dtl/fetch_fill.cpp
+  dtl/fetch_order.cpp
+  dtl/fetch_row.cpp
+  dtl/fetch_rows.cpp
+  dtl/get_next.cpp
+  dtl/parser.cpp
+  dtl/parser_children.cpp
+  dtl/parser_element.cpp
+  dtl/parser_expand.cpp
+  dtl/parser_match.cpp
+  dtl/parser_where.cpp
+  dtl/render.cpp
   dtl/tree.cpp
   dtl/tree_ask.cpp
   dtl/tree_lists.cpp
   dtl/tree_set.cpp
-)
+  dtl/uri_build.cpp
+  dtl/variables.cpp
+  dtl/walk.cpp
+  dtl/walk_invoke.cpp
+  dtl/walk_limits.cpp
+  dtl/walk_rows.cpp
+  dtl/where.cpp)

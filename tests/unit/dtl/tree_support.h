@@ -52,7 +52,10 @@ inline ORUDtlNode *add_node(ORUDtlNode *parent, const char *name, int32_t type, 
 inline ORUDtlNode *add_mr_node(ORUDtlNode *parent, const char *name, int32_t op, const char *uri,
                                ORUDoMrMeta *meta = nullptr) {
     ORUDtlNode *node = add_node(parent, name, ORU_DTL_NODE_MR_OP, op);
-    const Uri address(oru_do_uri_new(uri));
+    // As a document has it: with the key values in escaped form.
+    Uri address(oru_do_uri_new_parse_unescape_key(uri));
+    if (!address)
+        address.reset(oru_do_uri_new(uri));
     oru_dtl_tree_init_mr_info(node, address.get(), meta);
     return node;
 }

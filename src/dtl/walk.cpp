@@ -1,0 +1,216 @@
+// The walk of one level. Its steps have numbers, which the functions carry; 5, 9 and 10 stand in
+// walk_limits.cpp, 13 in walk_invoke.cpp, 17 to 22 in walk_rows.cpp.
+#include "dtl/walk.h"
+
+#include "do/error.h"
+#include "do/name.h"
+#include "do/strbuf.h"
+#include "frame/text.h"
+#include "oru/rc.h"
+
+namespace oru::dtl {
+namespace {
+
+constexpr uint32_t kTag = tag_word(Tag::base);
+
+// 1. The owner of the top context may write the byte from another thread.
+bool is_canceled(const Call &call) {
+    if (__atomic_load_n(&call.root_ctx->canceled, __ATOMIC_RELAXED) == 0)
+        return false;
+    ORU_TRACE(Level::detail, "Canceled");
+    return true;
+}
+
+// 3. The context of the level: that of the last call, or a new one. Null when memory runs out.
+ORUDtlCtx *enter(ORUDtlCtx *parent_ctx, ORUDtlNode *dtl_node) {
+    if (parent_ctx->child != nullptr)
+        return parent_ctx->child;
+    auto *ctx = static_cast<ORUDtlCtx *>(ph_calloc_named(kTag, 1, sizeof(ORUDtlCtx)));
+    if (ctx == nullptr)
+        return nullptr;
+    ctx->debug = parent_ctx->debug;
+    ctx->crudx = parent_ctx->crudx;
+    ctx->coll = parent_ctx->coll;
+    ctx->dtl_node = dtl_node;
+    ctx->parent = parent_ctx;
+    parent_ctx->child = ctx;
+    return ctx;
+}
+
+// 8. True when the cursor has had its fetches.
+bool is_at_max_batches(WalkLevel &at) {
+    if (at.max_batches < 1 || at.ctx->batches < at.max_batches)
+        return false;
+    ORU_TRACE(Level::detail, "max_batches reached, returning");
+    at.ctx->batches = 0;
+    at.rc = ORU_RC_NO_MORE_VALUE;
+    return true;
+}
+
+// 11. False for a child in front of the one at which the last call stopped.
+bool is_reached(WalkLevel &at) {
+    if (at.resume == nullptr)
+        return true;
+    const char *name = name_text(at.ch->name);
+    const char *op = oru_dtl_tree_get_op_str(at.ch->op);
+    if (at.ch != at.resume) {
+        ORU_TRACE(Level::detail, "[%d]Skipping dtl_ch=<%s> op=%s", at.number, name, op);
+        return false;
+    }
+    ORU_TRACE(Level::detail, "[%d]Reentering dtl_ch=<%s> op=%s", at.number, name, op);
+    at.row = std::exchange(at.ctx->dtree_ch, nullptr);
+    if (at.row != nullptr && oru_dtl_tree_is_collection_op(at.resume) != 0) {
+        ORU_TRACE(Level::detail, "Remove the visited peers");
+        oru_do_dtree_remove_visited_peers(at.row);
+    }
+    return true;
+}
+
+// 15. From the entry of the level, so that the rows of an earlier sibling count again.
+void count_leaves(WalkLevel &at) {
+    if (!at.has_inner)
+        at.call.leaf_count += at.call.node_added - at.entry_added;
+}
+
+// 16.
+bool has_nothing_to_descend(const WalkLevel &at) {
+    return at.row == nullptr || (!at.has_inner && !at.no_limit && at.call.leaf_count == 0);
+}
+
+// The count of fetches belongs to a cursor; without one the next sibling begins anew.
+Go to_sibling(WalkLevel &at) {
+    at.resume = nullptr;
+    if (at.ctx->cursor == nullptr)
+        at.ctx->batches = 0;
+    return Go::sibling;
+}
+
+// 23. The last of several batches that a document allows says so.
+void mark_last_batch(const WalkLevel &at) {
+    if (at.max_batches < 2 || at.ctx->batches != at.max_batches)
+        return;
+    const auto name = Ref<ORUDoName>::adopt(oru_do_name_new("_maxBatch"));
+    const auto words = Ref<ORUDoStrbuf>::adopt(oru_do_strbuf_new());
+    ORUDoDtree *mark = name && words ? oru_do_dtree_add_child(at.parent, name.get()) : nullptr;
+    if (mark == nullptr)
+        return;
+    strbuf_append(*words, "Last batch of ");
+    strbuf_append(*words, name_text(at.ch->name));
+    const auto error = Ref<ORUDoError>::adopt(
+        oru_do_error_new(ORU_RC_NO_MORE_VALUE, oru_do_strbuf_to_string(words.get())));
+    oru_do_dtree_set_error(mark, error.get());
+}
+
+void trace_stop(const WalkLevel &at) {
+    ORUDoUri *uri = at.stop_at != nullptr ? oru_do_dtree_get_mr_uri(at.stop_at) : nullptr;
+    ORU_TRACE(Level::detail, "[%d]Stopped at <%s> op=%s, (%s:%s)", at.number,
+              name_text(at.ch->name), oru_dtl_tree_get_op_str(at.ch->op),
+              at.stop_at != nullptr ? name_text(at.stop_at->name) : "",
+              uri != nullptr ? oru_do_uri_get_uri_str(uri) : "");
+}
+
+// 24. Where the next call goes on.
+Go stop_level(WalkLevel &at) {
+    trace_stop(at);
+    at.ctx->dtl_ch = at.stop_at != nullptr || at.rows_seen ? at.ch : at.ch->next;
+    at.ctx->dtree_ch = at.stop_at;
+    return Go::end;
+}
+
+// 26. The cursor is open: a batch is complete, or the next fetch follows.
+Go after_batch(WalkLevel &at) {
+    at.resume = nullptr;
+    if (at.delta <= 0 || at.fetch <= 0 || at.ctx->child != nullptr)
+        return Go::same_child;
+    ORU_TRACE(Level::detail, "batched subquery completed");
+    at.ctx->state = ORU_DTL_STATE_STOPPED;
+    at.ctx->dtl_ch = at.ch;
+    at.ctx->dtree_ch = nullptr;
+    return Go::end;
+}
+
+// 23 to 26.
+Go after_rows(WalkLevel &at) {
+    mark_last_batch(at);
+    if (at.ctx->state == ORU_DTL_STATE_STOPPED)
+        return stop_level(at);
+    return at.ctx->cursor == nullptr ? to_sibling(at) : after_batch(at);  // 25
+}
+
+// 5 to 26.
+Go walk_child(WalkLevel &at) {
+    find_max_batches(at);  // 5
+    at.row = nullptr;      // 6
+    at.has_inner = oru_dtl_tree_has_inner_mr_get(at.ch) != 0;
+    if (at.ch->op == ORU_DTL_OP_NOOP)  // 7
+        return Go::sibling;
+    if (is_at_max_batches(at))  // 8
+        return Go::end;
+    if (!find_fetch(at))  // 9, 10
+        return Go::end;
+    if (!is_reached(at))  // 11
+        return Go::sibling;
+    if (at.row == nullptr) {      // 12
+        at.rc = invoke(at);       // 13
+        if (stops(at.rc, at.ch))  // 14
+            return Go::end;
+    }
+    count_leaves(at);                  // 15
+    if (has_nothing_to_descend(at)) {  // 16
+        if (at.call.count > 0)
+            oru_do_dtree_hide_node(at.parent, 1);
+        return to_sibling(at);
+    }
+    return walk_rows(at) ? after_rows(at) : Go::end;  // 17 to 22, 23 to 26
+}
+
+// 27 and 28. A level that stopped keeps its context for the next call.
+int32_t leave(WalkLevel &at) {
+    if (at.ctx->state == ORU_DTL_STATE_STOPPED) {
+        at.ctx->dtl_node = at.dtl_node;
+        return at.rc;
+    }
+    oru_dtl_ctx_delete(at.ctx);
+    ORUDoDtree *above = oru_do_dtree_get_parent(at.parent);
+    if (oru_dtl_tree_flatten(at.dtl_node) != 0 && above != nullptr)
+        oru_do_dtree_flatten(above, at.parent, 7);
+    return at.rc;
+}
+
+}  // namespace
+
+bool stops(int32_t rc, ORUDtlNode *node) {
+    const bool goes_on = oru_dtl_tree_continue_on_error(node) != 0;
+    return rc == ORU_RC_CANCELED || rc > (goes_on ? ORU_RC_GENERAL - 1 : ORU_RC_NO_MORE_VALUE);
+}
+
+int32_t walk(Call &call, int32_t level, ORUDtlCtx *parent_ctx, ORUDtlNode *dtl_node,
+             ORUDoDtree *parent_dtree_node) {
+    ORU_REQUIRE(dtl_node);
+    ORU_REQUIRE(parent_dtree_node);
+    if (is_canceled(call))  // 1
+        return ORU_RC_CANCELED;
+    ORUDtlCtx *ctx = enter(parent_ctx, dtl_node);  // 3
+    if (ctx == nullptr)
+        return ORU_RC_MALLOC;
+    ctx->state = ORU_DTL_STATE_FINISHED;  // 4
+    WalkLevel at{.call = call,
+                 .number = level,
+                 .ctx = ctx,
+                 .dtl_node = dtl_node,
+                 .parent = parent_dtree_node,
+                 .entry_added = call.node_added,  // 2
+                 .no_limit = call.count < 1,
+                 .resume = ctx->dtl_ch};
+    at.ch = dtl_node->first_child;
+    while (at.ch != nullptr) {
+        const Go go = walk_child(at);
+        if (go == Go::sibling)
+            at.ch = at.ch->next;
+        if (go == Go::end)
+            break;
+    }
+    return leave(at);
+}
+
+}  // namespace oru::dtl

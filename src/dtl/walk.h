@@ -1,0 +1,78 @@
+// The walk: all children of a node of the document, for one result node, and so on for the rows
+// that each child gives.
+#ifndef ORU_SRC_DTL_WALK_H
+#define ORU_SRC_DTL_WALK_H
+
+#include "do/dtree.h"
+#include "do/nvlist.h"
+#include "do/uri.h"
+#include "oru/dtl.h"
+
+namespace oru::dtl {
+
+// One call of oru_dtl_get_next.
+struct Call {
+    ORUDtlCtx *root_ctx;
+    ORUDoNvlist *params;
+    int32_t count;
+    ORUDoDtree *root_dtree;
+    ORUDoUri *base_uri;
+    int32_t node_added = 0;  // result nodes made
+    int32_t leaf_count = 0;  // rows that count against `count`
+    uint8_t retry = 0;       // asks for another pass as though nothing had been added
+};
+
+int32_t walk(Call &call, int32_t level, ORUDtlCtx *parent_ctx, ORUDtlNode *dtl_node,
+             ORUDoDtree *parent_dtree_node);
+
+// ---- One level while it is walked ----
+
+struct WalkLevel {
+    Call &call;
+    int32_t number;
+    ORUDtlCtx *ctx;
+    ORUDtlNode *dtl_node;
+    ORUDoDtree *parent;  // the result node that the rows of all children come under
+    int32_t entry_added;
+    bool no_limit;
+    ORUDtlNode *resume;
+    int32_t rc = 0;
+
+    // The child at hand.
+    ORUDtlNode *ch = nullptr;
+    int32_t max_batches = 0;
+    bool has_inner = false;
+    int32_t fetch = 0;          // rows to ask for
+    ORUDoDtree *row = nullptr;  // the first row of the child, or the one to go on with
+
+    // The row at hand.
+    ORUDoDtree *next_row = nullptr;
+    ORUDoDtree *c = nullptr;        // null when flattening took it away
+    bool rows_seen = false;         // that there was any
+    int32_t delta = 0;              // what the level has added by now
+    ORUDoDtree *stop_at = nullptr;  // the row to go on with in the next call
+
+    bool child_stopped() const {
+        return ctx->child != nullptr && ctx->child->state == ORU_DTL_STATE_STOPPED;
+    }
+};
+
+// Where to go from a child.
+enum class Go { sibling, same_child, end };
+
+// Whether a code ends the walk.
+bool stops(int32_t rc, ORUDtlNode *node);
+
+// Steps 5, 9 and 10: the limits of the child.
+void find_max_batches(WalkLevel &at);
+bool find_fetch(WalkLevel &at);
+
+// Step 13.
+int32_t invoke(WalkLevel &at);
+
+// Steps 17 to 22. False when the level ends there.
+bool walk_rows(WalkLevel &at);
+
+}  // namespace oru::dtl
+
+#endif

@@ -1,0 +1,534 @@
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+
+#include "tests/support/death.h"
+#include "tests/support/oom.h"
+#include "tests/support/trace_capture.h"
+#include "tests/unit/dtl/parser_support.h"
+
+namespace {
+
+using namespace oru::test;
+
+const std::string kBoxes = "b mr-op coll:get uri=/sys?boxes mr=Box";
+const std::string kBox = "b mr-op get uri=/sys/boxes;id=1 mr=Box";
+
+// ---- Entries ----
+
+TEST_F(DtlParser, NullIsRefusedByName) {
+    ORUDoError *raised = nullptr;
+    EXPECT_ASSERTION(oru_dtl_from_str(nullptr, &raised), "dtl_str");
+    EXPECT_ASSERTION(oru_dtl_from_str("<a/>", nullptr), "errp");
+    EXPECT_ASSERTION(oru_dtl_from_file(nullptr, &raised), "dtl_filename");
+    EXPECT_ASSERTION(oru_dtl_from_file("x", nullptr), "errp");
+}
+
+TEST_F(DtlParser, ATextThatIsNoXmlIsRefused) {
+    for (const char *text :
+         {"", "oops", "<a>", "<a></b>", "<a/><b/>", "<!DOCTYPE a [<!ENTITY e 'x'>]><a>&e;</a>",
+          "<!DOCTYPE a [<!ENTITY e 'x'>]><a/>"}) {
+        ORUDoError *raised = nullptr;
+        TraceCapture traces;
+        EXPECT_EQ(oru_dtl_from_str(text, &raised), nullptr) << text;
+        ASSERT_NE(raised, nullptr);
+        EXPECT_EQ(words_of(raised), "10001 new_dtl_iter: Failed to parse DTL file");
+        EXPECT_TRUE(traces.lines().empty());
+        oru_do_error_deref(raised);
+    }
+}
+
+TEST_F(DtlParser, AFileThatIsNotThereIsRefused) {
+    ORUDoError *raised = nullptr;
+    TraceCapture traces;
+    EXPECT_EQ(oru_dtl_from_file("/nowhere/x.dtl", &raised), nullptr);
+    EXPECT_EQ(words_of(raised), "10001 new_dtl_iter: Failed to open DTL file");
+    EXPECT_TRUE(
+        traces.has(3, "Failed to open DTL file '/nowhere/x.dtl': No such file or directory"));
+    oru_do_error_deref(raised);
+}
+
+class TemporaryFile {
+  public:
+    explicit TemporaryFile(const std::string &text) {
+        char name[] = "/tmp/oru_dtl_XXXXXX";
+        close(mkstemp(name));
+        path = name;
+        std::ofstream(path) << text;
+    }
+    ~TemporaryFile() { std::remove(path.c_str()); }
+    std::string path;
+};
+
+TEST_F(DtlParser, AFileIsReadAsATextIs) {
+    const TemporaryFile file("<?xml version='1.0'?><r>" + box("<mtu/>") + "</r>");
+    ORUDoError *raised = nullptr;
+    const Tree read(oru_dtl_from_file(file.path.c_str(), &raised));
+    ASSERT_NE(read, nullptr);
+    EXPECT_EQ(raised, nullptr);
+    EXPECT_EQ(describe(read.get()),
+              " doc traverse(r root traverse(" + kBox + " cfg=mtu(mtu attr noop)))");
+}
+
+TEST_F(DtlParser, AFileThatIsNoXmlIsRefused) {
+    const TemporaryFile file("<r>");
+    ORUDoError *raised = nullptr;
+    TraceCapture traces;
+    EXPECT_EQ(oru_dtl_from_file(file.path.c_str(), &raised), nullptr);
+    EXPECT_EQ(words_of(raised), "10001 new_dtl_iter: Failed to read DTL file");
+    EXPECT_TRUE(traces.has(3, "Failed to read DTL file " + file.path));
+    oru_do_error_deref(raised);
+}
+
+TEST_F(DtlParser, TheTreeIsTracedAtTheLowestLevel) {
+    TraceCapture traces(8);
+    parse("<r><x/></r>");
+    EXPECT_TRUE(traces.has(8,
+                           "<r op=\"traverse\" type=\"root\"><x op=\"traverse\" "
+                           "type=\"container\"></x></r>"));
+}
+
+// ---- The root ----
+
+TEST_F(DtlParser, ARootMayHaveAnAddress) {
+    EXPECT_EQ(describe(parse("<r uri='/sys?boxes' mr='net:1.0/Box'><mtu/></r>")),
+              "r mr-op coll:get uri=/sys?boxes mr=Box cfg=mtu(mtu attr noop)");
+    EXPECT_EQ(error, nullptr);
+}
+
+TEST_F(DtlParser, ARootWithoutItsResourceKeepsTheError) {
+    TraceCapture traces;
+    EXPECT_EQ(describe(parse("<r uri='/sys?boxes' op='get-all' mr='net/None' batch-size='5'/>")),
+              "r mr-op coll:get-all !102 Unknown MR: net/None\n");
+    EXPECT_EQ(tree->first_child->batch_size, 5);
+    EXPECT_EQ(error, nullptr);
+    EXPECT_TRUE(traces.has(3, "<r> Unknown MR net/None"));
+    EXPECT_EQ(describe(parse("<r uri='/sys'/>")),
+              "r mr-op get !102 MR node requires 'mr' attribute in the DTL node");
+    EXPECT_TRUE(traces.has(3, "<r> Missing MR type name"));
+}
+
+TEST_F(DtlParser, ARootWithABrokenAddressHasNone) {
+    EXPECT_EQ(describe(parse("<r uri='/a//b' mr='net/Box'/>")), "r root traverse");
+}
+
+// ---- Elements with an address ----
+
+TEST_F(DtlParser, WordsGiveOperations) {
+    struct Case {
+        const char *word;
+        int32_t plain;
+        int32_t coll;
+    };
+    for (const auto &[word, plain, coll] :
+         {Case{nullptr, 2, 10}, Case{"get", 2, 10}, Case{"get-all", 3, 11},
+          Case{"get-all-cfg", 4, 12}, Case{"get-all-oper", 5, 13}, Case{"get-all-r", 6, 14},
+          Case{"get-all-cfg-r", 7, 15}, Case{"get-all-oper-r", 8, 16}, Case{"action", 9, 17},
+          Case{"frob", 2, 2}, Case{"", 2, 2}, Case{"GET", 2, 2}}) {
+        const std::string op = word != nullptr ? std::string("op='") + word + "'" : "";
+        EXPECT_EQ(parse("<r uri='/sys' mr='net/Slot' " + op + "/>")->op, plain) << op;
+        EXPECT_EQ(parse("<r uri='/sys?slots' mr='net/Slot' " + op + "/>")->op, coll) << op;
+    }
+}
+
+TEST_F(DtlParser, NumbersAndTheirParameters) {
+    struct Case {
+        const char *text;
+        int32_t batch_size;
+        int32_t max_batches;
+        bool param;
+    };
+    for (const auto &[text, size, most, is_param] :
+         {Case{"10", 10, 10, false}, Case{"0", 0, 0, false}, Case{"x", 0, 0, false},
+          Case{"-1", 0, 0, false}, Case{"7x", 7, 7, false}, Case{"$n", 0, 0, true},
+          Case{"99999999999", INT32_MAX, INT32_MAX, false}}) {
+        const std::string number(text);
+        ORUDtlNode *root = parse("<r uri='/sys' mr='net/Slot' batch-size='" + number +
+                                 "' max-batches='" + number + "'/>");
+        EXPECT_EQ(root->batch_size, size) << text;
+        EXPECT_EQ(root->max_batches, most) << text;
+        EXPECT_EQ(oru_dtl_tree_get_batch_size_param(root) != nullptr, is_param);
+        EXPECT_EQ(oru_dtl_tree_get_max_batches_param(root) != nullptr, is_param);
+    }
+}
+
+TEST_F(DtlParser, SettingsHaveOneWordEach) {
+    ORUDtlMrInfo *info =
+        parse(
+            "<r uri='/sys' mr='net/Slot' return-default='false' return-w-child='true' "
+            "continue-on-error='true' attr-select='$s' return='one' order='a,b' flatten='true'/>")
+            ->mr_info;
+    EXPECT_EQ(info->return_default, 0);
+    EXPECT_EQ(info->return_w_child, 1);
+    EXPECT_EQ(info->continue_on_error, 1);
+    EXPECT_STREQ(oru_do_name_get_strname(info->attr_select), "$s");
+    EXPECT_EQ(info->return_mode, ORU_DTL_RETURN_ONE);
+    EXPECT_STREQ(info->order_param, "a,b");
+    EXPECT_EQ(info->flatten, 1);
+    info = parse(
+               "<r uri='/sys' mr='net/Slot' return-default='no' return-w-child='yes' "
+               "continue-on-error='1' return='two' flatten='yes'/>")
+               ->mr_info;
+    EXPECT_EQ(info->return_default, 1);
+    EXPECT_EQ(info->return_w_child, 0);
+    EXPECT_EQ(info->continue_on_error, 0);
+    EXPECT_EQ(info->attr_select, nullptr);
+    EXPECT_EQ(info->return_mode, ORU_DTL_RETURN_ALL);
+    EXPECT_EQ(info->order_param, nullptr);
+    EXPECT_EQ(info->flatten, 0);
+    EXPECT_EQ(parse("<r uri='/sys' mr='net/Slot' return='last'/>")->mr_info->return_mode,
+              ORU_DTL_RETURN_LAST);
+}
+
+TEST_F(DtlParser, AnElementWhoseAddressIsBrokenIsLeftOut) {
+    EXPECT_EQ(below("<a uri='/a//b' mr='net/Box'/><c/>"), "c container traverse");
+    EXPECT_EQ(error, nullptr);
+}
+
+TEST_F(DtlParser, AnElementWithoutItsResourceShowsAnError) {
+    EXPECT_EQ(below("<a uri='/a' mr='net/None'><c/></a><d uri='/d'/>"),
+              "a container traverse !102 Unknown MR: net/None\n(c container traverse); d container "
+              "traverse !102 MR node requires 'mr' attribute in the DTL node");
+    EXPECT_EQ(error, nullptr);
+}
+
+// Such an element is not taken for a property, and stays.
+TEST_F(DtlParser, AnErrorIsNotMatched) {
+    EXPECT_EQ(below(box("<mtu uri='/x' mr='net/None'/>")),
+              kBox + "(mtu container traverse !102 Unknown MR: net/None\n)");
+}
+
+TEST_F(DtlParser, ALibraryResourceStandsForItsImplementations) {
+    EXPECT_EQ(below("<p uri='/sys?ports' mr='net.lib/Port' batch-size='3'/>"),
+              "p mr-op coll:get uri=/sys?ports mr=Ethernet; "
+              "p mr-op coll:get uri=/sys?ports mr=Optical");
+    EXPECT_EQ(tree->first_child->first_child->next->batch_size, 3);
+    EXPECT_EQ(below("<p uri='/sys?:net.lib/Port' mr='net.lib/Port'/>"),
+              "p mr-op coll:get uri=/sys?:net.lib/Port mr=Port");
+    EXPECT_EQ(below("<p uri='/sys?ports' mr='net.lib/Lonely'/>"), "r root traverse");
+}
+
+// ---- Attributes ----
+
+TEST_F(DtlParser, AttributesGoIntoTheListsOfTheirKind) {
+    EXPECT_EQ(below(box("<id/><mtu/><up/><cfg.speed/><_uri/><_mr/>")),
+              kBox +
+                  " cfg=id,mtu,cfg.speed,_uri,_mr oper=up(id attr noop; mtu attr noop; up "
+                  "oper-attr noop; cfg.speed attr noop; _uri attr noop; _mr attr noop)");
+}
+
+TEST_F(DtlParser, AttributesOfOperationalResourcesAreAllOperational) {
+    EXPECT_EQ(below("<a uri='/x?alarms' mr='net/Alarm'><id/><text/><since/><_uri/></a>"),
+              "a mr-op coll:get uri=/x?alarms mr=Alarm oper=id,text,since,_uri(id oper-attr noop; "
+              "text attr noop; since oper-attr noop; _uri oper-attr noop)");
+}
+
+TEST_F(DtlParser, APropertyMayHaveAnotherName) {
+    EXPECT_EQ(below(box("<shown prop='mtu' default='5'/>")), kBox + " cfg=mtu(shown attr noop)");
+    ORUDtlNode *shown = tree->first_child->first_child->first_child;
+    EXPECT_STREQ(oru_do_name_get_strname(shown->prop_name), "mtu");
+    EXPECT_STREQ(shown->default_expr, "5\n");
+}
+
+TEST_F(DtlParser, WhatIsNoPropertyProducesNothing) {
+    TraceCapture traces;
+    EXPECT_EQ(below(box("<none default='$x'/><full><inner/></full>")),
+              kBox + "(none container noop; full container traverse(inner container traverse))");
+    EXPECT_TRUE(traces.has(7, "<none> not-a-property"));
+    EXPECT_STREQ(tree->first_child->first_child->first_child->default_expr, "$x");
+}
+
+TEST_F(DtlParser, ANamedReadWithoutElementsReadsNothing) {
+    EXPECT_EQ(below(box("")), kBox);
+}
+
+TEST_F(DtlParser, WideReadsWithoutElementsReadAllOfTheirKind) {
+    EXPECT_EQ(below(box("", "get-all")),
+              "b mr-op get-all uri=/sys/boxes;id=1 mr=Box "
+              "cfg=mtu,cfg.speed oper=up,stats.rx");
+    EXPECT_EQ(below(box("", "get-all-cfg")),
+              "b mr-op get-all-cfg uri=/sys/boxes;id=1 mr=Box cfg=mtu,cfg.speed");
+    EXPECT_EQ(below(box("<dtl:where/>", "get-all-oper")),
+              "b mr-op get-all-oper uri=/sys/boxes;id=1 mr=Box oper=up,stats.rx where={}");
+    EXPECT_EQ(below("<a uri='/x?alarms' mr='net/Alarm' op='get-all'/>"),
+              "a mr-op coll:get-all uri=/x?alarms mr=Alarm oper=text,since");
+    EXPECT_EQ(below(box("<mtu/>", "get-all")),
+              "b mr-op get-all uri=/sys/boxes;id=1 mr=Box cfg=mtu(mtu attr noop)");
+    // An element that makes no node counts.
+    EXPECT_EQ(below(box("<x uri='/a//b'/>", "get-all")),
+              "b mr-op get-all uri=/sys/boxes;id=1 mr=Box");
+}
+
+TEST_F(DtlParser, GroupsAreMatchedByTheWidthOfTheRead) {
+    const std::string all = "b mr-op get-all uri=/sys/boxes;id=1 mr=Box";
+    EXPECT_EQ(below(box("<cfg/><stats/><none/>", "get-all")),
+              all +
+                  " cfg=cfg.speed oper=stats.rx cfg-data=cfg oper-data=stats(cfg cfg-data noop; "
+                  "stats oper-data noop; none oper-data noop)");
+    EXPECT_EQ(below(box("<cfg/><stats/>", "get-all-cfg")),
+              "b mr-op get-all-cfg uri=/sys/boxes;id=1 mr=Box cfg=cfg.speed cfg-data=cfg(cfg "
+              "cfg-data noop; stats cfg-data noop)");
+    EXPECT_EQ(below(box("<cfg/><stats/>", "get-all-oper")),
+              "b mr-op get-all-oper uri=/sys/boxes;id=1 mr=Box oper=stats.rx oper-data=stats(cfg "
+              "oper-data noop; stats oper-data noop)");
+    EXPECT_EQ(below(box("<cfg/>")), kBox + "(cfg container noop)");
+}
+
+// ---- References ----
+
+TEST_F(DtlParser, ReferencesGetTheirAddressByRole) {
+    EXPECT_EQ(below(box("<slots><no/></slots><link/><system/><alarms op='get-all'/>")),
+              kBox +
+                  " cfg=link(slots child-ref coll:get uri=$_PARENT_URI_?slots mr=Slot cfg=no(no "
+                  "attr noop); link peer-ref get uri=$_PEER_URI_link mr=Box; system parent-ref "
+                  "get uri=$_URI_PARENT_system mr=System; alarms child-ref coll:get-all "
+                  "uri=$_PARENT_URI_?alarms mr=Alarm oper=text,since)");
+}
+
+TEST_F(DtlParser, ReferencesTakeThePlainWordsOnly) {
+    struct Case {
+        const char *word;
+        const char *child;
+        const char *peer;
+    };
+    for (const auto &[word, child, peer] :
+         {Case{"get", "coll:get", "get"}, Case{"get-all", "coll:get-all", "get-all"},
+          Case{"get-all-cfg", "coll:get-all-cfg", "get-all-cfg"},
+          Case{"get-all-oper", "coll:get-all-oper", "get-all-oper"},
+          Case{"action", "coll:action", "action"}, Case{"get-all-r", "noop", "noop"},
+          Case{"get-all-cfg-r", "noop", "noop"}, Case{"frob", "noop", "noop"}}) {
+        const std::string op = std::string(" op='") + word + "'";
+        below(box("<slots" + op + "/><link" + op + "/>"));
+        const ORUDtlNode *slots = tree->first_child->first_child->first_child;
+        EXPECT_STREQ(oru_dtl_tree_get_op_str(slots->op), child) << word;
+        EXPECT_STREQ(oru_dtl_tree_get_op_str(slots->next->op), peer) << word;
+    }
+}
+
+TEST_F(DtlParser, AReferenceMayNameItsTarget) {
+    TraceCapture traces;
+    EXPECT_EQ(below(box("<ghost/><slots mr='net/Alarm' batch-size='4'/><alarms mr='net/None'/>")),
+              kBox +
+                  "(ghost child-ref coll:get uri=$_PARENT_URI_?ghost; slots child-ref coll:get "
+                  "uri=$_PARENT_URI_?slots mr=Alarm; alarms child-ref coll:get "
+                  "uri=$_PARENT_URI_?alarms !102 Unknown MR: net/None\n)");
+    EXPECT_EQ(tree->first_child->first_child->first_child->next->batch_size, 4);
+    EXPECT_TRUE(traces.has(3, "<alarms> Unknown MR net/None"));
+}
+
+// ---- Expansion by metadata ----
+
+TEST_F(DtlParser, ARecursiveReadIsExpandedOnceAType) {
+    // Box is the second type on the way; below Slot it comes again and stays bare.
+    EXPECT_EQ(below("<s uri='/sys' mr='net/Slot' op='get-all-cfg-r'><no/></s>"),
+              "s mr-op get-all-cfg-r uri=/sys mr=Slot cfg=size(boxes mr-op coll:get-all-cfg "
+              "uri=$_PARENT_URI_?boxes mr=Box cfg=mtu,cfg.speed(slots mr-op coll:get-all-cfg "
+              "uri=$_PARENT_URI_?slots mr=Slot); ports mr-op coll:get-all-cfg "
+              "uri=$_PARENT_URI_?ports mr=Ethernet cfg=mtu; ports mr-op coll:get-all-cfg "
+              "uri=$_PARENT_URI_?ports mr=Optical cfg=mtu)");
+}
+
+TEST_F(DtlParser, RecursionOverAllTakesOperationalResourcesAlong) {
+    const std::string text = below("<b uri='/x?boxes' mr='net/Box' op='get-all-r'/>");
+    EXPECT_NE(text.find("alarms mr-op coll:get-all uri=$_PARENT_URI_?alarms mr=Alarm "
+                        "oper=text,since"),
+              std::string::npos);
+    const std::string oper = below("<b uri='/x?boxes' mr='net/Box' op='get-all-oper-r'/>");
+    EXPECT_EQ(oper.rfind("b mr-op coll:get-all-oper-r uri=/x?boxes mr=Box oper=up,stats.rx(slots "
+                         "mr-op coll:get-all-oper ",
+                         0),
+              0u);
+}
+
+// ---- Conditions ----
+
+TEST_F(DtlParser, ComparisonsHaveTheirWords) {
+    struct Case {
+        const char *op;
+        const char *name;
+    };
+    for (const auto &[op, name] :
+         {Case{nullptr, "mtu"}, Case{"eq", "mtu ="}, Case{"gt", "mtu >"}, Case{"ge", "mtu >="},
+          Case{"lt", "mtu <"}, Case{"le", "mtu <="}, Case{"ne", "mtu <>"}, Case{"ex", "mtu ex"},
+          Case{"nx", "mtu nx"}, Case{"gx", "mtu"}, Case{"lx", "mtu"}, Case{"in", "mtu in"},
+          Case{"like", "mtu like"}, Case{"g", "mtu g"}, Case{"", "mtu "}, Case{"gtt", "mtu gtt"}}) {
+        const std::string word = op != nullptr ? std::string(" op='") + op + "'" : "";
+        EXPECT_EQ(below(boxes("<dtl:where><mtu" + word + ">5</mtu></dtl:where>")),
+                  kBoxes + " where={" + name + ":5}");
+    }
+}
+
+TEST_F(DtlParser, ConditionsNest) {
+    EXPECT_EQ(below(boxes("<dtl:where use-once='true'><mtu>\"a\"</mtu><or><mtu op='gt'>$m</mtu>"
+                          "<and><id>@x</id></and><or/></or></dtl:where>")),
+              kBoxes + " where={mtu:'a', OR :{mtu >:'$m', AND :{id:'@x'}, OR :{}}}");
+    EXPECT_EQ(tree->first_child->first_child->mr_info->use_where_clause_once, 1);
+    below(boxes("<dtl:where use-once='yes'/>"));
+    EXPECT_EQ(tree->first_child->first_child->mr_info->use_where_clause_once, 0);
+}
+
+TEST_F(DtlParser, ConditionsWithoutAValueAddNothing) {
+    EXPECT_EQ(below(boxes("<dtl:where><mtu/><mtu>  </mtu><mtu>null</mtu></dtl:where>")),
+              kBoxes + " where={mtu:null}");
+}
+
+TEST_F(DtlParser, TheRawTextOfAConditionIsWhatIsRead) {
+    const std::string text = below(boxes("<dtl:where><mtu> $x</mtu></dtl:where>"));
+    EXPECT_EQ(text.rfind(kBoxes + " where={} !7 ", 0), 0u) << text;
+}
+
+TEST_F(DtlParser, ConditionsOnOtherAttributesAreDropped) {
+    TraceCapture traces;
+    EXPECT_EQ(below(boxes("<dtl:where><none>1</none><mtu>2</mtu></dtl:where>")),
+              kBoxes + " where={mtu:2} !106 Unknown attrib in where clause");
+    EXPECT_TRUE(traces.has(3, "<b> Unknown attribute in where clause: none"));
+    EXPECT_EQ(below(boxes("<dtl:where><up>1</up></dtl:where>")),
+              kBoxes + " where={} !106 Oper-data attrib in where clause");
+    EXPECT_TRUE(traces.has(3,
+                           "<b> Non oper-data MR query where-clause contains oper-data attribute: "
+                           "up. Only config-data attributes are allowed"));
+    EXPECT_EQ(
+        below("<a uri='/x?alarms' mr='net/Alarm'><dtl:where><since>1</since></dtl:where></a>"),
+        "a mr-op coll:get uri=/x?alarms mr=Alarm where={since:1}");
+}
+
+TEST_F(DtlParser, AWhereElementOfAnotherNamespaceIsAnElement) {
+    EXPECT_EQ(below("<where/>"), "where container traverse");
+    EXPECT_EQ(below("<o:where xmlns:o='urn:dtl'/>"), "where container traverse");
+}
+
+// ---- Attributes of collections: filters and order ----
+
+TEST_F(DtlParser, TheTextOfAnAttributeFiltersItsCollection) {
+    EXPECT_EQ(below(boxes("<mtu> 5 </mtu><id>$i</id>")),
+              kBoxes + " cfg=mtu,id where={mtu:5,id:'$i'}(mtu attr noop; id attr noop)");
+    EXPECT_EQ(below(box("<mtu>5</mtu>")), kBox + " cfg=mtu(mtu attr noop)");
+    EXPECT_EQ(below(boxes("<up>true</up>")),
+              kBoxes + " oper=up !106 Oper-data attrib in where clause(up oper-attr noop)");
+}
+
+TEST_F(DtlParser, AttributesGiveTheOrderOfTheirCollection) {
+    EXPECT_EQ(below(boxes("<mtu order='asc'/><id order='desc'/><x prop='cfg.speed' order='snmp'/>"
+                          "<mtu order='up'/>")),
+              kBoxes +
+                  " cfg=mtu,id,cfg.speed,mtu order=mtu,id desc,cfg.speed snmp(mtu attr noop; "
+                  "id attr noop; x attr noop; mtu attr noop)");
+    EXPECT_EQ(below(box("<mtu order='asc'/>")), kBox + " cfg=mtu(mtu attr noop)");
+}
+
+// ---- Actions ----
+
+TEST_F(DtlParser, ActionsReadTheirParameters) {
+    EXPECT_EQ(
+        below(box("<reset><mode> \"fast\" </mode><n>$n</n><empty/><k>5</k></reset>", "action")),
+        "b mr-op action uri=/sys/boxes;id=1 mr=Box act=reset{mode:'fast',n:'$n',k:5}(reset "
+        "action noop(mode action-param noop; n action-param noop; empty action-param noop; k "
+        "action-param noop))");
+    EXPECT_EQ(error, nullptr);
+}
+
+TEST_F(DtlParser, ParametersDoNotKeepReferencesToTheTree) {
+    const std::string text = below(box("<reset><mode>@x</mode></reset>", "action"));
+    EXPECT_NE(text.find("act=reset{} !7 "), std::string::npos) << text;
+}
+
+TEST_F(DtlParser, AnUnknownActionIsAnErrorOfTheDocument) {
+    TraceCapture traces;
+    EXPECT_EQ(below(box("<explode/>", "action")),
+              "b mr-op action uri=/sys/boxes;id=1 mr=Box(explode container traverse)");
+    ASSERT_NE(error, nullptr);
+    EXPECT_EQ(words_of(error.get()), "10000 Invalid action name");
+    EXPECT_TRUE(traces.has(3, "Invalid action name explode"));
+}
+
+// ---- Depth ----
+
+std::string nested(int depth) {
+    std::string text;
+    for (int i = 0; i < depth; ++i)
+        text += "<n>";
+    for (int i = 0; i < depth; ++i)
+        text += "</n>";
+    return text;
+}
+
+TEST_F(DtlParser, FifteenLevelsAreRead) {
+    const ORUDtlNode *node = parse("<r>" + nested(15) + "</r>");
+    EXPECT_EQ(error, nullptr);
+    int levels = 0;
+    for (; node->first_child != nullptr; node = node->first_child)
+        ++levels;
+    EXPECT_EQ(levels, 15);
+}
+
+TEST_F(DtlParser, TheSixteenthIsNot) {
+    const ORUDtlNode *node = parse("<r>" + nested(16) + "</r>");
+    ASSERT_NE(error, nullptr);
+    EXPECT_EQ(words_of(error.get()), "10000 Max Level Exceeded");
+    int levels = 0;
+    for (; node->first_child != nullptr; node = node->first_child)
+        ++levels;
+    EXPECT_EQ(levels, 15);
+}
+
+// ---- Rendering ----
+
+TEST(DtlRender, ALeafIsOneElement) {
+    const Tree doc(oru_dtl_tree_new());
+    ORUDtlNode *a = add_node(doc.get(), "a", ORU_DTL_NODE_ATTR, ORU_DTL_OP_NOOP);
+    const Strbuf text(oru_do_strbuf_new());
+    EXPECT_EQ(oru_dtl_tree_to_xml(a, 0, text.get()), 29);
+    EXPECT_STREQ(oru_do_strbuf_to_string(text.get()), "<a op=\"noop\" type=\"attr\"></a>");
+}
+
+TEST(DtlRender, NumbersErrorsAndPartsAreShown) {
+    const Tree doc(oru_dtl_tree_new());
+    const MrMeta meta = make_mr("Box", {});
+    ORUDtlNode *a = add_mr_node(doc.get(), "a", 18, "/x;k=<1>", meta.get());
+    const Name name(oru_do_name_new("n"));
+    oru_dtl_tree_add_cfg_attr(a, name.get());
+    oru_dtl_tree_add_order_by(a, name.get());
+    oru_dtl_tree_set_batch_size(a, 3);
+    oru_dtl_tree_set_max_batches(a, 2);
+    ORUDoError *error = oru_do_error_new(1, "x");
+    oru_dtl_tree_set_error(a, error);
+    oru_do_error_deref(error);
+    add_mr_node(a, "b", 2, "/y");
+    const Strbuf text(oru_do_strbuf_new());
+    oru_dtl_tree_to_xml(doc.get(), 1, text.get());
+    EXPECT_STREQ(oru_do_strbuf_to_string(text.get()),
+                 "<a op=\"(unknown)\" type=\"mr-op\" uri=\"/x;k=&lt;1&gt;\" mr=\"net/Box\" "
+                 "info=\"(prop_meta_list)(cfg_attr_nlist)(order_by)\" has_err=\"true\" "
+                 "batch-size=\"3\" max-batches=\"2\">\n"
+                 "\t<b op=\"get\" type=\"mr-op\" uri=\"/y\" info=\"\">\n"
+                 "\t</b>\n"
+                 "</a>\n");
+}
+
+TEST(DtlRender, NullIsRefused) {
+    const Tree doc(oru_dtl_tree_new());
+    const Strbuf text(oru_do_strbuf_new());
+    EXPECT_ASSERTION(oru_dtl_tree_to_xml(nullptr, 0, text.get()), "node");
+    EXPECT_ASSERTION(oru_dtl_tree_to_xml(doc.get(), 0, nullptr), "buf");
+}
+
+// ---- Memory ----
+
+TEST(DtlParserMemory, RunningOutLosesNothing) {
+    sweep_oom(
+        [] {
+            const std::string text =
+                "<r xmlns:dtl='urn:dtl'><b uri='/sys?boxes' mr='net/Box' order='a'><dtl:where>"
+                "<or><mtu op='gt'>5</mtu></or></dtl:where><mtu order='desc'>6</mtu><slots/></b>"
+                "<s uri='/sys' mr='net/Slot' op='get-all-r'/></r>";
+            ORUDoError *raised = nullptr;
+            const Tree tree(oru_dtl_from_str(text.c_str(), &raised));
+            const Error error(raised);
+            EXPECT_TRUE(tree != nullptr || oom_hit());
+        },
+        {}, [] { oru_md_load_dir(ORU_TEST_PACKAGES, "", ".oru2d", nullptr); });
+}
+
+}  // namespace
