@@ -76,11 +76,14 @@ int32_t read_oper_values(const Batch &batch, ORUDoUri *uri, ORUDoDtree *child, O
 }
 
 int32_t add_row(const Batch &batch, ORUDoVlist &row, ORUDoUri *uri) {
+    // A batch without any node would leave its cursor to the next sibling, so this is told.
     ORUDoDtree *child = add_result(batch.fetch, batch.row_name.get());
-    const auto values = Ref<ORUDoVlist>::adopt(oru_do_vlist_new());
-    if (child == nullptr || !values)
-        return ORU_OK;
+    if (child == nullptr)
+        return ORU_RC_MALLOC;
     report_row(batch.fetch, child);
+    const auto values = Ref<ORUDoVlist>::adopt(oru_do_vlist_new());
+    if (!values)
+        return ORU_OK;
     ORUDoNlist *of_cursor = batch.oper_mr ? batch.oper_list.get() : batch.cfg_list.get();
     append_values(*values, row, oru_do_nlist_get_len(of_cursor));
     const int32_t rc = read_oper_values(batch, uri, child, *values);

@@ -128,9 +128,9 @@ void close_cursor(ORUDtlCtx *ctx) {
 int32_t take_rows(Batch &batch, ORUDoVtable *table) {
     batch.all_names =
         NlistRef::adopt(oru_do_nlist_merge(batch.cfg_list.get(), batch.oper_list.get()));
-    int32_t result = ORU_OK;
     if (!batch.all_names)
-        return result;
+        return ORU_RC_MALLOC;
+    int32_t result = ORU_OK;
     for (auto *item = table->first; item != nullptr; item = item->next)
         result = take_row(batch, *item->row);
     return result;
@@ -189,7 +189,11 @@ int32_t fetch_batch(Batch &batch) {
         return rc;
     }
     const auto table = Ref<ORUDoVtable>::adopt(oru_do_vtable_new());
-    return table ? ask_cursor(batch, table.get()) : ORU_OK;
+    if (table)
+        return ask_cursor(batch, table.get());
+    // An open cursor that gave no row would be taken for that of the next sibling.
+    close_cursor(fetch.ctx);
+    return ORU_OK;
 }
 
 }  // namespace

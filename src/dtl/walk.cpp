@@ -80,6 +80,11 @@ bool has_nothing_to_descend(const WalkLevel &at) {
 // The count of fetches belongs to a cursor; without one the next sibling begins anew.
 Go to_sibling(WalkLevel &at) {
     at.resume = nullptr;
+    // A fetch that ran out of memory before it asked its cursor leaves it to nobody.
+    if (at.ctx->cursor != nullptr && at.ctx->state != ORU_DTL_STATE_STOPPED) {
+        at.ctx->cursor->cursor_close(at.ctx->cursor);
+        at.ctx->cursor = nullptr;
+    }
     if (at.ctx->cursor == nullptr)
         at.ctx->batches = 0;
     return Go::sibling;
