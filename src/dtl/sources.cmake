@@ -25,4 +25,5 @@ target_sources(oruapi PRIVATE
   dtl/walk_invoke.cpp
   dtl/walk_limits.cpp
   dtl/walk_rows.cpp
-  dtl/where.cpp)
+  dtl/where.cpp
+)
