@@ -73,6 +73,9 @@ int32_t read_cod(const PackageReader &reader, const CodElement &cod, ORUDoPropMe
 Ref<ORUDoPropMeta> read_property(const xmlNode *element, int32_t category, const char *prefix,
                                  bool persistent);
 
+// The ORU_ACCESS_... of a resource: a word, or four letters in brackets; everything for all else.
+uint8_t mr_access_of(const XmlAttribute &attribute);
+
 int32_t read_action(const PackageReader &reader, const xmlNode *element,
                     Ref<ORUDoActMetaList> &actions);
 

@@ -1,6 +1,4 @@
 // Resources in packages.
-#include <cctype>
-
 #include "frame/trace.h"
 #include "md/act_meta.h"
 #include "md/mr_meta.h"
@@ -38,36 +36,6 @@ struct MrReader {
     Ref<ORUDoPropMetaList> props;
     Ref<ORUDoActMetaList> actions;
 };
-
-// `[CRUD]`, a letter of another kind in a place leaves its access out.
-uint8_t access_of_letters(const char *text) {
-    constexpr char kLetters[] = "CRUD";
-    uint8_t access = 0;
-    for (int place = 0; place < 4; ++place) {
-        if (std::toupper(static_cast<unsigned char>(text[1 + place])) == kLetters[place])
-            access = static_cast<uint8_t>(access | (ORU_ACCESS_CREATE >> place));
-    }
-    return access;
-}
-
-uint8_t mr_access_of(const XmlAttribute &attribute) {
-    static constexpr struct {
-        const char *text;
-        uint8_t access;
-    } kWords[] = {{"read-only", 4},
-                  {"read-write", 15},
-                  {"read-create", 13},
-                  {"read-update", 6},
-                  {"oper-data", 0}};
-    for (const auto &word : kWords) {
-        if (attribute.is(word.text))
-            return word.access;
-    }
-    const char *text = attribute.text();
-    const bool letters =
-        text != nullptr && std::strlen(text) == 6 && text[0] == '[' && text[5] == ']';
-    return letters ? access_of_letters(text) : 15;
-}
 
 uint8_t ref_access_of(const XmlAttribute &attribute) {
     if (!attribute || attribute.is("read-only"))
@@ -207,7 +175,7 @@ int32_t read_head(MrReader &mr) {
         ORU_TRACE(Level::failure, "Failed to allocate prop_metas, rc=%d\n", ORU_RC_MALLOC);
         return ORU_RC_MALLOC;
     }
-    mr.max_access = mr_access_of(XmlAttribute(mr.element, "maxAccess"));
+    mr.max_access = oru::mr_access_of(XmlAttribute(mr.element, "maxAccess"));
     return oru::read_parent_attr(mr.package, mr.element, mr.parent) ? ORU_OK : ORU_RC_MALLOC;
 }
 

@@ -15,6 +15,7 @@ target_sources(oruapi PRIVATE
   md/prop_meta.cpp
   md/prop_meta_list.cpp
   md/reader.cpp
+  md/reader_access.cpp
   md/reader_action.cpp
   md/reader_assert.cpp
   md/reader_cod.cpp
