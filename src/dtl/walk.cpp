@@ -1,5 +1,5 @@
-// The walk of one level. Its steps have numbers, which the functions carry; 5, 9 and 10 stand in
-// walk_limits.cpp, 13 in walk_invoke.cpp, 17 to 22 in walk_rows.cpp.
+// The walk of one level. Its steps have the numbers of docs/walk.md, which the functions carry; 5,
+// 9 and 10 stand in walk_limits.cpp, 13 in walk_invoke.cpp, 17 to 22 in walk_rows.cpp.
 #include "dtl/walk.h"
 
 #include "do/error.h"
