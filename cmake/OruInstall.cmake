@@ -1,9 +1,13 @@
 # Installed: the three libraries, the headers, a pkg-config file and the CMake package `oruapi`.
 include(CMakePackageConfigHelpers)
 
+# Built with the path that they are installed with: a path made longer to be patched later ends in
+# an empty folder, which is the current one.
 set_target_properties(oruapi PROPERTIES INSTALL_RPATH "$ORIGIN" EXPORT_NAME api)
-set_target_properties(oruplatform PROPERTIES INSTALL_RPATH "$ORIGIN" EXPORT_NAME platform)
+set_target_properties(oruplatform PROPERTIES INSTALL_RPATH "$ORIGIN;$ORIGIN/../lib"
+  EXPORT_NAME platform)
 set_target_properties(oruthread PROPERTIES INSTALL_RPATH "$ORIGIN" EXPORT_NAME thread)
+set_target_properties(oruapi oruplatform oruthread PROPERTIES BUILD_WITH_INSTALL_RPATH ON)
 
 install(TARGETS oruapi oruplatform oruthread EXPORT oruapi-targets
   LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}")
