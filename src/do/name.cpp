@@ -15,7 +15,8 @@ bool holds_inline(const ORUDoName &name) {
 // Points `str` at a copy of the bytes. False when memory runs out.
 bool store(ORUDoName &name, const char *bytes, size_t size) {
     if (size < sizeof name.inline_text) {
-        std::memcpy(name.inline_text, bytes, size);  // the record came zeroed
+        // Up to a zero, behind which there may be nothing. The record came zeroed.
+        std::memcpy(name.inline_text, bytes, strnlen(bytes, size));
         name.str = name.inline_text;
     } else {
         name.str = oru::duplicate(bytes, size);

@@ -1,10 +1,12 @@
 #include "oru/name.h"
 
 #include <gtest/gtest.h>
+#include <oruplatform/chunk.h>
 #include <oruplatform/poolheap.h>
 
 #include <string>
 
+#include "tests/support/child.h"
 #include "tests/support/death.h"
 #include "tests/support/oom.h"
 #include "tests/support/owned.h"
@@ -77,6 +79,12 @@ TEST(Name, CountedTextsHaveTheSameBound) {
     EXPECT_NE(record(long_name).str, record(long_name).inline_text);
     EXPECT_EQ(text(short_name), std::string(31, 'c'));
     EXPECT_EQ(text(long_name), std::string(32, 'c'));
+}
+
+TEST(Name, AShortCountedTextEndsAtAZero) {
+    Name name(oru_do_name_new_l("ab\0cd", 5));
+    EXPECT_EQ(text(name), "ab");
+    EXPECT_EQ(std::string(record(name).inline_text, 6), std::string(6, '\0').replace(0, 2, "ab"));
 }
 
 TEST(Name, CountedTextThatIsNoneGivesNull) {
@@ -268,6 +276,45 @@ TEST(NameMemory, AShortNameIsOneAllocation) {
     Name name(oru_do_name_new("short"));
     poolheap_fail_off();
     EXPECT_EQ(poolheap_fail_calls(), 1u);
+}
+
+TEST(NameMemory, ANameWithoutItsDuplicateIsReleased) {
+    const std::string longer(32, 'n');
+    TraceCapture traces(8);
+    poolheap_fail_nth(2, 0);
+    EXPECT_EQ(oru_do_name_new(longer.c_str()), nullptr);
+    poolheap_fail_off();
+    const auto lines = traces.at(8);
+    ASSERT_EQ(lines.size(), 2u);
+    EXPECT_EQ(lines[0].find("oru ref oru_do_name 0x"), 0u);
+    EXPECT_EQ(lines[1].find("oru deref oru_do_name 0x"), 0u);
+}
+
+TEST(NameMemory, APoolHoldsTheRecords) {
+    oru::test::expect_in_child([] {
+        TraceCapture traces;
+        void *pool = init_chunk_poolheap_oru_do_name(4, 0);
+        EXPECT_EQ(traces.at(5), (std::vector<std::string>{"chunk create oru_do_name 48 4"}));
+        chunk_stats_t stats{};
+        Name name(oru_do_name_new(std::string(31, 'n').c_str()));
+        chunk_pool_stats(pool, &stats);
+        EXPECT_EQ(stats.tag, 0x2900000u + 1);
+        EXPECT_EQ(stats.live, 1u);
+        EXPECT_EQ(live_strdups(), 0u);
+        name.reset();
+        chunk_pool_stats(pool, &stats);
+        EXPECT_EQ(stats.live, 0u);
+    });
+}
+
+TEST(NameFatal, ARecordThatIsNotOfThePool) {
+    EXPECT_FATAL(
+        {
+            ORUDoName *name = oru_do_name_new("a");
+            init_chunk_poolheap_oru_do_name(4, 0);
+            oru_do_name_deref(name);
+        },
+        "Failed to free ##name from chunk poolheap_chunk_##type");
 }
 
 void expect_name_or_exhaustion(ORUDoName *made, const std::string &expected) {
