@@ -1,6 +1,7 @@
 #include "oru/strbuf.h"
 
 #include <gtest/gtest.h>
+#include <oruplatform/chunk.h>
 #include <oruplatform/poolheap.h>
 
 #include <cstdio>
@@ -16,6 +17,23 @@ namespace {
 
 using oru::test::Trace;
 using oru::test::TraceCapture;
+
+// The record as outside code compiled apart sees it.
+struct StrbufRecord {
+    char *str;
+    int32_t size;
+    char *cur;
+    int32_t left;
+    int32_t len;
+    uint32_t ref;
+    int32_t on_heap;
+};
+
+const StrbufRecord &record(ORUDoStrbuf *buf) {
+    return *reinterpret_cast<StrbufRecord *>(buf);
+}
+
+constexpr uint32_t kStorageTag = 0x2900000 + 35;
 
 class Strbuf : public testing::Test {
   protected:
@@ -37,6 +55,52 @@ TEST_F(Strbuf, StartsEmptyAndHealthy) {
     EXPECT_EQ(text(), "");
     EXPECT_EQ(oru_do_strbuf_get_len(buf), 0);
     EXPECT_EQ(oru_do_strbuf_get_err(buf), 0);
+}
+
+TEST_F(Strbuf, TheRecordFollowsTheText) {
+    const StrbufRecord &fields = record(buf);
+    EXPECT_EQ(fields.size, 256);
+    EXPECT_EQ(fields.cur, fields.str);
+    EXPECT_EQ(fields.left, 255);
+    EXPECT_EQ(fields.len, 0);
+    EXPECT_EQ(fields.ref, 1u);
+    EXPECT_EQ(fields.on_heap, 0);
+
+    oru_do_strbuf_add_string(buf, std::string(300, 'x').c_str());
+    EXPECT_EQ(fields.size, 514);
+    EXPECT_EQ(fields.cur, fields.str + 300);
+    EXPECT_EQ(*fields.cur, '\0');
+    EXPECT_EQ(fields.left, 255);
+    EXPECT_EQ(fields.len, 300);
+    EXPECT_EQ(fields.on_heap, 1);
+
+    EXPECT_EQ(oru_do_strbuf_remove_ftr(buf, "xx"), 298);
+    EXPECT_EQ(fields.cur, fields.str + 298);
+    EXPECT_EQ(fields.left, 2);
+
+    oru_do_strbuf_clear(buf);
+    EXPECT_EQ(fields.cur, fields.str);
+    EXPECT_EQ(fields.size, 514);
+    EXPECT_EQ(fields.left, 514);
+    EXPECT_EQ(fields.on_heap, 1);
+}
+
+TEST_F(Strbuf, FailedIsARecordWithoutACursor) {
+    oru_do_strbuf_add_string(buf, "kept");
+    fail();
+    const StrbufRecord &fields = record(buf);
+    EXPECT_EQ(fields.cur, nullptr);
+    EXPECT_STREQ(fields.str, "kept");
+    EXPECT_EQ(fields.size, 256);
+    EXPECT_EQ(fields.len, 4);
+    EXPECT_EQ(fields.on_heap, 0);
+}
+
+TEST_F(Strbuf, SharesAndReleases) {
+    EXPECT_EQ(oru_do_strbuf_ref(buf), buf);
+    EXPECT_EQ(record(buf).ref, 2u);
+    oru_do_strbuf_deref(buf);
+    EXPECT_EQ(record(buf).ref, 1u);
 }
 
 TEST_F(Strbuf, AppendsGiveTheNewLength) {
@@ -112,6 +176,8 @@ TEST_F(Strbuf, CountedTextStopsAtAZeroAndStillCounts) {
     EXPECT_EQ(oru_do_strbuf_add_string_l(buf, "ab\0cd", 5), 5);
     EXPECT_EQ(text(), "ab");
     EXPECT_EQ(oru_do_strbuf_get_len(buf), 5);
+    EXPECT_EQ(oru_do_strbuf_add_char(buf, 'e'), 6);
+    EXPECT_EQ(std::string(record(buf).str, 6), std::string("ab\0\0\0e", 6));
 }
 
 TEST_F(Strbuf, AZeroByteCountsThoughItEndsTheText) {
@@ -164,6 +230,9 @@ TEST_F(Strbuf, NoSeparatorWithoutATextOrAGroup) {
     EXPECT_EQ(oru_do_strbuf_add_hexbuf_sep(buf, bytes, 3, nullptr, 1), 6);
     EXPECT_EQ(oru_do_strbuf_add_hexbuf_sep(buf, bytes, 3, ":", 0), 12);
     EXPECT_EQ(oru_do_strbuf_add_hexbuf_sep(buf, bytes, 3, ":", -1), 18);
+    EXPECT_EQ(oru_do_strbuf_add_hexbuf(buf, bytes, 0), 18);
+    EXPECT_EQ(oru_do_strbuf_add_hexbuf(buf, bytes, -1), 18);
+    EXPECT_EQ(oru_do_strbuf_add_hexbuf_sep(buf, bytes, 0, ":", 1), 18);
     EXPECT_EQ(oru_do_strbuf_add_hexbuf_sep_l(buf, bytes, 0, ":", 1), 18);
     EXPECT_EQ(text(), "000102000102000102");
 }
@@ -249,6 +318,28 @@ TEST_F(Strbuf, ACopyBelongsToTheCaller) {
     ph_free_named(copy);
 }
 
+TEST_F(Strbuf, ACopyOfAFailedBufferIsWhatWasThere) {
+    oru_do_strbuf_add_string(buf, "kept");
+    fail();
+    char *copy = nullptr;
+    oru_do_strbuf_to_string_ptr(buf, &copy);
+    EXPECT_STREQ(copy, "kept");
+    ph_free_named(copy);
+}
+
+TEST_F(Strbuf, ACopyIsABlockOfTheLengthAndTheTagOfStorage) {
+    oru_do_strbuf_add_string(buf, "text");
+    poolheap_stats_t before{};
+    poolheap_tag_stats(kStorageTag, &before);
+    char *copy = nullptr;
+    oru_do_strbuf_to_string_ptr(buf, &copy);
+    poolheap_stats_t with{};
+    poolheap_tag_stats(kStorageTag, &with);
+    EXPECT_EQ(with.live_blocks, before.live_blocks + 1);
+    EXPECT_EQ(with.live_bytes, before.live_bytes + 5);
+    ph_free_named(copy);
+}
+
 TEST_F(Strbuf, ACopyThatCannotBeHadLeavesTheOutput) {
     char *copy = reinterpret_cast<char *>(buf);
     poolheap_fail_nth(1, 1);
@@ -273,7 +364,13 @@ TEST(StrbufBirth, WithoutStorageIsTheFailedState) {
     ORUDoStrbuf *buf = oru_do_strbuf_new();
     poolheap_fail_off();
     ASSERT_NE(buf, nullptr);
+    EXPECT_EQ(record(buf).ref, 1u);
+    EXPECT_EQ(record(buf).str, nullptr);
+    EXPECT_EQ(record(buf).cur, nullptr);
+    EXPECT_EQ(record(buf).size, 0);
+    EXPECT_EQ(record(buf).left, 0);
     EXPECT_EQ(oru_do_strbuf_get_err(buf), 10002);
+    EXPECT_EQ(oru_do_strbuf_get_len(buf), 0);
     EXPECT_EQ(oru_do_strbuf_to_string(buf), nullptr);
     EXPECT_EQ(oru_do_strbuf_add_char(buf, 'a'), -1);
     EXPECT_EQ(oru_do_strbuf_remove_ftr(buf, ""), -1);
@@ -289,6 +386,95 @@ TEST(StrbufBirth, WithoutARecordIsNull) {
     poolheap_fail_nth(1, 0);
     EXPECT_EQ(oru_do_strbuf_new(), nullptr);
     poolheap_fail_off();
+}
+
+// ---- Pools ----
+
+uint64_t live_elements(void *pool) {
+    chunk_stats_t stats{};
+    chunk_pool_stats(pool, &stats);
+    return stats.live;
+}
+
+uint64_t live_storage_blocks() {
+    poolheap_stats_t stats{};
+    poolheap_tag_stats(kStorageTag, &stats);
+    return stats.live_blocks;
+}
+
+TEST(StrbufPools, HoldRecordsAndFirstStorage) {
+    oru::test::expect_in_child([] {
+        TraceCapture traces;
+        void *records = init_chunk_poolheap_oru_do_strbuf(4, 0);
+        void *storage = init_chunk_poolheap_oru_do_strbuf_misc(4, 0);
+        EXPECT_EQ(traces.at(5),
+                  (std::vector<std::string>{"chunk create oru_do_strbuf 40 4",
+                                            "chunk create oru_do_strbuf_misc 256 4"}));
+        chunk_stats_t stats{};
+        chunk_pool_stats(records, &stats);
+        EXPECT_EQ(stats.tag, 0x2900000u + 26);
+        chunk_pool_stats(storage, &stats);
+        EXPECT_EQ(stats.tag, kStorageTag);
+    });
+}
+
+TEST(StrbufPools, AShortTextIsTwoElementsAndNoBlock) {
+    oru::test::expect_in_child([] {
+        void *records = init_chunk_poolheap_oru_do_strbuf(4, 0);
+        void *storage = init_chunk_poolheap_oru_do_strbuf_misc(4, 0);
+        poolheap_fail_nth(0, 0);
+        const uint64_t calls = poolheap_fail_calls();
+        ORUDoStrbuf *buf = oru_do_strbuf_new();
+        oru_do_strbuf_add_string(buf, std::string(255, 'x').c_str());
+        EXPECT_EQ(live_elements(records), 1u);
+        EXPECT_EQ(live_elements(storage), 1u);
+        EXPECT_EQ(live_storage_blocks(), 0u);
+        EXPECT_EQ(poolheap_fail_calls(), calls + 2);
+        poolheap_fail_off();
+        oru_do_strbuf_deref(buf);
+        EXPECT_EQ(live_elements(records), 0u);
+        EXPECT_EQ(live_elements(storage), 0u);
+    });
+}
+
+TEST(StrbufPools, GrowthGivesTheElementBack) {
+    oru::test::expect_in_child([] {
+        void *storage = init_chunk_poolheap_oru_do_strbuf_misc(4, 0);
+        ORUDoStrbuf *buf = oru_do_strbuf_new();
+        oru_do_strbuf_add_string(buf, std::string(255, 'x').c_str());
+        oru_do_strbuf_add_char(buf, 'y');
+        EXPECT_EQ(live_elements(storage), 0u);
+        EXPECT_EQ(live_storage_blocks(), 1u);
+        EXPECT_EQ(oru_do_strbuf_to_string(buf), std::string(255, 'x') + "y");
+        oru_do_strbuf_deref(buf);
+        EXPECT_EQ(live_elements(storage), 0u);
+        EXPECT_EQ(live_storage_blocks(), 0u);
+    });
+}
+
+constexpr char kRefused[] = "Failed to free ##name from chunk poolheap_chunk_##type";
+
+TEST(StrbufPools, StorageThatIsNotOfThePoolIsFatal) {
+    EXPECT_FATAL(
+        {
+            ORUDoStrbuf *buf = oru_do_strbuf_new();
+            init_chunk_poolheap_oru_do_strbuf_misc(4, 0);
+            oru_do_strbuf_deref(buf);
+        },
+        kRefused);
+    EXPECT_FATAL(
+        {
+            ORUDoStrbuf *buf = oru_do_strbuf_new();
+            init_chunk_poolheap_oru_do_strbuf_misc(4, 0);
+            oru_do_strbuf_add_tab(buf, 256);
+        },
+        kRefused);
+}
+
+TEST(StrbufFatal, OneReleaseTooMany) {
+    StrbufRecord dead{};
+    EXPECT_FATAL(oru_do_strbuf_deref(reinterpret_cast<ORUDoStrbuf *>(&dead)),
+                 "Fatal problem in oru_do_strbuf deref handling 0x");
 }
 
 TEST(StrbufMemory, EveryAllocationMayFail) {

@@ -49,6 +49,20 @@ ORUDoValue *new_sequence(const std::vector<std::pair<const char *, int32_t>> &it
     return make(list.get());
 }
 
+// A value of a type that has no constructor, or of one whose payload none makes.
+Value with_type(int32_t type) {
+    struct Head {
+        char *typedef_name;
+        uint32_t ref;
+        int32_t len;
+        uint64_t data;
+        int32_t type;
+    };
+    Value val(oru_do_value_new_null());
+    reinterpret_cast<Head *>(val.get())->type = type;
+    return val;
+}
+
 // ---- Widening reads ----
 
 struct Widened {
@@ -184,6 +198,20 @@ TEST(ValueEquality, ValuesWithoutPayloadEqualTheirKind) {
     expect_equal(Value(oru_do_value_new_default()), Value(oru_do_value_new_default()), true);
 }
 
+TEST(ValueEquality, ValuesOfUnknownTypeEqualTheirKind) {
+    expect_equal(with_type(-3), with_type(-3), true);
+    expect_equal(with_type(-3), Value(oru_do_value_new_null()), false);
+}
+
+TEST(ValueEquality, ValuesOfNoTypeEqualThemselvesOnly) {
+    for (int32_t code : {16, 100, 110, -4}) {
+        const Value val = with_type(code);
+        expect_equal(val, val, true);
+        expect_equal(val, with_type(code), false);
+        EXPECT_EQ(oru_do_value_compare(val.get(), val.get()), -2) << code;
+    }
+}
+
 TEST(ValueEquality, BooleansCompareTheirWords) {
     expect_equal(Value(oru_do_value_new_boolean(1)), Value(oru_do_value_new_boolean(1)), true);
     expect_equal(Value(oru_do_value_new_boolean(1)), Value(oru_do_value_new_boolean(2)), false);
@@ -303,6 +331,14 @@ TEST(ValueEqualsText, ByTheTextForm) {
     expect_equals_text(oru_do_value_new_hex_binary("\xab", 1), "AB", true);
     expect_equals_text(oru_do_value_new_null(), "null", true);
     expect_equals_text(new_array({1}), "[\n\t1\n]\n", true);
+}
+
+TEST(ValueEqualsText, AValueWithoutAUriEqualsNothing) {
+    for (int32_t type : {14, 107, 108}) {
+        const Value val = with_type(type);
+        EXPECT_FALSE(oru_do_value_equals_str(val.get(), "")) << type;
+        EXPECT_FALSE(oru_do_value_equals_str(val.get(), "null")) << type;
+    }
 }
 
 int32_t print_hook(intptr_t, ORUDoValue *, int32_t tabs, ORUDoStrbuf *strbuf) {
@@ -459,6 +495,16 @@ TEST(ValueOrder, OnlyTheSameHeldUriIsKnownToBeEqual) {
     // Of two records of one text the order depends on memory and says nothing; equality does.
     Value c(new_uri("/a", oru_do_value_new_mr_uri));
     EXPECT_TRUE(oru_do_value_equals(a.get(), c.get()));
+}
+
+TEST(ValueOrder, AUriWithoutATextHasNone) {
+    for (int32_t type : {14, 107, 108}) {
+        const Value without = with_type(type);
+        const Value uri(new_uri("/a", oru_do_value_new_mr_uri));
+        EXPECT_EQ(oru_do_value_compare(without.get(), uri.get()), -2) << type;
+        EXPECT_EQ(oru_do_value_compare(uri.get(), without.get()), -2) << type;
+        EXPECT_EQ(oru_do_value_compare(without.get(), without.get()), -2) << type;
+    }
 }
 
 TEST(ValueOrder, ValuesWithoutPayloadHaveNone) {

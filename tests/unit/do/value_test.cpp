@@ -581,6 +581,31 @@ TEST(ValueStorage, PoolsAreTracedWhenTheyAreMade) {
     });
 }
 
+TEST(ValueStorage, AnElementThatIsNotOfItsPoolIsFatal) {
+    const char *words = "Failed to free ##name from chunk poolheap_chunk_##type";
+    EXPECT_FATAL(
+        {
+            ORUDoValue *val = new_text(31);
+            init_chunk_poolheap_oru_do_value_sml_misc(4, 0);
+            oru_do_value_deref(val);
+        },
+        words);
+    EXPECT_FATAL(
+        {
+            ORUDoValue *val = new_bytes<oru_do_value_new_hex_binary>(127);
+            init_chunk_poolheap_oru_do_value_misc(4, 0);
+            oru_do_value_deref(val);
+        },
+        words);
+    EXPECT_FATAL(
+        {
+            ORUDoValue *val = oru_do_value_new_int(1);
+            init_chunk_poolheap_oru_do_value(4, 0);
+            oru_do_value_deref(val);
+        },
+        words);
+}
+
 TEST(ValueStorage, TextsOfAllSizesKeepTheirBytes) {
     for (size_t length : {0, 1, 31, 32, 127, 128, 129, 40000}) {
         std::string text;

@@ -90,6 +90,11 @@ TEST(ValueText, ValuesWithoutPayload) {
     EXPECT_EQ(printed(with_type(-3)), "__unknown__");
 }
 
+TEST(ValueText, ACodeWithoutATypePrintsItsTabsOnly) {
+    for (int32_t code : {16, 100, 110, -4})
+        EXPECT_EQ(printed(with_type(code), 1), "\t") << code;
+}
+
 TEST(ValueText, NumbersWithTheSignOfTheirType) {
     EXPECT_EQ(printed(Value(oru_do_value_new_unsigned_byte(255))), "255");
     EXPECT_EQ(printed(Value(oru_do_value_new_byte(-128))), "-128");
