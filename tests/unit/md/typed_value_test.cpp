@@ -6,6 +6,7 @@
 #include <oru/uri.h>
 #include <oru/value.h>
 #include <oru/vlist.h>
+#include <oruplatform/poolheap.h>
 
 #include "tests/support/death.h"
 #include "tests/support/oom.h"
@@ -76,7 +77,49 @@ TEST_F(TypedValue, TextThatDoesNotFitGivesTheCodeOfTheParse) {
     auto *value = oru_do_value_new_string("many");
     int32_t code = 0;
     EXPECT_EQ(oru_do_value_new_from_mr_meta(value, mr, "mtu", &code), nullptr);
-    EXPECT_NE(code, 0);
+    EXPECT_EQ(code, 101);
+    oru_do_value_deref(value);
+}
+
+TEST_F(TypedValue, StatusThatWasSetStopsNothing) {
+    auto *value = oru_do_value_new_string("1500");
+    int32_t code = 101;
+    auto *typed = oru_do_value_new_from_mr_meta(value, mr, "mtu", &code);
+    EXPECT_EQ(code, 0);
+    EXPECT_EQ(oru_do_value_get_int(typed, &code), 1500);
+    oru_do_value_deref(typed);
+    oru_do_value_deref(value);
+}
+
+TEST_F(TypedValue, StringWithoutTextIsRefused) {
+    poolheap_fail_nth(2, 0);
+    auto *value = oru_do_value_new_string("1500");
+    poolheap_fail_off();
+    TraceCapture traces(3);
+    int32_t code = 0;
+    EXPECT_EQ(oru_do_value_new_from_mr_meta(value, mr, "mtu", &code), nullptr);
+    EXPECT_EQ(code, 101);
+    EXPECT_EQ(traces.at(3), Texts{"unable to interpret value for mtu as string (rc=101)\n"});
+    oru_do_value_deref(value);
+}
+
+ORUDoValue *parse_hook(intptr_t, const char *text, int32_t type, int32_t *errp) {
+    EXPECT_STREQ(text, "1500");
+    EXPECT_EQ(type, 5);
+    *errp = 42;
+    return oru_do_value_new_null();
+}
+
+TEST_F(TypedValue, TextGoesThroughTheDefaultFormatter) {
+    const ORUDoValueFormatter formatter{0, nullptr, parse_hook, nullptr};
+    auto *value = oru_do_value_new_string("1500");
+    int32_t code = 0;
+    oru_do_value_set_default_formatter(&formatter);
+    auto *typed = oru_do_value_new_from_mr_meta(value, mr, "mtu", &code);
+    oru_do_value_set_default_formatter(nullptr);
+    EXPECT_EQ(code, 42);
+    EXPECT_EQ(oru_do_value_get_type(typed), -1);
+    oru_do_value_deref(typed);
     oru_do_value_deref(value);
 }
 
