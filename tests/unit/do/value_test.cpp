@@ -581,6 +581,32 @@ TEST(ValueStorage, PoolsAreTracedWhenTheyAreMade) {
     });
 }
 
+uint64_t live_bytes(uint32_t tag) {
+    poolheap_stats_t stats{};
+    poolheap_tag_stats(tag, &stats);
+    return stats.live_bytes;
+}
+
+void expect_block(uint32_t tag, uint64_t size, ORUDoValue *(*make)(size_t), size_t length) {
+    const uint64_t before = live_bytes(tag);
+    Value val(make(length));
+    EXPECT_EQ(live_bytes(tag) - before, size) << length;
+}
+
+TEST(ValueStorage, BlocksOfTheHeapHaveTheSizesOfTheirClass) {
+    const auto hex = new_bytes<oru_do_value_new_hex_binary>;
+    expect_block(kStrdup, 129, new_text, 128);
+    expect_block(kStrdup, 5001, new_counted_text, 5000);
+    expect_block(kLarge, 128, hex, 128);
+    expect_block(kLarge, 5000, hex, 5000);
+    if (std::getenv("ORU_TEST_POOLS") != nullptr)
+        return;  // the shorter ones are elements there
+    expect_block(kSmall, 32, new_text, 0);
+    expect_block(kSmall, 32, hex, 31);
+    expect_block(kLarge, 128, new_text, 32);
+    expect_block(kLarge, 128, hex, 127);
+}
+
 TEST(ValueStorage, AnElementThatIsNotOfItsPoolIsFatal) {
     const char *words = "Failed to free ##name from chunk poolheap_chunk_##type";
     EXPECT_FATAL(
