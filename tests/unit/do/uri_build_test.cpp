@@ -28,6 +28,10 @@ TEST(UriBuild, OneKey) {
     EXPECT_EQ(text_of(Uri(oru_do_uri_new_val("p", "a", "k", value.get()))), "p/a;k=true");
 }
 
+TEST(UriBuild, OnlyTheKeysValueIsEscaped) {
+    EXPECT_EQ(with_string("/p q", "a:b", "k k", "v v"), "/p q/a:b;k k=v%20v");
+}
+
 TEST(UriBuild, OnlyTheSlashAloneIsLeftOut) {
     EXPECT_EQ(with_string("/", "a", "k", "1"), "/a;k=1");
     EXPECT_EQ(with_string("//", "a", "k", "1"), "///a;k=1");
@@ -145,6 +149,29 @@ TEST(UriChild, OfAParentThatWasNotParsed) {
     EXPECT_TRUE(traces.lines().empty());
     EXPECT_EQ(model_of(uri), "a|b;k=x/y;l=");
     EXPECT_EQ(text_of(child(parent, "b")), "/a/b");
+}
+
+TEST(UriChild, NamesOfKeysAreNotEscaped) {
+    const Keys list = keys({{"k/ k", "v v"}});
+    EXPECT_EQ(text_of(child(unparsed("/a"), "b:c", list)), "/a/b:c;k/ k=v%20v");
+    EXPECT_EQ(model_of(child(parsed("/a"), "b:c", list)), "a|b:c;k/ k=v v");
+}
+
+TEST(UriChild, AFailedParseHidesTheParentThatItKeeps) {
+    const Uri parent = unparsed("/a/");
+    const Uri uri = child(parent, "b");
+    EXPECT_EQ(text_of(uri), "/a//b");
+    TraceCapture traces;
+    EXPECT_EQ(oru_do_uri_get_parent_uri(uri.get()), nullptr);
+    EXPECT_TRUE(traces.has(3, "Invalid uri '/a//b'"));
+}
+
+TEST(UriChild, AParseOfTheChildLeavesItsParent) {
+    const Uri parent = unparsed("/a");
+    const Uri uri = child(parent, "b");
+    EXPECT_EQ(model_of(uri), "a|b");
+    EXPECT_EQ(oru_do_uri_get_parent_uri(uri.get()), parent.get());
+    EXPECT_EQ(parent_of(Uri(oru_do_uri_clone(uri.get()))), "/a");
 }
 
 TEST(UriChild, RootsAddNoSlash) {

@@ -74,6 +74,28 @@ TEST(UriColl, KeysStandBehindTheMember) {
     EXPECT_EQ(text_of(Uri(oru_do_uri_new_from_coll_uri_str("/ab", keys.get()))), "(null)");
 }
 
+TEST(UriColl, AStringThatCannotBeReadGivesNoMember) {
+    poolheap_fail_nth(2, 0);
+    const Value value(oru_do_value_new_string("x"));
+    poolheap_fail_off();
+    ASSERT_NE(value, nullptr);
+    const Keys keys(oru_do_nvlist_new_from_item("k", value.get()));
+    EXPECT_EQ(oru_do_uri_new_from_coll_uri(unparsed("/ab?cd").get(), keys.get()), nullptr);
+    EXPECT_EQ(oru_do_uri_new_from_coll_uri(parsed("/ab?cd").get(), keys.get()), nullptr);
+    EXPECT_EQ(oru_do_uri_new_from_coll_uri_str("/ab?cd", keys.get()), nullptr);
+}
+
+TEST(UriColl, KeysThatAreNoStringsAreCollectedInEscapedForm) {
+    const Uri link = unparsed("/x");
+    const Value value(oru_do_value_new_mr_uri(link.get()));
+    const Keys keys(oru_do_nvlist_new_from_item("k k", value.get()));
+    const Uri uri(oru_do_uri_new_from_coll_uri(parsed("/a?bc").get(), keys.get()));
+    EXPECT_EQ(text_of(uri), "/a/bc;k k=%2Fx");
+    EXPECT_EQ(model_of(uri), "a|bc;k k=%2Fx");
+    const Uri by_text(oru_do_uri_new_from_coll_uri(unparsed("/aa?bc").get(), keys.get()));
+    EXPECT_EQ(model_of(by_text), "aa|bc;k k=/x");
+}
+
 TEST(UriColl, AMemberOfAParsedCollectionCountsAsParsed) {
     const Uri coll = parsed("/a;i=1?bc");
     const Keys keys = key("k", "x/y");

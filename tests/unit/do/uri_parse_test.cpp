@@ -313,6 +313,77 @@ TEST(UriParse, ValuesAreUnescapedUnlessToldOtherwise) {
     EXPECT_EQ(model_of("/a%2F;k%3B=1?b%2F"), "a%2F;k%3B=1?b%2F");
     const Uri raw(oru_do_uri_new_parse_unescape_key("/a;k=x%2Fy%3Bz"));
     EXPECT_EQ(model_of(raw), "a;k=x%2Fy%3Bz");
+    const Uri odd(oru_do_uri_new_parse_unescape_key("/a;k=;l=%41;m=%"));
+    EXPECT_EQ(model_of(odd), "a;k=;l=%41;m=%");
+    EXPECT_EQ(model_of("/a;k=;l=%41;m=%"), "a;k=;l=;m=%");
+}
+
+// ---- The record ----
+
+// What a program that was compiled apart takes the records to be.
+struct SegmentImage {
+    ORUDoNvlist *keys;
+    uint16_t start;
+    uint16_t end;
+    char ref_name[64];
+};
+
+struct UriImage {
+    char *uri_str;
+    char *parent_str;
+    ORUDoUri *parent_uri;
+    SegmentImage *segments;
+    char *query_part;
+    int32_t ref_count;
+    int32_t num_segments;
+    SegmentImage segment_table[10];
+    int32_t uri_str_alloc;
+    int32_t parent_str_alloc;
+    int32_t query_alloc;
+};
+
+const UriImage &image_of(const Uri &uri) {
+    return *reinterpret_cast<const UriImage *>(uri.get());
+}
+
+TEST(UriRecord, FieldsStandInOrder) {
+    const std::string query = run_of(128, 'q');
+    const std::string text = "//" + run_of(63, 'l') + ";i=1/b?" + query;
+    const Uri uri = unparsed(text);
+    const UriImage &image = image_of(uri);
+    EXPECT_EQ(image.uri_str, text);
+    EXPECT_EQ(image.segments, nullptr);
+    EXPECT_EQ(image.ref_count, 1);
+    EXPECT_EQ(oru_do_uri_get_segment_count(uri.get()), 2);
+    EXPECT_EQ(image.segments, image.segment_table);
+    EXPECT_EQ(image.num_segments, 2);
+    EXPECT_EQ(image.parent_str, "//" + run_of(63, 'l') + ";i=1");  // 69
+    EXPECT_EQ(image.parent_uri, nullptr);
+    EXPECT_EQ(image.query_part, query);
+    EXPECT_NE(image.segment_table[0].keys, nullptr);
+    EXPECT_EQ(image.segment_table[0].start, 2);
+    EXPECT_EQ(image.segment_table[0].end, 68);
+    EXPECT_EQ(image.segment_table[0].ref_name, run_of(63, 'l'));
+    EXPECT_EQ(image.segment_table[1].keys, nullptr);
+    EXPECT_EQ(image.segment_table[1].start, 70);
+    EXPECT_EQ(image.segment_table[1].end, 70);
+    EXPECT_STREQ(image.segment_table[1].ref_name, "b");
+    EXPECT_EQ(image.uri_str_alloc, 2);
+    EXPECT_EQ(image.parent_str_alloc, 1);
+    EXPECT_EQ(image.query_alloc, 2);
+    EXPECT_EQ(oru_do_uri_get_parent_uri(uri.get()), image.parent_uri);
+    EXPECT_NE(image.parent_uri, nullptr);
+}
+
+TEST(UriRecord, AFailedParseCountsEleven) {
+    const Uri failed = unparsed("/a;k=1/b=c");
+    EXPECT_EQ(oru_do_uri_get_segment_count(failed.get()), 0);
+    EXPECT_EQ(image_of(failed).num_segments, 11);
+    EXPECT_EQ(image_of(failed).segments, image_of(failed).segment_table);
+    const Uri empty = unparsed("");
+    EXPECT_EQ(oru_do_uri_get_segment_count(empty.get()), 0);
+    EXPECT_EQ(image_of(empty).segments, nullptr);
+    EXPECT_EQ(image_of(empty).num_segments, 0);
 }
 
 TEST(UriParse, OneCharacterBehindASemicolonIsPassedOver) {
