@@ -25,7 +25,15 @@ bool oru::uri_set_parent_from_prefix(ORUDoUri &dst, const ORUDoUri &src, int32_t
     if (n < 1 || !uri_is_parsed(src) || src.num_segments < n)
         return true;
     const std::string_view prefix = uri_prefix(src, n);
-    return oru::parent_text(dst).assign(prefix, roomy(prefix.size()));
+    const StorageClass storage = uri_texts.class_for(roomy(prefix.size()));
+    UriText parent = parent_text(dst);
+    if (storage != StorageClass::heap)
+        return parent.store(prefix, storage);
+    // On the heap the whole text is copied and then ended at the cut.
+    if (!parent.store(src.uri_str, storage))
+        return false;
+    parent.text[prefix.size()] = '\0';
+    return true;
 }
 
 bool oru::uri_prefill(ORUDoUri &dst, const ORUDoUri &src, int32_t n) {

@@ -100,6 +100,19 @@ TEST(UriDescendant, ParentsLandInTheirClasses) {
     EXPECT_EQ(asked("/" + run_of(10) + ";k=" + run_of(113)), "heap");  // 127
 }
 
+TEST(UriDescendant, ALongParentIsTheWholeTextEndedAtTheCut) {
+    const std::string first = "/" + run_of(10) + ";k=" + run_of(113);  // 127
+    const Uri uri = parsed(first + "/" + run_of(40));                  // 168
+    poolheap_stats_t before{};
+    poolheap_tag_stats(kStrdupTag, &before);
+    const Uri prefix(oru_do_uri_new_from_descendant(uri.get(), 1, nullptr));
+    poolheap_stats_t after{};
+    poolheap_tag_stats(kStrdupTag, &after);
+    EXPECT_EQ(text_of(prefix), first);
+    EXPECT_EQ(after.live_bytes - before.live_bytes, 128u + 169u);
+    EXPECT_EQ(parent_of(prefix), first);
+}
+
 TEST(UriMerge, WritesWhatItIsGiven) {
     const Uri uri = unparsed("/a");
     const auto merged = [&](const char *prefix, int32_t length, const char *suffix) {
