@@ -111,58 +111,49 @@ ORU_API int32_t oru_do_properties_equals(ORUDoProperties *properties1,
  * 101 when the value has another type, and then the result is 0 or null. Without such an entry, and
  * for an entry without a value, `rc` gets 106. Asserts "rc" too. `len` may be null.
  */
-ORU_API uint8_t oru_do_properties_get_unsigned_byte(ORUDoProperties *properties, const char *name,
+ORU_API uint8_t oru_do_properties_get_unsigned_byte(ORUDoProperties *props, const char *name,
                                                     int32_t *rc);
-ORU_API int8_t oru_do_properties_get_byte(ORUDoProperties *properties, const char *name,
-                                          int32_t *rc);
-ORU_API uint16_t oru_do_properties_get_unsigned_short(ORUDoProperties *properties, const char *name,
+ORU_API int8_t oru_do_properties_get_byte(ORUDoProperties *props, const char *name, int32_t *rc);
+ORU_API uint16_t oru_do_properties_get_unsigned_short(ORUDoProperties *props, const char *name,
                                                       int32_t *rc);
-ORU_API int16_t oru_do_properties_get_short(ORUDoProperties *properties, const char *name,
-                                            int32_t *rc);
-ORU_API uint32_t oru_do_properties_get_unsigned_int(ORUDoProperties *properties, const char *name,
+ORU_API int16_t oru_do_properties_get_short(ORUDoProperties *props, const char *name, int32_t *rc);
+ORU_API uint32_t oru_do_properties_get_unsigned_int(ORUDoProperties *props, const char *name,
                                                     int32_t *rc);
-ORU_API int32_t oru_do_properties_get_int(ORUDoProperties *properties, const char *name,
-                                          int32_t *rc);
-ORU_API uint64_t oru_do_properties_get_unsigned_long(ORUDoProperties *properties, const char *name,
+ORU_API int32_t oru_do_properties_get_int(ORUDoProperties *props, const char *name, int32_t *rc);
+ORU_API uint64_t oru_do_properties_get_unsigned_long(ORUDoProperties *props, const char *name,
                                                      int32_t *rc);
-ORU_API int64_t oru_do_properties_get_long(ORUDoProperties *properties, const char *name,
-                                           int32_t *rc);
-ORU_API const char *oru_do_properties_get_string(ORUDoProperties *properties, const char *name,
+ORU_API int64_t oru_do_properties_get_long(ORUDoProperties *props, const char *name, int32_t *rc);
+ORU_API const char *oru_do_properties_get_string(ORUDoProperties *props, const char *name,
                                                  int32_t *rc);
-ORU_API int32_t oru_do_properties_get_boolean(ORUDoProperties *properties, const char *name,
+ORU_API int32_t oru_do_properties_get_boolean(ORUDoProperties *props, const char *name,
                                               int32_t *rc);
-ORU_API float oru_do_properties_get_float(ORUDoProperties *properties, const char *name,
-                                          int32_t *rc);
-ORU_API double oru_do_properties_get_double(ORUDoProperties *properties, const char *name,
-                                            int32_t *rc);
-ORU_API int64_t oru_do_properties_get_datetime(ORUDoProperties *properties, const char *name,
+ORU_API float oru_do_properties_get_float(ORUDoProperties *props, const char *name, int32_t *rc);
+ORU_API double oru_do_properties_get_double(ORUDoProperties *props, const char *name, int32_t *rc);
+ORU_API int64_t oru_do_properties_get_datetime(ORUDoProperties *props, const char *name,
                                                int32_t *rc);
-ORU_API int64_t oru_do_properties_get_duration(ORUDoProperties *properties, const char *name,
+ORU_API int64_t oru_do_properties_get_duration(ORUDoProperties *props, const char *name,
                                                int32_t *rc);
-ORU_API ORUDoUri *oru_do_properties_get_any_uri(ORUDoProperties *properties, const char *name,
+ORU_API ORUDoUri *oru_do_properties_get_any_uri(ORUDoProperties *props, const char *name,
                                                 int32_t *rc);
-ORU_API const uint8_t *oru_do_properties_get_hex_binary(ORUDoProperties *properties,
-                                                        const char *name, int32_t *len,
-                                                        int32_t *rc);
-ORU_API const uint8_t *oru_do_properties_get_ip_address(ORUDoProperties *properties,
-                                                        const char *name, int32_t *len,
-                                                        int32_t *rc);
-ORU_API const uint8_t *oru_do_properties_get_nsap_address(ORUDoProperties *properties,
-                                                          const char *name, int32_t *len,
-                                                          int32_t *rc);
-ORU_API const char *oru_do_properties_get_enumeration(ORUDoProperties *properties, const char *name,
+ORU_API const uint8_t *oru_do_properties_get_hex_binary(ORUDoProperties *props, const char *name,
+                                                        int32_t *len, int32_t *rc);
+ORU_API const uint8_t *oru_do_properties_get_ip_address(ORUDoProperties *props, const char *name,
+                                                        int32_t *len, int32_t *rc);
+ORU_API const uint8_t *oru_do_properties_get_nsap_address(ORUDoProperties *props, const char *name,
+                                                          int32_t *len, int32_t *rc);
+ORU_API const char *oru_do_properties_get_enumeration(ORUDoProperties *props, const char *name,
                                                       int32_t *rc);
-ORU_API ORUDoNvlist *oru_do_properties_get_choice(ORUDoProperties *properties, const char *name,
+ORU_API ORUDoNvlist *oru_do_properties_get_choice(ORUDoProperties *props, const char *name,
                                                   int32_t *rc);
-ORU_API ORUDoNvlist *oru_do_properties_get_sequence(ORUDoProperties *properties, const char *name,
+ORU_API ORUDoNvlist *oru_do_properties_get_sequence(ORUDoProperties *props, const char *name,
                                                     int32_t *rc);
-ORU_API ORUDoVlist *oru_do_properties_get_array(ORUDoProperties *properties, const char *name,
+ORU_API ORUDoVlist *oru_do_properties_get_array(ORUDoProperties *props, const char *name,
                                                 int32_t *rc);
-ORU_API ORUDoUri *oru_do_properties_get_mr_uri(ORUDoProperties *properties, const char *name,
+ORU_API ORUDoUri *oru_do_properties_get_mr_uri(ORUDoProperties *props, const char *name,
                                                int32_t *rc);
-ORU_API ORUDoUri *oru_do_properties_get_coll_uri(ORUDoProperties *properties, const char *name,
+ORU_API ORUDoUri *oru_do_properties_get_coll_uri(ORUDoProperties *props, const char *name,
                                                  int32_t *rc);
-ORU_API ORUDoVlist *oru_do_properties_get_bits(ORUDoProperties *properties, const char *name,
+ORU_API ORUDoVlist *oru_do_properties_get_bits(ORUDoProperties *props, const char *name,
                                                int32_t *rc);
 
 /* ---- Setting ----
@@ -196,58 +187,52 @@ ORU_API int32_t oru_do_properties_set_props(ORUDoProperties *props, ORUDoPropert
  * null text, null bytes or a null object give a value of type null. Result 0; 10002 when the value
  * cannot be had. A name or an entry that cannot be had drops the value, and the result is 0.
  */
-ORU_API int32_t oru_do_properties_set_null(ORUDoProperties *properties, const char *name);
-ORU_API int32_t oru_do_properties_set_default(ORUDoProperties *properties, const char *name);
-ORU_API int32_t oru_do_properties_set_unsigned_byte(ORUDoProperties *properties, const char *name,
+ORU_API int32_t oru_do_properties_set_null(ORUDoProperties *props, const char *name);
+ORU_API int32_t oru_do_properties_set_default(ORUDoProperties *props, const char *name);
+ORU_API int32_t oru_do_properties_set_unsigned_byte(ORUDoProperties *props, const char *name,
                                                     uint8_t n);
-ORU_API int32_t oru_do_properties_set_byte(ORUDoProperties *properties, const char *name, int8_t n);
-ORU_API int32_t oru_do_properties_set_unsigned_short(ORUDoProperties *properties, const char *name,
+ORU_API int32_t oru_do_properties_set_byte(ORUDoProperties *props, const char *name, int8_t n);
+ORU_API int32_t oru_do_properties_set_unsigned_short(ORUDoProperties *props, const char *name,
                                                      uint16_t n);
-ORU_API int32_t oru_do_properties_set_short(ORUDoProperties *properties, const char *name,
-                                            int16_t n);
-ORU_API int32_t oru_do_properties_set_unsigned_int(ORUDoProperties *properties, const char *name,
+ORU_API int32_t oru_do_properties_set_short(ORUDoProperties *props, const char *name, int16_t n);
+ORU_API int32_t oru_do_properties_set_unsigned_int(ORUDoProperties *props, const char *name,
                                                    uint32_t n);
-ORU_API int32_t oru_do_properties_set_int(ORUDoProperties *properties, const char *name, int32_t n);
-ORU_API int32_t oru_do_properties_set_unsigned_long(ORUDoProperties *properties, const char *name,
+ORU_API int32_t oru_do_properties_set_int(ORUDoProperties *props, const char *name, int32_t n);
+ORU_API int32_t oru_do_properties_set_unsigned_long(ORUDoProperties *props, const char *name,
                                                     uint64_t n);
-ORU_API int32_t oru_do_properties_set_long(ORUDoProperties *properties, const char *name,
-                                           int64_t n);
-ORU_API int32_t oru_do_properties_set_string(ORUDoProperties *properties, const char *name,
+ORU_API int32_t oru_do_properties_set_long(ORUDoProperties *props, const char *name, int64_t n);
+ORU_API int32_t oru_do_properties_set_string(ORUDoProperties *props, const char *name,
                                              const char *text);
-ORU_API int32_t oru_do_properties_set_boolean(ORUDoProperties *properties, const char *name,
-                                              int32_t n);
-ORU_API int32_t oru_do_properties_set_float(ORUDoProperties *properties, const char *name, float n);
-ORU_API int32_t oru_do_properties_set_double(ORUDoProperties *properties, const char *name,
-                                             double n);
-ORU_API int32_t oru_do_properties_set_datetime(ORUDoProperties *properties, const char *name,
-                                               int64_t n);
-ORU_API int32_t oru_do_properties_set_duration(ORUDoProperties *properties, const char *name,
-                                               int64_t n);
-ORU_API int32_t oru_do_properties_set_any_uri(ORUDoProperties *properties, const char *name,
+ORU_API int32_t oru_do_properties_set_boolean(ORUDoProperties *props, const char *name, int32_t n);
+ORU_API int32_t oru_do_properties_set_float(ORUDoProperties *props, const char *name, float n);
+ORU_API int32_t oru_do_properties_set_double(ORUDoProperties *props, const char *name, double n);
+ORU_API int32_t oru_do_properties_set_datetime(ORUDoProperties *props, const char *name, int64_t n);
+ORU_API int32_t oru_do_properties_set_duration(ORUDoProperties *props, const char *name, int64_t n);
+ORU_API int32_t oru_do_properties_set_any_uri(ORUDoProperties *props, const char *name,
                                               ORUDoUri *object);
-ORU_API int32_t oru_do_properties_set_hex_binary(ORUDoProperties *properties, const char *name,
+ORU_API int32_t oru_do_properties_set_hex_binary(ORUDoProperties *props, const char *name,
                                                  const void *bytes, int32_t n);
-ORU_API int32_t oru_do_properties_set_ip_address(ORUDoProperties *properties, const char *name,
+ORU_API int32_t oru_do_properties_set_ip_address(ORUDoProperties *props, const char *name,
                                                  const void *bytes, int32_t n);
-ORU_API int32_t oru_do_properties_set_nsap_address(ORUDoProperties *properties, const char *name,
+ORU_API int32_t oru_do_properties_set_nsap_address(ORUDoProperties *props, const char *name,
                                                    const void *bytes, int32_t n);
-ORU_API int32_t oru_do_properties_set_enumeration(ORUDoProperties *properties, const char *name,
+ORU_API int32_t oru_do_properties_set_enumeration(ORUDoProperties *props, const char *name,
                                                   const char *text);
-ORU_API int32_t oru_do_properties_set_choice(ORUDoProperties *properties, const char *name,
+ORU_API int32_t oru_do_properties_set_choice(ORUDoProperties *props, const char *name,
                                              ORUDoNvlist *object);
-ORU_API int32_t oru_do_properties_set_sequence(ORUDoProperties *properties, const char *name,
+ORU_API int32_t oru_do_properties_set_sequence(ORUDoProperties *props, const char *name,
                                                ORUDoNvlist *object);
-ORU_API int32_t oru_do_properties_set_array(ORUDoProperties *properties, const char *name,
+ORU_API int32_t oru_do_properties_set_array(ORUDoProperties *props, const char *name,
                                             ORUDoVlist *object);
-ORU_API int32_t oru_do_properties_set_mr_uri(ORUDoProperties *properties, const char *name,
+ORU_API int32_t oru_do_properties_set_mr_uri(ORUDoProperties *props, const char *name,
                                              ORUDoUri *object);
-ORU_API int32_t oru_do_properties_set_coll_uri(ORUDoProperties *properties, const char *name,
+ORU_API int32_t oru_do_properties_set_coll_uri(ORUDoProperties *props, const char *name,
                                                ORUDoUri *object);
-ORU_API int32_t oru_do_properties_set_bits(ORUDoProperties *properties, const char *name,
+ORU_API int32_t oru_do_properties_set_bits(ORUDoProperties *props, const char *name,
                                            ORUDoVlist *object);
 
 /* The same for a hexBinary of six bytes of the derived type "MACAddress". */
-ORU_API int32_t oru_do_properties_set_mac_address(ORUDoProperties *properties, const char *name,
+ORU_API int32_t oru_do_properties_set_mac_address(ORUDoProperties *props, const char *name,
                                                   const void *bytes);
 
 /* ---- Adding and removing ---- */

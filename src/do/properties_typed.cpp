@@ -10,11 +10,11 @@ namespace {
 
 // The value of that name. Without one the status is 106, which is none of the codes that speak of
 // things that are missing.
-ORUDoValue *find_value(ORUDoProperties *properties, const char *name, int32_t *rc) {
-    ORU_REQUIRE(properties);
+ORUDoValue *find_value(ORUDoProperties *props, const char *name, int32_t *rc) {
+    ORU_REQUIRE(props);
     ORU_REQUIRE(name);
     ORU_REQUIRE(rc);
-    const ORUDoProperty *entry = oru::properties_find(*properties, name);
+    const ORUDoProperty *entry = oru::properties_find(*props, name);
     if (entry != nullptr && entry->value != nullptr)
         return entry->value;
     *rc = ORU_RC_PROPERTY;
@@ -22,13 +22,13 @@ ORUDoValue *find_value(ORUDoProperties *properties, const char *name, int32_t *r
 }
 
 // Sets a value and gives up the reference that came with it.
-int32_t set_new(ORUDoProperties *properties, const char *name, ORUDoValue *value) {
-    ORU_REQUIRE(properties);
+int32_t set_new(ORUDoProperties *props, const char *name, ORUDoValue *value) {
+    ORU_REQUIRE(props);
     ORU_REQUIRE(name);
     const auto held = oru::Ref<ORUDoValue>::adopt(value);
     if (!held)
         return ORU_RC_MALLOC;
-    oru::properties_set(*properties, name, held.get());
+    oru::properties_set(*props, name, held.get());
     return ORU_OK;
 }
 
@@ -36,33 +36,33 @@ constexpr int32_t kMacAddressLength = 6;
 
 }  // namespace
 
-#define GET(SHAPE, suffix, CODE, text, Type)                                                      \
-    ORU_VALUE_RESULT_##SHAPE(Type) oru_do_properties_get_##suffix(                                \
-        ORUDoProperties *properties, const char *name, ORU_VALUE_LEN_PARAM_##SHAPE int32_t *rc) { \
-        ORUDoValue *value = find_value(properties, name, rc);                                     \
-        if (value == nullptr)                                                                     \
-            return {};                                                                            \
-        return oru_do_value_get_##suffix(value, ORU_VALUE_LEN_ARG_##SHAPE rc);                    \
+#define GET(SHAPE, suffix, CODE, text, Type)                                                 \
+    ORU_VALUE_RESULT_##SHAPE(Type) oru_do_properties_get_##suffix(                           \
+        ORUDoProperties *props, const char *name, ORU_VALUE_LEN_PARAM_##SHAPE int32_t *rc) { \
+        ORUDoValue *value = find_value(props, name, rc);                                     \
+        if (value == nullptr)                                                                \
+            return {};                                                                       \
+        return oru_do_value_get_##suffix(value, ORU_VALUE_LEN_ARG_##SHAPE rc);               \
     }
 ORU_VALUE_TYPES(GET)
 
-int32_t oru_do_properties_set_null(ORUDoProperties *properties, const char *name) {
-    return set_new(properties, name, oru_do_value_new_null());
+int32_t oru_do_properties_set_null(ORUDoProperties *props, const char *name) {
+    return set_new(props, name, oru_do_value_new_null());
 }
 
-int32_t oru_do_properties_set_default(ORUDoProperties *properties, const char *name) {
-    return set_new(properties, name, oru_do_value_new_default());
+int32_t oru_do_properties_set_default(ORUDoProperties *props, const char *name) {
+    return set_new(props, name, oru_do_value_new_default());
 }
 
-#define SET(SHAPE, suffix, CODE, text, Type)                                                 \
-    int32_t oru_do_properties_set_##suffix(ORUDoProperties *properties, const char *name,    \
-                                           ORU_VALUE_PARAMS_##SHAPE(Type)) {                 \
-        return set_new(properties, name, oru_do_value_new_##suffix(ORU_VALUE_ARGS_##SHAPE)); \
+#define SET(SHAPE, suffix, CODE, text, Type)                                            \
+    int32_t oru_do_properties_set_##suffix(ORUDoProperties *props, const char *name,    \
+                                           ORU_VALUE_PARAMS_##SHAPE(Type)) {            \
+        return set_new(props, name, oru_do_value_new_##suffix(ORU_VALUE_ARGS_##SHAPE)); \
     }
 ORU_VALUE_TYPES(SET)
 
-int32_t oru_do_properties_set_mac_address(ORUDoProperties *properties, const char *name,
+int32_t oru_do_properties_set_mac_address(ORUDoProperties *props, const char *name,
                                           const void *bytes) {
-    return set_new(properties, name,
+    return set_new(props, name,
                    oru::new_derived_hex_binary(bytes, kMacAddressLength, "MACAddress"));
 }

@@ -231,12 +231,12 @@ TEST_F(PropertiesTyped, ANameOrAnEntryThatCannotBeHadDropsTheValue) {
 
 TEST_F(PropertiesTyped, RequiredArguments) {
     for (const Row &row : all_rows()) {
-        EXPECT_ASSERTION(row.set(nullptr, "x"), "properties") << row.suffix;
+        EXPECT_ASSERTION(row.set(nullptr, "x"), "props") << row.suffix;
         EXPECT_ASSERTION(row.set(props, nullptr), "name") << row.suffix;
     }
     for (const Row &row : rows()) {
         int32_t rc = 0;
-        EXPECT_ASSERTION(row.reads_nothing(nullptr, "x", &rc), "properties") << row.suffix;
+        EXPECT_ASSERTION(row.reads_nothing(nullptr, "x", &rc), "props") << row.suffix;
         EXPECT_ASSERTION(row.reads_nothing(props, nullptr, &rc), "name") << row.suffix;
         EXPECT_ASSERTION(row.reads_nothing(props, "x", nullptr), "rc") << row.suffix;
     }
