@@ -266,6 +266,16 @@ TEST_F(Properties, AClearedTableMakesItsNextIndexByTheSettingsOfThen) {
     EXPECT_EQ(oru_hashtable_get_size(index_of(props)), 7);
 }
 
+TEST_F(Properties, SettingsTakeAnyNumberAndAreTraced) {
+    TraceCapture traces;
+    oru_do_properties_set_max_size_before_hash_table(UINT32_MAX);
+    oru_do_properties_set_hash_table_size(44);
+    EXPECT_EQ(traces.lines(), (std::vector<Trace>{{7, "set max size before ht 4294967295"},
+                                                  {7, "set ht size to 44"}}));
+    fill(props, 30);
+    EXPECT_EQ(index_of(props), nullptr);
+}
+
 TEST_F(Properties, AnIndexWithLongChainsFindsEverything) {
     oru_do_properties_set_max_size_before_hash_table(0);
     oru_do_properties_set_hash_table_size(1);

@@ -173,6 +173,17 @@ TEST_F(TypedValue, TableKeepsWhatWasSetBeforeTheFailure) {
     oru_do_properties_deref(table);
 }
 
+TEST_F(TypedValue, AListThatCannotBeHadIsTraced) {
+    add("mtu", "9000");
+    TraceCapture traces(3);
+    int32_t code = 0;
+    poolheap_fail_nth(1, 0);
+    EXPECT_EQ(oru_do_nvlist_new_from_mr_meta(list, mr, &code), nullptr);
+    poolheap_fail_off();
+    EXPECT_EQ(code, 10002);
+    EXPECT_EQ(traces.at(3), Texts{"Failed to allocate nvlist\n"});
+}
+
 TEST_F(TypedValue, WithoutMemoryTheListIsNotMade) {
     add("mtu", "9000");
     add("label", "a text that is too long to be kept in the smallest of the storages for values");
