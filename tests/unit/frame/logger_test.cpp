@@ -1,13 +1,33 @@
 #include "oru/logger.h"
 
+#include <dlfcn.h>
 #include <gtest/gtest.h>
+#include <safeclib/safe_str_lib.h>
 
 #include <cstdio>
 #include <string>
 #include <vector>
 
 #include "tests/support/child.h"
+#include "tests/support/death.h"
 #include "tests/support/trace_capture.h"
+
+namespace {
+
+bool comparison_fails = false;
+
+}  // namespace
+
+// Stands in front of the bounded string library, whose comparison never fails for what the logger
+// hands it.
+extern "C" [[gnu::visibility("default")]] errno_t _strcmp_s_chk(const char *dest, rsize_t dmax,
+                                                                const char *src, int *result,
+                                                                const size_t dest_size,
+                                                                const size_t src_size) {
+    using Compare = errno_t(const char *, rsize_t, const char *, int *, size_t, size_t);
+    static auto *const real = reinterpret_cast<Compare *>(dlsym(RTLD_NEXT, "_strcmp_s_chk"));
+    return comparison_fails ? ESLEMIN : real(dest, dmax, src, result, dest_size, src_size);
+}
 
 namespace {
 
@@ -103,6 +123,15 @@ TEST_F(Logger, EmptyAndLongNamesAreJustNoNames) {
     });
     EXPECT_TRUE(child.exited_with(0)) << child.describe();
     EXPECT_EQ(child.output, "");  // nobody prints but the tracer
+}
+
+TEST_F(Logger, AComparisonThatFailsIsFatal) {
+    EXPECT_FATAL(
+        {
+            comparison_fails = true;
+            oru_logger_get_level_index("WARN");
+        },
+        "Bad string comparison for log level name");
 }
 
 TEST_F(Logger, ANullNameIsTold) {
