@@ -12,12 +12,17 @@ Item *&behind_last(ORUDoVlist &vlist) {
     return vlist.last != nullptr ? vlist.last->next : vlist.first;
 }
 
-// Appends an item, which takes the place of what stands behind `last`. The count keeps that.
+// Releases what stands behind `last`. The count keeps it.
+void cut_off(ORUDoVlist &vlist) {
+    for (Item *cut = std::exchange(behind_last(vlist), nullptr); cut != nullptr;)
+        oru::release_item(std::exchange(cut, cut->next));
+}
+
+// Appends an item, which takes the place of what stands behind `last`.
 int32_t append(ORUDoVlist &vlist, Item *item) {
     if (item == nullptr)
         return -1;
-    for (Item *cut = std::exchange(behind_last(vlist), nullptr); cut != nullptr;)
-        oru::release_item(std::exchange(cut, cut->next));
+    cut_off(vlist);
     return oru::append_item(vlist, item);
 }
 
@@ -91,6 +96,9 @@ int32_t oru_do_vlist_add_first(ORUDoVlist *vlist, ORUDoValue *value) {
 int32_t oru_do_vlist_add_all(ORUDoVlist *vlist, ORUDoVlist *other_vlist) {
     ORU_REQUIRE(vlist);
     ORU_REQUIRE(other_vlist);
+    // Of the list itself no item may go while it is looked at.
+    if (vlist == other_vlist)
+        cut_off(*vlist);
     const bool complete = oru::chain(*other_vlist).each([vlist](const Item &item) {
         return append(*vlist, oru::make_vlist_item(item.value)) != -1;
     });

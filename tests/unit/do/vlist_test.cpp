@@ -231,6 +231,17 @@ TEST_F(Vlist, TheLastMayBeRemovedFromUnderWhatStandsBehindIt) {
     EXPECT_EQ(text(), "3 ");
 }
 
+TEST_F(Vlist, AppendedToItselfItKeepsNothingThatStandsBehindTheLast) {
+    add({one});
+    oru_do_vlist_add_after(list, one, two);
+    oru_do_vlist_remove_value(list, one);
+    EXPECT_EQ(text(), "2 ");
+    oru_do_vlist_add_all(list, list);
+    EXPECT_EQ(text(), "");
+    EXPECT_EQ(oru_do_vlist_add(list, three), 2);  // the count keeps what was cut off
+    EXPECT_EQ(text(), "3 ");
+}
+
 TEST_F(Vlist, RemovesTheFirstEqualValue) {
     add({one, two, one, three});
     ORUDoValue *equal = oru_do_value_new_int(1);
