@@ -240,8 +240,8 @@ struct ORUPrInstanceCtx {
     ORUPrInstanceEntry *entries; /* the last one added comes first */
 };
 
-/* Adds an entry at the head of the instance's list. 0, or 10002 when it cannot be allocated. The
-   library never reads the list. Asserts "inst". */
+/* Adds an entry at the head of the instance's list. 0, or 10002 when it cannot be allocated
+   ("Unable to allocate memory" at level 3). The library never reads the list. Asserts "inst". */
 ORU_API int32_t oru_pr_add_crudx_handler(ORUPrInstanceCtx *inst, intptr_t a, intptr_t b, intptr_t c,
                                          intptr_t d);
 

@@ -133,8 +133,10 @@ int32_t oru_pr_add_crudx_handler(ORUPrInstanceCtx *inst, intptr_t a, intptr_t b,
                                  intptr_t d) {
     ORU_REQUIRE(inst);
     auto *entry = make_zeroed<ORUPrInstanceEntry>();
-    if (entry == nullptr)
+    if (entry == nullptr) {
+        ORU_TRACE(Level::failure, "Unable to allocate memory");
         return ORU_RC_MALLOC;
+    }
     *entry = {{a, b, c, d}, inst->entries};
     inst->entries = entry;
     return ORU_OK;

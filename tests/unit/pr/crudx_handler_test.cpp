@@ -201,6 +201,26 @@ TEST(CrudxHandlerMemory, WithoutTheOthersThereIsOne) {
     oru_pr_crudx_handler_delete(handler);
 }
 
+TEST(CrudxHandlerMemory, TheFirstHashTableAloneKeepsReadersOnly) {
+    // All three tables take the same number of allocations, behind the two of the records.
+    poolheap_fail_nth(0, 0);
+    oru_pr_crudx_handler_delete(oru_pr_crudx_handler_new(nullptr));
+    const uint64_t each = (poolheap_fail_calls() - 2) / 3;
+    TraceCapture traces;
+    poolheap_fail_nth(2 + each + 1, 1);
+    ORUPrCrudxHandler *handler = oru_pr_crudx_handler_new(nullptr);
+    poolheap_fail_off();
+    ASSERT_NE(handler, nullptr);
+    EXPECT_EQ(traces.lines(), (std::vector<Trace>{{7, "Done"}}));
+    traces.clear();
+    EXPECT_EQ(oru_pr_crudx_handler_add_prop_cb(handler, "x", read_mtu, write_mtu), ORU_RC_MALLOC);
+    EXPECT_EQ(traces.lines(), (std::vector<Trace>{{3, "Unable to allocate memory"}}));
+    EXPECT_EQ(oru_pr_crudx_handler_get_prop_get_cb(handler, "x"), read_mtu);
+    EXPECT_EQ(oru_pr_crudx_handler_get_prop_set_cb(handler, "x"), nullptr);
+    EXPECT_EQ(oru_pr_crudx_handler_add_action_cb(handler, "x", reboot), ORU_RC_MALLOC);
+    oru_pr_crudx_handler_delete(handler);
+}
+
 TEST(CrudxHandlerMemory, RunningOutIsReported) {
     oru::test::sweep_oom([] {
         ORUPrCrudxHandler *handler = oru_pr_crudx_handler_new(nullptr);
@@ -241,10 +261,15 @@ TEST(PrInstance, TheLastEntryAddedComesFirst) {
 
 TEST(PrInstance, WithoutMemoryTheListStays) {
     ORUPrInstanceCtx inst{};
+    ASSERT_EQ(oru_pr_add_crudx_handler(&inst, 1, 2, 3, 4), ORU_OK);
+    ORUPrInstanceEntry *first = inst.entries;
+    TraceCapture traces;
     poolheap_fail_nth(1, 0);
-    EXPECT_EQ(oru_pr_add_crudx_handler(&inst, 1, 2, 3, 4), ORU_RC_MALLOC);
+    EXPECT_EQ(oru_pr_add_crudx_handler(&inst, 5, 6, 7, 8), ORU_RC_MALLOC);
     poolheap_fail_off();
-    EXPECT_EQ(inst.entries, nullptr);
+    EXPECT_EQ(traces.lines(), (std::vector<Trace>{{3, "Unable to allocate memory"}}));
+    EXPECT_EQ(inst.entries, first);
+    ph_free_named(first);
 }
 
 TEST(PrInstance, NullIsRefused) {
