@@ -1,8 +1,11 @@
+#include <oruplatform/poolheap.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
+#include <vector>
 
 #include "tests/support/death.h"
 #include "tests/support/oom.h"
@@ -399,6 +402,31 @@ TEST_F(DtlParser, AWhereElementOfAnotherNamespaceIsAnElement) {
     EXPECT_EQ(below("<o:where xmlns:o='urn:dtl'/>"), "where container traverse");
 }
 
+TEST_F(DtlParser, AnEmptyConditionIsCounted) {
+    EXPECT_EQ(below(boxes("<dtl:where/><mtu/>")), kBoxes + " cfg=mtu where={}(mtu attr noop)");
+    EXPECT_EQ(oru_dtl_tree_count_where_clause(tree.get()), 1);
+}
+
+// Nothing is known of the attributes there; without an address there is no place for the list.
+TEST_F(DtlParser, ConditionsWithoutAResourceAreNotChecked) {
+    TraceCapture traces;
+    EXPECT_EQ(below("<n><dtl:where><any>1</any></dtl:where></n>"), "n container traverse");
+    EXPECT_EQ(below(box("<ghost><dtl:where><any op='gt'>1</any></dtl:where></ghost>")),
+              kBox + "(ghost child-ref coll:get uri=$_PARENT_URI_?ghost where={any >:1})");
+    EXPECT_TRUE(traces.at(3).empty());
+}
+
+TEST_F(DtlParser, ReferencesAndTheRootHaveConditions) {
+    EXPECT_EQ(
+        below(box("<slots><dtl:where use-once='true'><no op='le'>@n</no></dtl:where>"
+                  "</slots>")),
+        kBox + "(slots child-ref coll:get uri=$_PARENT_URI_?slots mr=Slot where={no <=:'@n'})");
+    EXPECT_EQ(tree->first_child->first_child->first_child->mr_info->use_where_clause_once, 1);
+    EXPECT_EQ(describe(parse("<r xmlns:dtl='urn:dtl' uri='/sys?boxes' mr='net/Box'><dtl:where>"
+                             "<mtu>1</mtu></dtl:where></r>")),
+              "r mr-op coll:get uri=/sys?boxes mr=Box where={mtu:1}");
+}
+
 // ---- Attributes of collections: filters and order ----
 
 TEST_F(DtlParser, TheTextOfAnAttributeFiltersItsCollection) {
@@ -416,6 +444,31 @@ TEST_F(DtlParser, AttributesGiveTheOrderOfTheirCollection) {
                   " cfg=mtu,id,cfg.speed,mtu order=mtu,id desc,cfg.speed snmp(mtu attr noop; "
                   "id attr noop; x attr noop; mtu attr noop)");
     EXPECT_EQ(below(box("<mtu order='asc'/>")), kBox + " cfg=mtu(mtu attr noop)");
+}
+
+// By the name of the element, whatever property it reads.
+TEST_F(DtlParser, FiltersAreCheckedAsConditionsAre) {
+    TraceCapture traces;
+    EXPECT_EQ(below(boxes("<size prop='mtu'>5</size>")),
+              kBoxes + " cfg=mtu !106 Unknown attrib in where clause(size attr noop)");
+    EXPECT_TRUE(traces.has(3, "<b> Unknown attribute in where clause: size"));
+    EXPECT_EQ(below("<a uri='/x?alarms' mr='net/Alarm'><since>5</since></a>"),
+              "a mr-op coll:get uri=/x?alarms mr=Alarm oper=since where={since:5}(since "
+              "oper-attr noop)");
+    const std::string broken = below(boxes("<mtu>oops</mtu><id>@(a)</id>"));
+    EXPECT_EQ(broken.rfind(kBoxes + " cfg=mtu,id where={id:'@(a)'} !7 ", 0), 0u) << broken;
+}
+
+TEST_F(DtlParser, FiltersJoinTheConditions) {
+    EXPECT_EQ(below(boxes("<dtl:where><mtu op='gt'>1</mtu></dtl:where><mtu>5</mtu>", "get-all")),
+              "b mr-op coll:get-all uri=/sys?boxes mr=Box cfg=mtu where={mtu >:1,mtu:5}(mtu attr "
+              "noop)");
+}
+
+TEST_F(DtlParser, OnlyElementsAreLookedAt) {
+    EXPECT_EQ(below("text<!-- c --><?pi x?><a/><![CDATA[<b/>]]>"), "a container traverse");
+    EXPECT_EQ(below(boxes("<mtu><![CDATA[5]]><!-- 6 --></mtu>")),
+              kBoxes + " cfg=mtu where={mtu:5}(mtu attr noop)");
 }
 
 // ---- Actions ----
@@ -473,6 +526,32 @@ TEST_F(DtlParser, TheSixteenthIsNot) {
     EXPECT_EQ(levels, 15);
 }
 
+// A read by metadata does not look at the elements; one without elements needs no level.
+TEST_F(DtlParser, OnlyAnElementIsTooDeep) {
+    std::string text = "<b uri='/sys/boxes;id=1' mr='net/Box' op='get-all-cfg'/>";
+    for (int i = 0; i < 14; ++i)
+        text = "<n>" + text + "</n>";
+    const ORUDtlNode *node = parse("<r>" + text + "</r>");
+    EXPECT_EQ(error, nullptr);
+    while (node->first_child != nullptr)
+        node = node->first_child;
+    EXPECT_EQ(describe(node), "b mr-op get-all-cfg uri=/sys/boxes;id=1 mr=Box cfg=mtu,cfg.speed");
+}
+
+TEST_F(DtlParser, AnElementWithoutItsResourceClearsTheErrorOfTheDocument) {
+    parse("<r>" + nested(16) + "<d uri='/d'/></r>");
+    EXPECT_EQ(error, nullptr);
+    parse("<r><d uri='/d'/>" + nested(16) + "</r>");
+    ASSERT_NE(error, nullptr);
+    EXPECT_EQ(words_of(error.get()), "10000 Max Level Exceeded");
+}
+
+TEST_F(DtlParser, ReadingGoesOnBehindWhatIsTooDeep) {
+    const ORUDtlNode *root = parse("<r>" + nested(16) + "<last/></r>");
+    EXPECT_NE(error, nullptr);
+    EXPECT_EQ(describe(root->first_child->next), "last container traverse");
+}
+
 // ---- Rendering ----
 
 TEST(DtlRender, ALeafIsOneElement) {
@@ -514,7 +593,122 @@ TEST(DtlRender, NullIsRefused) {
     EXPECT_ASSERTION(oru_dtl_tree_to_xml(doc.get(), 0, nullptr), "buf");
 }
 
+TEST(DtlRender, EveryPartHasItsLabel) {
+    const Tree doc(oru_dtl_tree_new());
+    const MrMeta meta = make_mr("Box", {});
+    ORUDtlNode *a = add_mr_node(doc.get(), "a", 17, "/x", meta.get());
+    const Name name(oru_do_name_new("n"));
+    const Value value(oru_do_value_new_int(1));
+    oru_dtl_tree_add_order_by(a, name.get());
+    oru_dtl_tree_add_where_clause(a, "n", value.get());
+    oru_dtl_tree_set_act_name(a, name.get());
+    oru_dtl_tree_add_oper_data(a, name.get());
+    oru_dtl_tree_add_cfg_data(a, name.get());
+    oru_dtl_tree_add_oper_attr(a, name.get());
+    oru_dtl_tree_add_cfg_attr(a, name.get());
+    const Strbuf text(oru_do_strbuf_new());
+    oru_dtl_tree_to_xml(doc.get(), 0, text.get());
+    EXPECT_STREQ(oru_do_strbuf_to_string(text.get()),
+                 "<a op=\"coll:action\" type=\"mr-op\" uri=\"/x\" mr=\"net/Box\" "
+                 "info=\"(prop_meta_list)(cfg_attr_nlist)(oper_attr_nlist)(cfg_data_nlist)"
+                 "(oper_data_nlist)(act_name)(act_in_params)(where_clause)(order_by)\"></a>");
+}
+
+TEST(DtlRender, OnlyTheFirstRootOfADocumentIsShown) {
+    const Tree doc(oru_dtl_tree_new());
+    ORUDtlNode *a = add_node(doc.get(), "a", 14, ORU_DTL_OP_NOOP);
+    add_node(doc.get(), "b", ORU_DTL_NODE_ROOT, ORU_DTL_OP_NOOP);
+    add_node(a, "c", ORU_DTL_NODE_CFG_DATA, ORU_DTL_OP_NOOP);
+    oru_dtl_tree_init_mr_info(a, nullptr, nullptr);
+    oru_dtl_tree_set_batch_size(a, -1);
+    oru_dtl_tree_set_batch_size_param(a, "$n");
+    oru_dtl_tree_set_max_batches_param(a, "$n");
+    const Strbuf text(oru_do_strbuf_new());
+    oru_dtl_tree_to_xml(doc.get(), 0, text.get());
+    EXPECT_STREQ(oru_do_strbuf_to_string(text.get()),
+                 "<a op=\"noop\" type=\"(unknown)\" info=\"\"><c op=\"noop\" "
+                 "type=\"cfg-data\"></c></a>");
+}
+
 // ---- Memory ----
+
+// What comes of a document for each single allocation that fails: the tree, a bar, the words of the
+// error, and for each failure that was traced a bar and its words.
+std::vector<std::string> outcomes(const std::string &text) {
+    std::vector<std::string> seen;
+    for (uint64_t nth = 1; nth < 10000; ++nth) {
+        TraceCapture traces;
+        ORUDoError *raised = nullptr;
+        poolheap_fail_nth(nth, 0);
+        const Tree tree(oru_dtl_from_str(text.c_str(), &raised));
+        poolheap_fail_off();
+        if (poolheap_fail_hits() == 0) {
+            oru_do_error_deref(raised);
+            return seen;
+        }
+        std::string outcome;
+        if (tree)
+            outcome = tree->first_child != nullptr ? describe(tree->first_child) : "empty";
+        outcome += "|" + (raised != nullptr ? words_of(raised) : "");
+        for (const std::string &words : traces.at(3))
+            outcome += "|" + words;
+        seen.push_back(outcome);
+        oru_do_error_deref(raised);
+    }
+    ADD_FAILURE() << "no end";
+    return seen;
+}
+
+bool contains(const std::vector<std::string> &seen, const std::string &outcome) {
+    return std::find(seen.begin(), seen.end(), outcome) != seen.end();
+}
+
+TEST_F(DtlParser, NodesThatCannotBeHadAreReported) {
+    const std::string words = "|10001 Failed to allocate DTL Node";
+    const auto seen = outcomes("<r><a/></r>");
+    EXPECT_TRUE(contains(seen, words)) << testing::PrintToString(seen);
+    EXPECT_TRUE(contains(seen, "empty" + words)) << testing::PrintToString(seen);
+    EXPECT_TRUE(contains(seen, "r root traverse" + words)) << testing::PrintToString(seen);
+
+    const auto addressed = outcomes("<r><a uri='/sys' mr='net/Slot'/><b/></r>");
+    EXPECT_TRUE(contains(addressed, "r root traverse(b container traverse)" + words))
+        << testing::PrintToString(addressed);
+
+    const auto params = outcomes(
+        "<r uri='/sys' mr='net/Box' op='action'><reset><mode>1</mode><n>2</n></reset></r>");
+    EXPECT_TRUE(contains(params,
+                         "r mr-op action uri=/sys mr=Box act=reset{n:2}(reset action "
+                         "noop(n action-param noop))" +
+                             words))
+        << testing::PrintToString(params);
+
+    const auto expanded = outcomes("<r uri='/sys' mr='net/System' op='get-all-oper-r'/>");
+    EXPECT_TRUE(contains(expanded,
+                         "r mr-op get-all-oper-r uri=/sys mr=System(ports mr-op "
+                         "coll:get-all-oper uri=$_PARENT_URI_?ports mr=Ethernet "
+                         "oper=up; ports mr-op coll:get-all-oper "
+                         "uri=$_PARENT_URI_?ports mr=Optical)" +
+                             words))
+        << testing::PrintToString(expanded);
+}
+
+TEST_F(DtlParser, ConditionsThatCannotBeHadAreDropped) {
+    const std::string root = "r mr-op coll:get uri=/sys?boxes mr=Box";
+    const auto seen = outcomes(
+        "<r xmlns:dtl='urn:dtl' uri='/sys?boxes' mr='net/Box'><dtl:where><or><mtu>1</mtu>"
+        "<id>2</id></or><mtu>3</mtu></dtl:where></r>");
+    for (const char *outcome :
+         {// The list of the element, and that of a group.
+          "||Failed to allocate nvlist.", " where={mtu:3}||Failed to allocate nvlist.",
+          // A name costs one condition, a buffer the rest of its list.
+          " where={ OR :{id:2},mtu:3}||Failed to create name",
+          " where={ OR :{mtu:1},mtu:3}||Failed to create name",
+          " where={ OR :{mtu:1,id:2}}||Failed to create name",
+          " where={ OR :{},mtu:3}||Failed to allocate strbuf.",
+          " where={ OR :{mtu:1},mtu:3}||Failed to allocate strbuf.",
+          " where={ OR :{mtu:1,id:2}}||Failed to allocate strbuf."})
+        EXPECT_TRUE(contains(seen, root + outcome)) << outcome << testing::PrintToString(seen);
+}
 
 TEST(DtlParserMemory, RunningOutLosesNothing) {
     sweep_oom(
