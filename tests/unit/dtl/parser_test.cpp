@@ -321,6 +321,41 @@ TEST_F(DtlParser, AReferenceMayNameItsTarget) {
     EXPECT_TRUE(traces.has(3, "<alarms> Unknown MR net/None"));
 }
 
+TEST_F(DtlParser, AReferenceIsReadAsAnAddressIs) {
+    EXPECT_EQ(below(boxes("<slots default='5' return='last' order='asc' flatten='true' "
+                          "max-batches='2' return-default='false'/>")),
+              kBoxes + "(slots child-ref coll:get uri=$_PARENT_URI_?slots mr=Slot)");
+    const ORUDtlNode *slots = tree->first_child->first_child->first_child;
+    EXPECT_EQ(slots->default_expr, nullptr);
+    EXPECT_EQ(slots->max_batches, 2);
+    EXPECT_EQ(slots->mr_info->return_mode, ORU_DTL_RETURN_LAST);
+    EXPECT_STREQ(slots->mr_info->order_param, "asc");
+    EXPECT_EQ(slots->mr_info->flatten, 1);
+    EXPECT_EQ(slots->mr_info->return_default, 0);
+}
+
+TEST_F(DtlParser, AnyMatchTakesTheOtherName) {
+    EXPECT_EQ(below(box("<c prop='slots'/><p prop='link'/><u prop='system'/><a prop='_uri'/>")),
+              kBox +
+                  " cfg=link,_uri(c child-ref coll:get uri=$_PARENT_URI_?slots mr=Slot; p peer-ref "
+                  "get uri=$_PEER_URI_link mr=Box; u parent-ref get uri=$_URI_PARENT_system "
+                  "mr=System; a attr noop)");
+    EXPECT_EQ(below(box("<x prop='cfg'/><y prop='stats'/>", "get-all")),
+              "b mr-op get-all uri=/sys/boxes;id=1 mr=Box cfg=cfg.speed oper=stats.rx cfg-data=cfg "
+              "oper-data=stats(x cfg-data noop; y oper-data noop)");
+}
+
+// Reading goes on with the elements of a reference whose resource is not known.
+TEST_F(DtlParser, AnUnknownTargetDoesNotEndTheReading) {
+    EXPECT_EQ(below(box("<slots mr='net/None' return='one'><no/></slots><mtu/>")),
+              kBox +
+                  " cfg=mtu(slots child-ref coll:get uri=$_PARENT_URI_?slots !102 Unknown MR: "
+                  "net/None\n(no container noop); mtu attr noop)");
+    EXPECT_EQ(tree->first_child->first_child->first_child->mr_info->return_mode,
+              ORU_DTL_RETURN_ONE);
+    EXPECT_EQ(error, nullptr);
+}
+
 // ---- Expansion by metadata ----
 
 TEST_F(DtlParser, ARecursiveReadIsExpandedOnceAType) {
@@ -400,6 +435,9 @@ TEST_F(DtlParser, ConditionsOnOtherAttributesAreDropped) {
 TEST_F(DtlParser, AWhereElementOfAnotherNamespaceIsAnElement) {
     EXPECT_EQ(below("<where/>"), "where container traverse");
     EXPECT_EQ(below("<o:where xmlns:o='urn:dtl'/>"), "where container traverse");
+    EXPECT_EQ(below("<where xmlns='urn:dtl'/>"), "where container traverse");
+    EXPECT_EQ(describe(parse("<r><dtl:where/></r>")),
+              "r root traverse(dtl:where container traverse)");
 }
 
 TEST_F(DtlParser, AnEmptyConditionIsCounted) {
@@ -480,6 +518,21 @@ TEST_F(DtlParser, ActionsReadTheirParameters) {
         "action noop(mode action-param noop; n action-param noop; empty action-param noop; k "
         "action-param noop))");
     EXPECT_EQ(error, nullptr);
+}
+
+TEST_F(DtlParser, ActionsOfCollectionsAreReadAlike) {
+    EXPECT_EQ(below(boxes("<reset><n>$$</n></reset>", "action")),
+              "b mr-op coll:action uri=/sys?boxes mr=Box act=reset{n:'$$'}(reset action noop(n "
+              "action-param noop))");
+    // The last action counts, and begins without parameters.
+    EXPECT_EQ(below(boxes("<reset><n>1</n></reset><reset/>", "action")),
+              "b mr-op coll:action uri=/sys?boxes mr=Box act=reset{}(reset action noop(n "
+              "action-param noop); reset action noop)");
+    // An attribute is no action, and its text no condition.
+    EXPECT_EQ(below(boxes("<mtu>5</mtu>", "action")),
+              "b mr-op coll:action uri=/sys?boxes mr=Box(mtu container traverse)");
+    ASSERT_NE(error, nullptr);
+    EXPECT_EQ(words_of(error.get()), "10000 Invalid action name");
 }
 
 TEST_F(DtlParser, ParametersDoNotKeepReferencesToTheTree) {
