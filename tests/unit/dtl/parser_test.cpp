@@ -290,6 +290,12 @@ TEST_F(DtlParser, ReferencesGetTheirAddressByRole) {
                   "uri=$_PARENT_URI_?alarms mr=Alarm oper=text,since)");
 }
 
+TEST_F(DtlParser, APeerOfAnOperationalResourceIsReadOperationally) {
+    EXPECT_EQ(below("<a uri='/x?alarms' mr='net/Alarm'><source op='action'/></a>"),
+              "a mr-op coll:get uri=/x?alarms mr=Alarm oper=source(source peer-ref action "
+              "uri=$_PEER_URI_source mr=Box)");
+}
+
 TEST_F(DtlParser, ReferencesTakeThePlainWordsOnly) {
     struct Case {
         const char *word;
