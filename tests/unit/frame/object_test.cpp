@@ -103,6 +103,16 @@ TEST(Object, AnObjectMadeBeforeItsPoolCannotBeReleasedIntoIt) {
         "Failed to free ##name from chunk poolheap_chunk_##type");
 }
 
+TEST(Object, ARecordOfTheHeapCannotBeReleasedIntoAPoolMadeLater) {
+    EXPECT_FATAL(
+        {
+            ORUDoStrbuf *buf = oru_do_strbuf_new();
+            init_chunk_poolheap_oru_do_strbuf(16, 0);
+            oru_do_strbuf_deref(buf);
+        },
+        "Failed to free ##name from chunk poolheap_chunk_##type");
+}
+
 TEST(Object, APoolThatCannotBeMadeIsFatal) {
     EXPECT_FATAL(init_chunk_poolheap_oru_do_iter(0, 0), "Unable to create chunk for oru_do_iter");
 }
