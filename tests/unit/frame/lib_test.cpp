@@ -187,6 +187,26 @@ TEST(Location, CallsGoToTheBackEnd) {
     });
 }
 
+// Its look-ups find the library's own defaults; the canonical names are found nowhere.
+TEST(Location, KeysHaveDefaultsBehindABackEndThatDependsOnTheLibrary) {
+    EXPECT_FATAL(
+        {
+            use(FAKE_BACKEND_LINKED);
+            EXPECT_EQ(init(), 4711);
+            TraceCapture traces;
+            EXPECT_EQ(oru_location_get_location_keys(0, 0, 0, 0, 0, 0), 2);
+            int32_t status = 0;
+            EXPECT_EQ(
+                oru_location_from_location_keys(0, reinterpret_cast<intptr_t>(&status), 0, 0, 0, 0),
+                -1);
+            EXPECT_EQ(status, 2);
+            EXPECT_EQ(traces.at(3).size(), 2u);
+            if (!testing::Test::HasFailure())
+                oru_location_get_canonical_name(0, 0, 0, 0, 0, 0);
+        },
+        "Failed to find dl symbol _oru_location_get_canonical_name");
+}
+
 TEST(Location, KeysHaveDefaults) {
     expect_in_child([] {
         use(FAKE_BACKEND_BARE);
