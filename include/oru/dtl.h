@@ -321,6 +321,8 @@ ORU_API void oru_dtl_ctx_set_debug(ORUDtlCtx *dtl_ctx, uint16_t flag);
  * of it. `ifc` is asked for the URI that relative addresses are relative to. `params` holds the
  * values of `$name`, and receives those that defaults compute.
  *
+ * Between calls the results may be cleared; hidden rows, which wait for a later call, go with them.
+ *
  * `count` above 0 aims at that many leaf rows in this call. 0 sets no limit and leaves the size of
  * each batch to the cursor; -1 sets no limit and asks for batches of the document's `batch-size`;
  * any other negative number sets no limit and is asked of the cursor, cast to unsigned.

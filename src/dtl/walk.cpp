@@ -47,6 +47,25 @@ bool is_at_max_batches(WalkLevel &at) {
     return true;
 }
 
+// Whoever owns the top context clears the results as it likes: the row to go on with may be gone.
+// Only the address is looked at.
+bool has_lost_row(const WalkLevel &at) {
+    const ORUDoDtree *child = at.parent->children;
+    while (child != nullptr && child != at.row)
+        child = child->next;
+    return at.row != child;
+}
+
+// What stands below a lost row cannot go on. The child can where its cursor has more rows; false
+// when it has none.
+bool go_on_behind_lost_row(WalkLevel &at) {
+    at.row = nullptr;
+    oru_dtl_ctx_delete(at.ctx->child);
+    if (at.ctx->cursor == nullptr)
+        at.resume = nullptr;
+    return at.ctx->cursor != nullptr;
+}
+
 // 11. False for a child in front of the one at which the last call stopped.
 bool is_reached(WalkLevel &at) {
     if (at.resume == nullptr)
@@ -59,6 +78,8 @@ bool is_reached(WalkLevel &at) {
     }
     ORU_TRACE(Level::detail, "[%d]Reentering dtl_ch=<%s> op=%s", at.number, name, op);
     at.row = std::exchange(at.ctx->dtree_ch, nullptr);
+    if (has_lost_row(at))
+        return go_on_behind_lost_row(at);
     if (at.row != nullptr && oru_dtl_tree_is_collection_op(at.resume) != 0) {
         ORU_TRACE(Level::detail, "Remove the visited peers");
         oru_do_dtree_remove_visited_peers(at.row);

@@ -33,7 +33,10 @@ TEST_F(DtlWalk, WithoutALimitOneFetchGivesAllRows) {
 TEST_F(DtlWalk, ALimitGivesABatchACall) {
     collection(doc.get(), "p", "/sys?ps");
     system.rows["/sys?ps"] = {{"/1"}, {"/2"}, {"/3"}, {"/4"}, {"/5"}};
+    TraceCapture traces;
     EXPECT_EQ(next(2), ORU_OK);
+    EXPECT_TRUE(traces.has(7, "processing request"));
+    EXPECT_TRUE(traces.has(7, "[0]Invoking <p> op=coll:get"));
     EXPECT_EQ(tree(), "p(/1) p(/2)");
     EXPECT_EQ(calls(), (Calls{"context", "open_cfg /sys?ps [_uri,_mr]", "next 2"}));
     ASSERT_NE(ctx->child, nullptr);
@@ -203,6 +206,62 @@ TEST_F(DtlWalkNested, ALimitThatIsNotReachedEndsInOneCall) {
     EXPECT_EQ(next(5), ORU_OK);
     EXPECT_EQ(tree(), "a(/a1){b(/b1) b(/b2) b(/b3)} a(/a2){b(/b4)}");
     EXPECT_EQ(next(5), ORU_RC_NO_MORE_VALUE);
+}
+
+// The outer cursor has rows left when the rows of its batch are through.
+TEST_F(DtlWalkNested, ABatchOfOuterRowsThatGaveSomethingIsACallsWork) {
+    system.rows["/sys?as"] = {{"/a1"}, {"/a2"}, {"/a3"}};
+    system.rows["/a1?bs"] = {{"/b1"}, {"/b2"}};
+    system.rows["/a2?bs"] = {{"/b3"}};
+    system.rows["/a3?bs"] = {{"/b4"}};
+    EXPECT_EQ(next(2), ORU_OK);
+    EXPECT_EQ(tree(), "a(/a1){b(/b1) b(/b2)} ~a(/a2)");
+    calls();
+    TraceCapture traces;
+    EXPECT_EQ(next(2), ORU_OK);
+    EXPECT_EQ(tree(), "a(/a2){b(/b3)}");
+    EXPECT_EQ(calls(), (Calls{"context", "open_cfg /a2?bs [_uri,_mr]", "next 2", "close"}));
+    EXPECT_TRUE(traces.has(7, "batched subquery completed"));
+    EXPECT_EQ(next(2), ORU_OK);
+    EXPECT_EQ(tree(), "a(/a3){b(/b4)}");
+    EXPECT_EQ(calls(), (Calls{"context", "next 2", "close", "open_cfg /a3?bs [_uri,_mr]", "next 2",
+                              "close"}));
+    EXPECT_EQ(next(2), ORU_RC_NO_MORE_VALUE);
+}
+
+TEST_F(DtlWalkNested, OneThatGaveNothingIsFollowedByTheNext) {
+    system.rows["/sys?as"] = {{"/a1"}, {"/a2"}, {"/a3"}};
+    system.rows["/a1?bs"] = {{"/b1"}, {"/b2"}};
+    system.rows["/a2?bs"] = {};
+    system.rows["/a3?bs"] = {{"/b4"}};
+    EXPECT_EQ(next(2), ORU_OK);
+    calls();
+    EXPECT_EQ(next(2), ORU_OK);
+    EXPECT_EQ(tree(), "a(/a3){b(/b4)}");
+    EXPECT_EQ(calls(), (Calls{"context", "open_cfg /a2?bs [_uri,_mr]", "next 2", "close", "next 2",
+                              "close", "open_cfg /a3?bs [_uri,_mr]", "next 2", "close"}));
+}
+
+TEST_F(DtlWalkNested, ResultsClearedInBetweenTakeWhatStoppedBelowAlong) {
+    EXPECT_EQ(next(2), ORU_OK);
+    EXPECT_EQ(tree(), "a(/a1){b(/b1) b(/b2)} ~a(/a2)");
+    oru_do_dtree_remove_children(ctx->dtree_node);
+    calls();
+    EXPECT_EQ(next(2), ORU_RC_NO_MORE_VALUE);  // the second outer row was among the cleared
+    EXPECT_EQ(calls(), (Calls{"context", "close"}));
+    EXPECT_EQ(ctx->state, ORU_DTL_STATE_FINISHED);
+}
+
+TEST_F(DtlWalkNested, ResultsClearedInBetweenLeaveTheRowsOfAnOpenCursor) {
+    EXPECT_EQ(next(1), ORU_OK);
+    EXPECT_EQ(tree(), "a(/a1){b(/b1)}");
+    oru_do_dtree_remove_children(ctx->dtree_node);
+    calls();
+    EXPECT_EQ(next(1), ORU_OK);
+    EXPECT_EQ(tree(), "a(/a2){b(/b4)}");
+    EXPECT_EQ(calls(), (Calls{"context", "close", "next 1", "close", "open_cfg /a2?bs [_uri,_mr]",
+                              "next 1", "close"}));
+    EXPECT_EQ(next(1), ORU_RC_NO_MORE_VALUE);
 }
 
 // The rows of the first sibling count again when the second is done: 2, and then 2 + 2 more.
