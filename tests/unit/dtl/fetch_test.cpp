@@ -173,6 +173,24 @@ TEST_F(DtlFetch, ASelectionNarrowsANamedRead) {
     }
 }
 
+// A path from the top of the results is for collections.
+TEST_F(DtlFetch, ASelectionMayStandInTheResults) {
+    ORUDtlNode *a = collection(doc.get(), "a", "/sys?as", {"sel"});
+    ORUDtlNode *x = add_mr_node(a, "x", ORU_DTL_OP_GET, "/xx");
+    ORUDtlNode *y = add_mr_node(a, "y", ORU_DTL_OP_GET, "/yy");
+    ORUDtlNode *b = collection(a, "b", "/sys?bs");
+    for (ORUDtlNode *node : {x, y, b}) {
+        ask(node, "m", false);
+        ask(node, "n", false);
+        oru_dtl_tree_set_attr_select(node, node == x ? "@sel" : "@(/a/sel)");
+    }
+    system.rows["/sys?as"] = {{"/a1", {{"sel", "[\"m\"]"}}}};
+    EXPECT_EQ(next(0), ORU_OK);
+    EXPECT_EQ(calls(),
+              (Calls{"context", "open_cfg /sys?as [_uri,_mr,sel]", "next 0", "close", "cfg /xx [m]",
+                     "cfg /yy [m,n]", "open_cfg /sys?bs [_uri,_mr,m]", "next 0", "close"}));
+}
+
 TEST_F(DtlFetch, ASelectionThatLeavesNoNameReadsWithNone) {
     ORUDtlNode *x = reader(ORU_DTL_OP_GET);
     ask(x, "a", false);
@@ -282,6 +300,32 @@ TEST_F(DtlFetch, ACursorThatFailsShowsItsErrorAndIsClosed) {
     EXPECT_EQ(next(1), 105);
     EXPECT_EQ(tree(), "p!105 failed");
     EXPECT_EQ(calls(), (Calls{"context", "open_cfg /sys?ps [_uri,_mr]", "next 1", "close"}));
+}
+
+TEST_F(DtlFetch, AConfigurationCursorLeftTheNumberNeverFails) {
+    collection(doc.get(), "p", "/sys?ps");
+    system.failures["next"] = 105;
+    EXPECT_EQ(next(0), ORU_OK);
+    EXPECT_EQ(tree(), "");
+    EXPECT_EQ(calls(), (Calls{"context", "open_cfg /sys?ps [_uri,_mr]", "next 0", "close"}));
+    EXPECT_EQ(next(0), ORU_RC_NO_MORE_VALUE);
+}
+
+TEST_F(DtlFetch, AnOperationalCursorLeftTheNumberMayFail) {
+    const MrMeta stats = make_mr("Stats", {}, 0);
+    add_mr_node(doc.get(), "p", ORU_DTL_OP_COLL_GET, "/sys?stats", stats.get());
+    system.failures["next"] = 105;
+    EXPECT_EQ(next(0), 105);
+    EXPECT_EQ(tree(), "p!105 failed");
+    EXPECT_EQ(calls(), (Calls{"context", "open_oper /sys?stats [_uri,_mr]", "next 0", "close"}));
+}
+
+TEST_F(DtlFetch, ACursorThatFailsWithoutAnErrorShowsNothing) {
+    collection(doc.get(), "p", "/sys?ps");
+    system.failures["next"] = 105;
+    system.silent = true;
+    EXPECT_EQ(next(1), 105);
+    EXPECT_EQ(tree(), "");
 }
 
 TEST_F(DtlFetch, ARowWithoutAnAddressShowsAsOne) {
@@ -498,6 +542,14 @@ TEST_F(DtlActions, RunOnEveryRowOfACollection) {
                               "action /1 reset (a=1,b=7,c=$none,d=$$n)",
                               "action /2 reset (a=1,b=7,c=$none,d=$$n)", "close"}));
     EXPECT_EQ(tree(), "p!104 failed p(/2){reset[done=1]}");
+}
+
+TEST_F(DtlActions, ThatFailOnTheLastRowAreTheResult) {
+    set_action(add_mr_node(doc.get(), "p", ORU_DTL_OP_COLL_ACTION, "/sys?ps"));
+    system.rows["/sys?ps"] = {{"/1"}, {"/2"}};
+    system.failures["action /2"] = 104;
+    EXPECT_EQ(next(0), 104);
+    EXPECT_EQ(tree(), "p(/1){reset[done=1]} p!104 failed");
 }
 
 TEST_F(DtlActions, NeedTheirTableOfParameters) {

@@ -79,6 +79,17 @@ TEST_F(DtlVariables, ABaseGoesInFrontOfRelativeAddresses) {
     EXPECT_EQ(address_of("b/c"), "b/c");
 }
 
+TEST_F(DtlVariables, AnEmptyBaseAddsNothing) {
+    static Uri empty;
+    empty.reset(oru_do_uri_new(""));
+    system.data()->get_context_uri = [](ORUDataIfc *) { return empty.get(); };
+    EXPECT_EQ(address_of("/b/c"), "/b/c");
+    EXPECT_EQ(address_of("b/c"), "b/c");
+    param("text", "/p1");
+    EXPECT_EQ(address_of("$text"), "/p1");
+    empty.reset();
+}
+
 TEST_F(DtlVariables, TheAddressAboveIsContinued) {
     EXPECT_EQ(address_of("$_PARENT_URI_/b"), "/sys/a;id=1/b");
     EXPECT_EQ(address_of("$_PARENT_URI_"), "/sys/a;id=1");

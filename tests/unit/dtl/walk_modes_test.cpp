@@ -234,6 +234,46 @@ TEST_F(DtlWalkErrors, AFailureOfTheDataMayBePassedOver) {
     EXPECT_EQ(tree(), "r{x!106 failed y(/yy)[a=2]}");
 }
 
+TEST_F(DtlWalkErrors, ACollectionThatIsNotThereMayBePassedOver) {
+    doc.reset(oru_dtl_tree_new());
+    ORUDtlNode *p = collection(doc.get(), "p", "/sys?ps");
+    attr(add_mr_node(doc.get(), "y", ORU_DTL_OP_GET, "/yy"), "a");
+    oru_dtl_tree_set_continue_on_error(p, 1);
+    system.failures["open /sys?ps"] = 102;
+    EXPECT_EQ(next(0), ORU_OK);
+    EXPECT_EQ(tree(), "y(/yy)[a=2]");
+    oru_dtl_tree_set_continue_on_error(p, 0);
+    oru_dtl_ctx_delete(std::exchange(ctx, nullptr));
+    EXPECT_EQ(next(0), 102);
+    EXPECT_EQ(tree(), "");
+}
+
+TEST_F(DtlWalkErrors, TheLastCodeIsTheResultThoughItWasPassedOver) {
+    doc.reset(oru_dtl_tree_new());
+    ORUDtlNode *y = add_mr_node(doc.get(), "y", ORU_DTL_OP_GET, "/yy");
+    attr(y, "a");
+    oru_dtl_tree_set_continue_on_error(y, 1);
+    system.failures["cfg /yy"] = 106;
+    EXPECT_EQ(next(0), 106);
+    EXPECT_EQ(tree(), "y!106 failed");
+}
+
+TEST_F(DtlWalkErrors, BelowAnOpenCursorLeaveItsNextBatchToTheNextCall) {
+    doc.reset(oru_dtl_tree_new());
+    ORUDtlNode *p = collection(doc.get(), "p", "/sys?ps");
+    oru_dtl_tree_set_batch_size(p, 1);
+    attr(add_mr_node(p, "z", ORU_DTL_OP_GET, "$_PARENT_URI_/zz"), "a");
+    system.rows["/sys?ps"] = {{"/1"}, {"/2"}};
+    system.config["/2/zz"] = {{"a", 5}};
+    system.failures["cfg /1/zz"] = 106;
+    EXPECT_EQ(next(-1), 106);
+    EXPECT_EQ(tree(), "p(/1){z!106 failed}");
+    calls();
+    EXPECT_EQ(next(-1), ORU_OK);
+    EXPECT_EQ(tree(), "p(/2){z(/2/zz)[a=5]}");
+    EXPECT_EQ(calls(), (Calls{"context", "next 1", "close", "cfg /2/zz [a]"}));
+}
+
 TEST_F(DtlWalkErrors, AFailureOfTheSystemIsNot) {
     oru_dtl_tree_set_continue_on_error(x, 1);
     system.failures["cfg /xx"] = 10001;
@@ -325,6 +365,48 @@ TEST_F(DtlWalkModes, AnyOtherClauseAppliesToAll) {
     const Calls made = calls();
     EXPECT_EQ(made[4], "open_cfg /a1?bs [_uri,_mr] where={id >=:5}");
     EXPECT_EQ(made[7], "open_cfg /a2?bs [_uri,_mr] where={id >=:5}");
+}
+
+TEST_F(DtlWalkModes, WithoutRoomToNoteItAClauseAppliesToAll) {
+    ORUDtlNode *a = collection(doc.get(), "a", "/sys?as");
+    ORUDtlNode *b = collection(a, "b", "$_PARENT_URI_?bs");
+    const Value start(oru_do_value_new_long(5));
+    oru_dtl_tree_add_where_clause(b, "id >=", start.get());
+    oru_dtl_tree_set_use_where_clause_once(b, 1);
+    system.rows["/sys?as"] = {{"/a1"}, {"/a2"}};
+    ctx = oru_dtl_ctx_new(doc.get(), system.data(), system.coll());
+    ctx->where_count = 0;
+    EXPECT_EQ(next(0), ORU_OK);
+    const Calls made = calls();
+    EXPECT_EQ(made[4], "open_cfg /a1?bs [_uri,_mr] where={id >=:5}");
+    EXPECT_EQ(made[7], "open_cfg /a2?bs [_uri,_mr] where={id >=:5}");
+}
+
+// The name that is looked for has the blank and the ">" of the condition in it.
+TEST_F(DtlWalkModes, ARowBehindTheStartPositionUsesUpTheClausesBelow) {
+    struct Case {
+        const char *attribute;
+        int64_t value;
+        bool used_up;
+    };
+    for (const auto &[attribute, value, used_up] :
+         {Case{"k >", 7, true}, Case{"k >", 5, false}, Case{"k", 7, false}}) {
+        oru_dtl_ctx_delete(std::exchange(ctx, nullptr));
+        doc.reset(oru_dtl_tree_new());
+        calls();
+        ORUDtlNode *a = collection(doc.get(), "a", "/sys?as", {attribute});
+        ORUDtlNode *b = collection(a, "b", "$_PARENT_URI_?bs", {"m"});
+        const Value start(oru_do_value_new_long(5));
+        oru_dtl_tree_add_where_clause(a, "k >=", start.get());
+        oru_dtl_tree_add_where_clause(b, "m >=", start.get());
+        oru_dtl_tree_set_use_where_clause_once(a, 1);
+        oru_dtl_tree_set_use_where_clause_once(b, 1);
+        system.rows["/sys?as"] = {{"/a1", {{attribute, value}}}};
+        EXPECT_EQ(next(0), ORU_OK);
+        EXPECT_EQ(calls()[4],
+                  std::string("open_cfg /a1?bs [_uri,_mr,m]") + (used_up ? "" : " where={m >=:5}"))
+            << attribute << value;
+    }
 }
 
 // An empty batch uses the clause up for the node and what stands below it.
