@@ -47,8 +47,9 @@ bool is_at_max_batches(WalkLevel &at) {
     return true;
 }
 
-// Whoever owns the top context clears the results as it likes: the row to go on with may be gone.
-// Only the address is looked at.
+// Whoever owns the top context clears the results as it likes, and a level above that went on to
+// its next row dropped the one before: the row to go on with may be gone. Only the address is
+// looked at.
 bool has_lost_row(const WalkLevel &at) {
     const ORUDoDtree *child = at.parent->children;
     while (child != nullptr && child != at.row)
@@ -101,7 +102,8 @@ bool has_nothing_to_descend(const WalkLevel &at) {
 // The count of fetches belongs to a cursor; without one the next sibling begins anew.
 Go to_sibling(WalkLevel &at) {
     at.resume = nullptr;
-    // A fetch that ran out of memory before it asked its cursor leaves it to nobody.
+    // Rows that count as no leaves, and a fetch that ran out of memory before it asked its cursor,
+    // leave it to nobody.
     if (at.ctx->cursor != nullptr && at.ctx->state != ORU_DTL_STATE_STOPPED) {
         at.ctx->cursor->cursor_close(at.ctx->cursor);
         at.ctx->cursor = nullptr;
