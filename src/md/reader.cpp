@@ -103,12 +103,12 @@ int32_t read_contents(const PackageReader &reader, const xmlNode *root) {
 
 int32_t oru::read_package(const char *file, const xmlNode *root, ORUMdMap *store, bool is_lib,
                           ORUMdPkgMeta *&out_package) {
-    auto *package = new_package(root, is_lib);
-    if (package == nullptr)
-        return ORU_RC_MALLOC;
-    const PackageReader reader{file, package, is_lib};
+    PackageReader reader{file, nullptr, is_lib};
     const ElementPlace place(reader, root);
     check_schema(root);
+    auto *package = reader.package = new_package(root, is_lib);
+    if (package == nullptr)
+        return ORU_RC_MALLOC;
     int32_t code = store->oru_md_add_pkg(store, package);
     if (code != ORU_OK) {
         oru_md_delete_pkg_meta(package);

@@ -424,6 +424,19 @@ TEST_F(Load, WhatCannotBeHadIsToldByItsWords) {
     }
 }
 
+// The version of the schema is told before anything of the package is made.
+TEST_F(Load, SchemaVersionIsToldThoughThePackageCannotBeHad) {
+    folder.write("a.oru2d", lib_package(""));
+    sweep_oom([this] {
+        TraceCapture traces;
+        scan(1);
+        EXPECT_EQ(traces.has(7, "Loading " + folder.file("a.oru2d") + "...\n"),
+                  traces.has(7, "Schema version 1.8 found in oru2d file\n"));
+        oru_md_map_delete(store);
+        store = nullptr;
+    });
+}
+
 // ---- Bundles ----
 
 class Bundles : public StoreTest {
@@ -545,6 +558,25 @@ TEST_F(Bundles, ResolvedImplementationsAreNotAddedAgain) {
     auto *library = oru_md_get_mr_meta_by_name("pa/L");
     EXPECT_EQ(library->impl_mr_metas->next, nullptr);
     EXPECT_EQ(oru_do_mr_meta_list_get_len(oru_do_mr_meta_get_impl_mr_meta(library->do_mr_meta)), 1);
+}
+
+TEST_F(Bundles, OfTwoWithTheSamePackageTheSecondFailsTheLoad) {
+    write_bundle("A", lib_package("", "twin"));
+    write_bundle("B", lib_package("", "twin", "2.0"));
+    TraceCapture traces(3);
+    EXPECT_EQ(oru_md_load_pkg_list(kAB, nullptr, nullptr), 10000);
+    EXPECT_EQ(traces.at(3), (Texts{"Metadata collision detected: twin is already present\n",
+                                   "Failed to load B//usr/halden/etc//oru2d/a.oru2d\n",
+                                   "Failed to load metadata from B\n"}));
+    EXPECT_EQ(oru_md_get_pkg_meta_by_name("twin"), nullptr);
+}
+
+TEST_F(Bundles, OutputsOfAFailedLoad) {
+    ORUMdPkgBundle some{};
+    ORUMdPkgBundle *first = &some, *removed = &some;
+    EXPECT_EQ(oru_md_load_pkg_list(kOnlyA, &first, &removed), 10004);
+    EXPECT_EQ(first, &some);  // there was no store
+    EXPECT_EQ(removed, nullptr);
 }
 
 TEST_F(Bundles, EmptyListIsRefusedAndTakesTheStoreWithIt) {
