@@ -25,11 +25,18 @@ void delete_member(ORUMdComplexEl *member) {
 
 ORUDoTypedefMeta *description_of(ORUMdTypedefMeta &type, int depth);
 
+bool is_describable(const ORUMdTypedefMeta &type) {
+    return type.typecode != ORU_DO_TYPE_ENUMERATION || type.enums != nullptr;
+}
+
+// A member whose type never has a description is left out. False when one could not be had.
 bool add_member(ORUDoNtlist *list, const ORUMdComplexEl &member, int depth) {
     if (member.typedef_meta == nullptr) {
         return oru_do_ntlist_add_builtin_type(list, member.name, member.typecode,
                                               member.constraint_list) > 0;
     }
+    if (!is_describable(*member.typedef_meta))
+        return true;
     return oru_do_ntlist_add_typedef_meta(list, member.name,
                                           description_of(*member.typedef_meta, depth + 1)) > 0;
 }
@@ -50,8 +57,8 @@ ORUDoTypedefMeta *make_complex(const ORUMdTypedefMeta &type, int depth) {
 ORUDoTypedefMeta *make_description(const ORUMdTypedefMeta &type, int depth) {
     switch (type.typecode) {
         case ORU_DO_TYPE_ENUMERATION:
-            return type.enums != nullptr ? oru_do_typedef_meta_new_enum(type.name, type.enums)
-                                         : nullptr;
+            return is_describable(type) ? oru_do_typedef_meta_new_enum(type.name, type.enums)
+                                        : nullptr;
         case ORU_DO_TYPE_CHOICE:
         case ORU_DO_TYPE_SEQUENCE:
             return make_complex(type, depth);

@@ -172,6 +172,17 @@ TEST(Bundle, NoNameIsTheDefaultName) {
     oru_md_pkg_bundle_delete(nullptr);
 }
 
+TEST(Bundle, DeletionTakesOneWhoseNextWasCleared) {
+    auto *first = oru_md_pkg_bundle_new("a", new_package("pa"));
+    auto *second = oru_md_pkg_bundle_new("b", new_package("pb"));
+    first->next = second;
+    first->next = nullptr;
+    oru_md_pkg_bundle_delete(first);
+    EXPECT_STREQ(second->name, "b");
+    EXPECT_EQ(text(second->pkgs->name), "pb");
+    oru_md_pkg_bundle_delete(second);
+}
+
 TEST(Bundle, DeletionTakesAllBehindIt) {
     auto *first = oru_md_pkg_bundle_new("a", new_package("pa"));
     auto *second = oru_md_pkg_bundle_new("b", new_package("pb"));
@@ -517,6 +528,48 @@ TEST(Type, EnumerationWithoutLabelsHasNoDescription) {
     oru_md_delete_typedef_meta(type);
 }
 
+TEST(Type, MemberThatNeverHasADescriptionIsLeftOut) {
+    auto *labels = oru_md_new_typedef_meta("Labels");
+    labels->typecode = 103;  // and no labels
+    auto *type = oru_md_new_typedef_meta("Outer");
+    type->typecode = 105;
+    oru_md_add_complex_el_meta(type, "a", "int", 5);
+    oru_md_add_complex_el_meta(type, "b", "Labels", -3)->typedef_meta = labels;
+    oru_md_add_complex_el_meta(type, "c", "string", 8);
+    auto *description = oru_md_get_do_typedef_meta(type);
+    ASSERT_NE(description, nullptr);
+    auto *members = oru_do_typedef_meta_get_sequence_members(description);
+    ASSERT_EQ(oru_do_ntlist_get_len(members), 2);
+    EXPECT_EQ(text(oru_do_ntlist_item_get_name(oru_do_ntlist_get_item(members, 1))), "c");
+    oru_md_delete_typedef_meta(type);
+    oru_md_delete_typedef_meta(labels);
+}
+
+TEST(Type, MemberThatCannotBeHadLeavesTheChainAsItIs) {
+    oru::test::sweep_oom([] {
+        auto *type = oru_md_new_typedef_meta("Outer");
+        if (type == nullptr)
+            return;
+        auto *first = oru_md_add_complex_el_meta(type, "a", "int", 5);
+        auto *second = oru_md_add_complex_el_meta(type, "b", "int", 5);
+        EXPECT_TRUE((first != nullptr && second != nullptr) || oru::test::oom_hit());
+        EXPECT_EQ(type->complex_els, first != nullptr ? first : second);
+        if (first != nullptr) {
+            EXPECT_EQ(first->next, second);
+        }
+        oru_md_delete_typedef_meta(type);
+    });
+}
+
+TEST(Type, UnknownCodeIsDescribedAsASimpleType) {
+    auto *type = oru_md_new_typedef_meta("Odd");
+    auto *description = oru_md_get_do_typedef_meta(type);
+    ASSERT_NE(description, nullptr);
+    EXPECT_EQ(oru_do_typedef_meta_get_category(description), 1);
+    EXPECT_EQ(oru_do_typedef_meta_get_simple_type(description), -3);
+    oru_md_delete_typedef_meta(type);
+}
+
 TEST(Type, MembersAreDescribedInOrder) {
     for (const int32_t typecode : {104, 105}) {
         auto *inner = oru_md_new_typedef_meta("Inner");
@@ -550,6 +603,43 @@ TEST(Type, CircleHasNoDescription) {
     oru_md_add_complex_el_meta(type, "again", "Loop", -3)->typedef_meta = type;
     EXPECT_EQ(oru_md_get_do_typedef_meta(type), nullptr);
     oru_md_delete_typedef_meta(type);
+}
+
+TEST(Store, NullIsRefusedByName) {
+    auto *package = new_package("p");
+    auto *mr = new_mr(package, "M");
+    auto *type = oru_md_new_typedef_meta("T");
+    EXPECT_ASSERTION(oru_md_add_mr_meta(nullptr, mr), "pkg_meta");
+    EXPECT_ASSERTION(oru_md_add_mr_meta(package, nullptr), "mr_meta");
+    EXPECT_ASSERTION(oru_md_add_pkg_cd_meta(nullptr, nullptr), "pkg_meta");
+    EXPECT_ASSERTION(oru_md_add_pkg_cd_meta(package, nullptr), "cd_meta");
+    EXPECT_ASSERTION(oru_md_add_pkg_od_meta(nullptr, nullptr), "pkg_meta");
+    EXPECT_ASSERTION(oru_md_add_pkg_od_meta(package, nullptr), "od_meta");
+    EXPECT_ASSERTION(oru_md_add_typedef_meta(nullptr, type), "pkg_meta");
+    EXPECT_ASSERTION(oru_md_add_typedef_meta(package, nullptr), "typedef_meta");
+    EXPECT_ASSERTION(oru_md_add_key_meta(nullptr, nullptr, 1), "mr_meta");
+    EXPECT_ASSERTION(oru_md_add_key_meta(mr, nullptr, 1), "key_meta");
+    EXPECT_ASSERTION(oru_md_add_ref_meta(nullptr, nullptr), "mr_meta");
+    EXPECT_ASSERTION(oru_md_add_ref_meta(mr, nullptr), "ref_meta");
+    EXPECT_ASSERTION(oru_md_add_cd_meta(nullptr, nullptr), "mr_meta");
+    EXPECT_ASSERTION(oru_md_add_cd_meta(mr, nullptr), "attr_meta");
+    EXPECT_ASSERTION(oru_md_add_od_meta(nullptr, nullptr), "mr_meta");
+    EXPECT_ASSERTION(oru_md_add_od_meta(mr, nullptr), "attr_meta");
+    EXPECT_ASSERTION(oru_md_mr_meta_to_string(nullptr), "mr_meta");
+    EXPECT_ASSERTION(oru_md_mr_meta_add_impl_mr_meta(nullptr, mr), "lib_mr_meta");
+    EXPECT_ASSERTION(oru_md_mr_meta_add_impl_mr_meta(mr, nullptr), "impl_mr_meta");
+    EXPECT_ASSERTION(oru_md_mr_meta_get_impl_mr_meta(nullptr, mr), "lib_mr_meta");
+    EXPECT_ASSERTION(oru_md_mr_meta_get_impl_mr_meta_list(nullptr), "lib_mr_meta");
+    EXPECT_ASSERTION(oru_md_mr_meta_list_add(nullptr, mr), "head");
+    EXPECT_ASSERTION(oru_md_mr_meta_list_remove_by_fq_name(nullptr, mr->name), "head");
+    EXPECT_ASSERTION(oru_md_has_attr_constraints(nullptr), "attr_meta");
+    EXPECT_ASSERTION(oru_md_get_attr_constraints(nullptr), "attr_meta");
+    EXPECT_ASSERTION(oru_md_has_ref_constraints(nullptr), "ref_meta");
+    EXPECT_ASSERTION(oru_md_get_ref_constraints(nullptr), "ref_meta");
+    EXPECT_ASSERTION(oru_md_add_complex_el_meta(nullptr, "a", "int", 5), "typedef_meta");
+    oru_md_delete_typedef_meta(type);
+    oru_md_delete_mr_meta(mr);
+    oru_md_delete_pkg_meta(package);
 }
 
 TEST(Store, RecordsWithoutMemoryLeaveNothingBehind) {
