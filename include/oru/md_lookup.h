@@ -67,7 +67,7 @@ ORU_API ORUMdRefMeta *oru_md_get_ref_meta(ORUMdMrMeta *mr_meta, ORUDoName *ref_n
 ORU_API ORUMdRefMeta *oru_md_get_ref_meta_w_str(ORUMdMrMeta *mr_meta, const char *ref_name);
 
 /* ---- Children ----
- * They assert "mr_meta", and "list" where there is one. */
+ * They assert "mr_meta". Nothing is added to a null list. */
 
 /* 1 when a reference leads to a child, else 0. */
 ORU_API int32_t oru_md_has_child_mr(ORUMdMrMeta *mr_meta);

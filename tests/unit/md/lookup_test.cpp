@@ -77,6 +77,8 @@ TEST_F(Lookup, FindsAttributesAndReferences) {
     EXPECT_EQ(oru_md_get_attr_meta_by_name("com.x:1/Port.mtu"), port->cd_attrs);
     EXPECT_EQ(oru_md_get_attr_meta_by_name("com.x/Port.g.x"), port->cd_attrs->next->next);
     EXPECT_EQ(oru_md_get_attr_meta_by_name("com.x/Port"), nullptr);
+    EXPECT_EQ(oru_md_get_attr_meta_by_name("com.x/Port."), nullptr);
+    EXPECT_EQ(oru_md_get_ref_meta_by_name("com.x/Port."), nullptr);
     EXPECT_EQ(oru_md_get_attr_meta_by_name("com.x/Port.link"), nullptr);
     EXPECT_EQ(oru_md_get_ref_meta_by_name("com.x/Port.link"), port->refs);
     EXPECT_EQ(oru_md_get_ref_meta_by_name("com.x/Port.mtu"), nullptr);
@@ -218,6 +220,8 @@ TEST_F(Children, AreListedOneLevelOrTwoDeep) {
     auto *children = oru_do_mr_meta_list_new(), *descendants = oru_do_mr_meta_list_new();
     oru_md_get_child_mr_meta_list(a, children);
     oru_md_get_descendant_mr_meta_list(a, descendants);
+    oru_md_get_child_mr_meta_list(a, nullptr);
+    oru_md_get_descendant_mr_meta_list(a, nullptr);
     EXPECT_EQ(listed(children), (std::vector<std::string>{"B", "C"}));
     EXPECT_EQ(listed(descendants), (std::vector<std::string>{"B", "D", "C"}));
 }

@@ -259,6 +259,26 @@ TEST_F(Reader, LastOperationalDefinitionDecides) {
     EXPECT_EQ(read("<operationalDataDef>" + good + bad + "</operationalDataDef>"), nullptr);
 }
 
+TEST_F(Reader, DefinitionsOfAllKindsAreReadWhereverTheyStand) {
+    const std::string ops =
+        "<operationalDataDef><operationalData name='O'><attribute name='a' type='int'/>"
+        "</operationalData></operationalDataDef>";
+    const std::string cfg =
+        "<configDataDef><configData name='C'><attribute name='a' type='int'/></configData>"
+        "</configDataDef>";
+    auto *package = read(resources(resource("M", "<configData ref='C'/>")) + ops + cfg + ops + cfg);
+    ASSERT_NE(package, nullptr);
+    EXPECT_NE(package->cds->next, nullptr);
+    EXPECT_NE(package->ods->next, nullptr);
+    EXPECT_EQ(text(package->mrs->cd_attrs->name), "a");
+}
+
+TEST_F(Reader, AttributesInANamespaceAreOthers) {
+    auto *mr = read_mr("", "xmlns:x='urn:x' x:maxAccess='read-only'");
+    ASSERT_NE(mr, nullptr);
+    EXPECT_EQ(oru_do_mr_meta_get_max_access(mr), 15);
+}
+
 // ---- Attributes ----
 
 TEST_F(Reader, AttributeHasItsDefaults) {
