@@ -370,8 +370,8 @@ ORU_API ORUMdComplexEl *oru_md_add_complex_el_meta(ORUMdTypedefMeta *typedef_met
 
 /*
  * The description of the type, borrowed; made once and kept. Null for an enumeration without
- * labels, and when memory runs out; it is tried again with the next call. Members that are such
- * enumerations are left out. Asserts "typedef_meta".
+ * labels, for a type that contains itself, and when memory runs out; it is tried again with the
+ * next call. Members that are enumerations without labels are left out. Asserts "typedef_meta".
  */
 ORU_API ORUDoTypedefMeta *oru_md_get_do_typedef_meta(ORUMdTypedefMeta *typedef_meta);
 
