@@ -7,6 +7,7 @@
 #include "do/dtree.h"
 #include "do/vtable.h"
 #include "frame/require.h"
+#include "frame/text.h"
 #include "json/yajl_memory.h"
 #include "oru/constraint.h"
 #include "oru/error.h"
@@ -35,6 +36,18 @@ Record *make_record() {
     return block != nullptr ? ::new (block) Record{} : nullptr;
 }
 
+// What cannot be made leaves the error that there was.
+void take_error(ORUDoJsonCtxData *ctx, ORUDoError *error) {
+    if (error != nullptr)
+        oru_do_error_deref(std::exchange(ctx->err, error));
+}
+
+// Whether an error is one of an unknown type that has yet to get its text.
+bool lacks_words(ORUDoError *error) {
+    return error != nullptr && oru_do_error_get_code(error) == ORU_JSON_ERR_UNKNOWN_TYPE &&
+           oru_do_error_get_msg(error) == nullptr;
+}
+
 void run_yajl(YajlMemory &memory, Reader &reader, std::string_view text) {
     yajl_handle handle = yajl_alloc(&kEvents, memory.functions(), &reader);
     yajl_config(handle, yajl_allow_comments, 1);
@@ -51,12 +64,29 @@ void run_yajl(YajlMemory &memory, Reader &reader, std::string_view text) {
 Pool pool{"json", Tag::json, largest(sizeof(Reader), sizeof(Element), sizeof(Item))};
 
 void fail(ORUDoJsonCtxData *ctx, int32_t code, std::string_view text) {
-    ORUDoError *error =
-        text.empty() ? oru_do_error_new(code, "")
-                     : oru_do_error_new_l(code, text.data(), static_cast<int32_t>(text.size()));
+    take_error(ctx, text.empty()
+                        ? oru_do_error_new(code, "")
+                        : oru_do_error_new_l(code, text.data(), static_cast<int32_t>(text.size())));
+}
+
+void fail_unknown(ORUDoJsonCtxData *ctx, std::string_view text) {
+    fail(ctx, ORU_JSON_ERR_UNKNOWN_TYPE, text);
+    if (lacks_words(ctx->err))
+        fail_memory(ctx);
+}
+
+void fail_unknown_later(ORUDoJsonCtxData *ctx) {
+    ORUDoError *error = oru_do_error_new(ORU_JSON_ERR_UNKNOWN_TYPE, nullptr);
+    take_error(ctx, error);
     if (error == nullptr)
+        fail_memory(ctx);
+}
+
+void show_unknown(Reader &reader) {
+    if (reader.unknown_from == nullptr || !lacks_words(reader.data.err))
         return;
-    oru_do_error_deref(std::exchange(ctx->err, error));
+    const auto size = static_cast<size_t>(reader.end - reader.unknown_from);
+    fail_unknown(&reader.data, {reader.unknown_from, size});
 }
 
 void free_items(Item *item) {
@@ -149,6 +179,8 @@ ORUDoJsonCtxData *oru_do_json_parse_allow_expr(
     auto work = [&] { oru::json::run_yajl(memory, *reader, {text, static_cast<size_t>(length)}); };
     if (!memory.run(work))
         oru::json::fail_memory(&reader->data);
+    oru::json::show_unknown(*reader);
+    oru::Text(std::exchange(reader->shown, nullptr));
     return &reader->data;
 }
 

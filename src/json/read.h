@@ -38,8 +38,10 @@ struct Reader {
     ORUDoJsonCtxData data;
     const char *begin;
     const char *end;
-    int32_t nesting;  // open brackets, those that are skipped not counted
-    int64_t skipped;  // open brackets of a part that found no memory or nests too deep
+    int32_t nesting;           // open brackets, those that are skipped not counted
+    int64_t skipped;           // open brackets of a part that found no memory or nests too deep
+    char *shown;               // a copy of the text for messages, made for the first of them
+    const char *unknown_from;  // what the error of an unknown type shows, to the end of the text
 };
 
 // Texts from outside nest no deeper, so that what is made of them can be walked on the call stack.
@@ -79,6 +81,12 @@ void fail(ORUDoJsonCtxData *ctx, int32_t code, std::string_view text = {});
 inline void fail_memory(ORUDoJsonCtxData *ctx) {
     fail(ctx, ORU_JSON_ERR_MEMORY);
 }
+
+// An unknown type, with the text that the error shows; the second leaves that to the end of the
+// parse, where `show_unknown` gives it to the error if it is still the last one.
+void fail_unknown(ORUDoJsonCtxData *ctx, std::string_view text);
+void fail_unknown_later(ORUDoJsonCtxData *ctx);
+void show_unknown(Reader &reader);
 
 // ---- Elements and items ----
 

@@ -15,21 +15,33 @@
 namespace oru::json {
 namespace {
 
-// A zero-terminated copy of the input from a place on, for messages that show it.
-Text rest_of_input(const Reader &reader, const Element &element) {
-    if (element.tag == nullptr)
-        return Text(duplicate("(null)", Tag::json));
-    const bool in_text = element.tag >= reader.begin && element.tag < reader.end;
-    const size_t size = in_text ? static_cast<size_t>(reader.end - element.tag)
-                                : static_cast<size_t>(element.tag_len);
-    return Text(duplicate(element.tag, size, Tag::json));
+// Whether the tag is the text's own, and not a copy of it without escapes.
+bool tag_in_text(const Reader &reader, const Element &element) {
+    return element.tag >= reader.begin && element.tag < reader.end;
 }
 
-void fail_type(Reader &reader, const Text &rest) {
-    if (rest) {
-        fail(&reader.data, ORU_JSON_ERR_UNKNOWN_TYPE, rest.get());
+// The input from the tag on, for messages that show it. The text need not end with a zero; its one
+// copy serves all messages of the parse, since a text may have as many faults as it likes.
+const char *rest_of_input(Reader &reader, const Element &element) {
+    if (element.tag == nullptr)
+        return "(null)";
+    if (!tag_in_text(reader, element))
+        return element.tag;
+    if (reader.shown == nullptr)
+        reader.shown =
+            duplicate(reader.begin, static_cast<size_t>(reader.end - reader.begin), Tag::json);
+    return reader.shown != nullptr ? reader.shown + (element.tag - reader.begin) : "";
+}
+
+// The error shows the input from the tag on too. Only the last one of a parse is seen, so that is
+// left to its end.
+void fail_type(Reader &reader, const Element &element) {
+    const bool in_text = tag_in_text(reader, element);
+    reader.unknown_from = in_text ? element.tag : nullptr;
+    if (in_text) {
+        fail_unknown_later(&reader.data);
     } else {
-        fail_memory(&reader.data);
+        fail_unknown(&reader.data, rest_of_input(reader, element));
     }
 }
 
@@ -57,9 +69,8 @@ void resolve_by_tag(Reader &reader, Element &element) {
     if (element.type_info != nullptr)
         return;
     element.unknown = 1;
-    const Text rest = rest_of_input(reader, element);
-    fail_type(reader, rest);
-    ORU_TRACE(Level::failure, "oru_do_json: unknown type %s", rest ? rest.get() : "");
+    fail_type(reader, element);
+    ORU_TRACE(Level::failure, "oru_do_json: unknown type %s", rest_of_input(reader, element));
 }
 
 // Finds the type of an element that has none yet. It may stay without one.
@@ -112,17 +123,18 @@ void leave_out_pending(Element &element) {
 void *deserialise(Reader &reader, Element &element) {
     if (element.type_info->deserialiser != nullptr)
         return element.type_info->deserialiser(&reader.data, &element);
-    const Text rest = rest_of_input(reader, element);
-    fail_type(reader, rest);
-    ORU_TRACE(Level::failure, "error: no deserializer found for type %s", rest ? rest.get() : "");
+    fail_type(reader, element);
+    ORU_TRACE(Level::failure, "error: no deserializer found for type %s",
+              rest_of_input(reader, element));
     return nullptr;
 }
 
-void give_to_parent(Element &parent, int64_t type, void *object) {
+void give_to_parent(Reader &reader, Element &parent, int64_t type, void *object) {
     Item *item = parent.pending;
     if (item == nullptr)
         item = append_item(parent.items, parent.items_tail);
     if (item == nullptr) {
+        fail_memory(&reader.data);
         ORU_TRACE(Level::failure, "error: parent does not take completed obj %p", object);
         oru_do_json_free_obj(type, object);
         ORU_TRACE(Level::detail, "oru_do_json: unused completed object, freeing it");
@@ -148,11 +160,8 @@ void give_to_context(ORUDoJsonCtxData &data, int64_t type, void *object) {
 }
 
 void pop_unresolved(Reader &reader, Element &element) {
-    if (trace_enabled(Level::failure)) {
-        const Text rest = rest_of_input(reader, element);
-        ORU_TRACE(Level::failure, "oru_do_json: pop %p, type unknown %s",
-                  static_cast<void *>(&element), rest ? rest.get() : "");
-    }
+    ORU_TRACE(Level::failure, "oru_do_json: pop %p, type unknown %s", static_cast<void *>(&element),
+              rest_of_input(reader, element));
     if (element.parent == nullptr)
         return;
     leave_out_pending(*element.parent);
@@ -171,7 +180,7 @@ void pop(Reader &reader) {
     void *object = deserialise(reader, element);
     if (element.parent != nullptr) {
         if (object != nullptr)
-            give_to_parent(*element.parent, type, object);
+            give_to_parent(reader, *element.parent, type, object);
         pop_to_parent(reader);
     } else if (object != nullptr) {
         give_to_context(reader.data, type, object);

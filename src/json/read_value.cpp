@@ -218,10 +218,15 @@ void *value_deser(ORUDoJsonCtxData *ctx, Element *element) {
         fail_memory(ctx);
         return nullptr;
     }
+    // Each name replaces the one before it, on every element of an array, so that only the last is
+    // worth setting.
+    const Item *name = nullptr;
     for (const Item *item = element->tag_items; item != nullptr; item = item->next) {
         if (item->type == kText && has_key(*item, "%typedef"))
-            set_typedef(*value, text_of(*item));
+            name = item;
     }
+    if (name != nullptr)
+        set_typedef(*value, text_of(*name));
     return value;
 }
 

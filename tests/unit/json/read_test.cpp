@@ -1,3 +1,4 @@
+#include <oruplatform/poolheap.h>
 #include <yajl/yajl_parse.h>
 
 #include <cerrno>
@@ -211,6 +212,33 @@ TEST(JsonReadFailures, AnUnknownTagShowsTheInputFromThereOn) {
     EXPECT_NE(capture.at(3)[1].find(R"(, type unknown %nope":1})"), std::string::npos);
 }
 
+TEST(JsonReadFailures, TheLastUnknownTagIsShownUnlessSomethingElseFailsBehindIt) {
+    const Context two = parsed(R"({"%vlist":[1,{"%nope":1},{"%nix":2}]})");
+    EXPECT_EQ(code_of(two), 8);
+    EXPECT_STREQ(oru_do_error_get_msg(two->err), R"(%nix":2}]})");
+    const Context other = parsed(R"({"%vlist":[{"%nope":1},{"%int":{}}]})");
+    EXPECT_EQ(code_of(other), 4);
+    EXPECT_STREQ(oru_do_error_get_msg(other->err), "");
+    // The text has its length and no zero behind it.
+    const Context cut(oru_do_json_parse(R"({"%nope":1}...)", 11, 0));
+    EXPECT_STREQ(oru_do_error_get_msg(cut->err), R"(%nope":1})");
+    // A tag that had to be unescaped shows itself.
+    const TraceCapture capture(3);
+    const Context escaped = parsed(R"({"%n\u006fpe":1})");
+    EXPECT_EQ(code_of(escaped), 8);
+    EXPECT_STREQ(oru_do_error_get_msg(escaped->err), "%nope");
+    EXPECT_TRUE(capture.has(3, "oru_do_json: unknown type %nope"));
+}
+
+TEST(JsonReadFailures, AnObjectWithoutATagThatNothingReads) {
+    const TraceCapture capture(3);
+    const Context ctx = parsed(R"({"a":1})", 0x400117);
+    EXPECT_EQ(code_of(ctx), 8);
+    EXPECT_STREQ(oru_do_error_get_msg(ctx->err), "(null)");
+    EXPECT_EQ(capture.at(3),
+              (std::vector<std::string>{"error: no deserializer found for type (null)"}));
+}
+
 TEST(JsonReadFailures, DefaultAndUnknownHaveNoRow) {
     for (const char *text : {R"({"%default":""})", R"({"%unknown":""})"}) {
         ORUDoError *err = nullptr;
@@ -351,6 +379,58 @@ TEST(JsonReadHostile, DeepObjectsWithinTheBoundAreWhole) {
     for (int i = 0; i < 500; ++i)
         text += "}}";
     EXPECT_EQ(read_back(text), text);
+}
+
+uint64_t blocks_taken(uint32_t tag) {
+    poolheap_stats_t stats{};
+    poolheap_tag_stats(tag, &stats);
+    return stats.total_blocks;
+}
+
+constexpr uint32_t kTextTag = 0x2900027;  // "oruapi-strdup"
+
+// Each fault shows the rest of the text; copying that for each would be quadratic.
+TEST(JsonReadHostile, ManyUnknownTypesCopyTheTextOnce) {
+    constexpr int kFaults = 1000;
+    std::string text = R"({"%vlist":[1)";
+    for (int i = 0; i < kFaults; ++i)
+        text += R"(,{"%nope":1})";
+    text += "]}";
+    const std::string last = R"(%nope":1}]})";
+    const uint64_t before = blocks_taken(kTextTag);
+    {
+        const Context ctx = parsed(text);
+        EXPECT_EQ(code_of(ctx), 8);
+        EXPECT_EQ(oru_do_error_get_msg(ctx->err), last);
+    }
+    EXPECT_EQ(blocks_taken(kTextTag) - before, 1u);
+
+    const auto blocks_of_a_parse = [&text] {
+        const uint64_t total = poolheap_live_blocks();
+        poolheap_stats_t stats{};
+        poolheap_total_stats(&stats);
+        const uint64_t taken = stats.total_blocks;
+        parsed(text);
+        poolheap_total_stats(&stats);
+        EXPECT_EQ(poolheap_live_blocks(), total);
+        return stats.total_blocks - taken;
+    };
+    const uint64_t silent = blocks_of_a_parse();
+    const TraceCapture capture(3);
+    EXPECT_EQ(blocks_of_a_parse(), silent + 1);
+    EXPECT_EQ(capture.at(3).size(), 2u * kFaults);
+    EXPECT_EQ(capture.at(3)[2 * kFaults - 2], "oru_do_json: unknown type " + last);
+}
+
+// Every name goes to every element; only the last one of them is seen.
+TEST(JsonReadHostile, ManyTypedefsOfAnArrayAreSetOnce) {
+    std::string text = R"({"%int":[1,2,3])";
+    for (int i = 0; i < 100; ++i)
+        text += R"(,"%typedef":"T)" + std::to_string(i) + "\"";
+    text += R"(,"%typedef":5})";
+    const uint64_t before = blocks_taken(kTextTag);
+    EXPECT_EQ(read_back(text), R"({"%int":[1,2,3],"%typedef":"T99"})");
+    EXPECT_LT(blocks_taken(kTextTag) - before, 20u);
 }
 
 TEST(JsonReadHostile, StrayKeysAndClosings) {
@@ -525,7 +605,8 @@ TEST(JsonReadMemory, EveryAllocationMayFail) {
           R"("n","prop_errs":{"%prop_errs":{"p":{"%error":{"msg":"q"}}}}}},"children":)"
           R"({"%dtree":[{"name":"a"},{"name":"b"}]}}})",
           R"({"%vtable":[[1,"a\n"],[2,null]]})", R"({"%properties_list":[{"a":1}]})",
-          R"({"%nlist":["a"]})", R"({"%nvlist":{"a":1}})", R"("a\n")", "{x"}) {
+          R"({"%nlist":["a"]})", R"({"%nvlist":{"a":1}})",
+          R"({"%vlist":[{"%nope":1},{"%n\u006fpe":1}]})", R"({"%nope":1})", R"("a\n")", "{x"}) {
         oru::test::sweep_oom(
             [text] {
                 const Context ctx = parsed(text);
@@ -536,6 +617,31 @@ TEST(JsonReadMemory, EveryAllocationMayFail) {
             },
             {.promised_deaths = {}, .at_least = 3});
     }
+}
+
+TEST(JsonReadMemory, AnObjectThatItsParentCannotTakeIsGivenUp) {
+    constexpr uint64_t kMost = 100;
+    std::vector<std::string> words;
+    for (uint64_t nth = 1; nth < kMost && words.empty(); ++nth) {
+        const TraceCapture capture(7);
+        poolheap_fail_nth(nth, 0);
+        const Context ctx = parsed(R"({"%array":[1,{"%int":2}]})");
+        poolheap_fail_off();
+        for (const oru::test::Trace &trace : capture.lines()) {
+            if (trace.text.find("parent") != std::string::npos ||
+                trace.text.find("unused") != std::string::npos)
+                words.push_back(std::to_string(trace.level) + " " + trace.text);
+        }
+        if (words.empty())
+            continue;
+        EXPECT_EQ(code_of(ctx), 1);
+        EXPECT_STREQ(oru_do_error_get_msg(ctx->err), "");
+        EXPECT_EQ(oru::test::json_of(static_cast<ORUDoValue *>(ctx->completed_obj)),
+                  R"({"%int":[1]})");
+    }
+    ASSERT_EQ(words.size(), 2u);
+    EXPECT_EQ(words[0].find("3 error: parent does not take completed obj 0x"), 0u);
+    EXPECT_EQ(words[1], "7 oru_do_json: unused completed object, freeing it");
 }
 
 TEST(JsonReadMemory, WithinTheParserItIsCodeOne) {
