@@ -1,9 +1,12 @@
-// The pools of lists and property tables, and what happens to an element that is none of theirs.
+// The pools of containers, errors and of the reader of JSON, and what happens to an element that is
+// none of theirs.
 #include <gtest/gtest.h>
 #include <oruplatform/chunk.h>
 
 #include <string>
 
+#include "oru/error.h"
+#include "oru/json.h"
 #include "oru/name.h"
 #include "oru/nlist.h"
 #include "oru/ntlist.h"
@@ -12,6 +15,7 @@
 #include "oru/properties_list.h"
 #include "oru/value.h"
 #include "oru/vlist.h"
+#include "oru/vtable.h"
 #include "tests/support/child.h"
 #include "tests/support/death.h"
 #include "tests/support/trace_capture.h"
@@ -38,6 +42,12 @@ const Row kRows[] = {
     {"oru_do_properties_list_item", 36, init_chunk_poolheap_oru_do_properties_list_item},
     {"oru_do_property", 50, init_chunk_poolheap_oru_do_property},
     {"oru_do_properties_hashtable_elem", 68, init_chunk_poolheap_oru_do_properties_hashtable_elem},
+    {"oru_do_vtable", 30, init_chunk_poolheap_oru_do_vtable},
+    {"oru_do_vtable_item", 53, init_chunk_poolheap_oru_do_vtable_item},
+    {"oru_do_error", 13, init_chunk_poolheap_oru_do_error},
+    {"oru_do_prop_errs", 20, init_chunk_poolheap_oru_do_prop_errs},
+    {"oru_do_error_list", 14, init_chunk_poolheap_oru_do_error_list},
+    {"json", 51, init_chunk_poolheap_json},
 };
 
 TEST(ContainerPools, HaveTheNameAndTheTagOfTheirType) {
@@ -96,6 +106,21 @@ TEST(ContainerPools, AnItemThatIsNotOfThePoolIsFatal) {
             oru_do_properties_list_add(list, oru_do_properties_new());
             init_chunk_poolheap_oru_do_properties_list_item(8, 0);
             oru_do_properties_list_clear(list);
+        },
+        kRefused);
+    EXPECT_FATAL(
+        {
+            ORUDoVtable *table = oru_do_vtable_new();
+            oru_do_vtable_add(table, oru_do_vlist_new());
+            init_chunk_poolheap_oru_do_vtable_item(8, 0);
+            oru_do_vtable_clear(table);
+        },
+        kRefused);
+    EXPECT_FATAL(
+        {
+            ORUDoJsonCtxData *ctx = oru_do_json_parse(R"({"%int":1})", 10, 0);
+            init_chunk_poolheap_json(8, 0);
+            oru_do_json_delete_ctx_data(ctx);
         },
         kRefused);
 }

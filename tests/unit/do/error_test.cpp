@@ -273,6 +273,23 @@ TEST_F(Error, IsTracedAndCounted) {
     oru_do_error_deref(nullptr);
 }
 
+TEST_F(Error, ReleasesItsCauseBeforeThePropertyErrors) {
+    ORUDoError *cause = oru_do_error_new(1, nullptr);
+    oru_do_error_set_cause(err, cause);
+    oru_do_error_deref(cause);
+    ORUDoPropErrs *errs = oru_do_prop_errs_new();
+    oru_do_error_set_prop_errs(err, errs);
+    oru_do_prop_errs_deref(errs);
+    char words[3][100];
+    std::snprintf(words[0], 100, "oru deref oru_do_error %p 1", static_cast<void *>(err));
+    std::snprintf(words[1], 100, "oru deref oru_do_error %p 1", static_cast<void *>(cause));
+    std::snprintf(words[2], 100, "oru deref oru_do_prop_errs %p 1", static_cast<void *>(errs));
+    TraceCapture traces(8);
+    oru_do_error_deref(err);
+    err = nullptr;
+    EXPECT_EQ(traces.lines(), (std::vector<Trace>{{8, words[0]}, {8, words[1]}, {8, words[2]}}));
+}
+
 TEST_F(Error, MessageThatCannotBeHadIsLeftOut) {
     poolheap_fail_nth(2, 0);
     remake(oru_do_error_new(8, "message"));

@@ -3,7 +3,10 @@
 #include <gtest/gtest.h>
 #include <oruplatform/poolheap.h>
 
+#include <cstdio>
+#include <cstring>
 #include <string>
+#include <vector>
 
 #include "oru/name.h"
 #include "oru/ntlist.h"
@@ -13,6 +16,7 @@
 #include "oru/vlist.h"
 #include "tests/support/death.h"
 #include "tests/support/oom.h"
+#include "tests/support/trace_capture.h"
 
 namespace {
 
@@ -137,6 +141,28 @@ TEST_F(Vtable, PrintsOnAStream) {
                  "[\n[\n\t1\n]\n,\n[\n\t2\n]\n]\n"
                  "[\n[\n\t1 (default)\n]\n,\n[\n\t2\n]\n]\n");
     std::fclose(stream);
+}
+
+TEST_F(Vtable, ReleasesItsRowsBeforeTheColumns) {
+    ORUDoNtlist *columns = oru_do_ntlist_new();
+    oru_do_vtable_set_column_info(table, columns);
+    oru_do_vtable_add(table, rows[1]);
+    oru_do_vtable_add(table, rows[0]);
+    const auto words = [](const char *type, void *object) {
+        char text[100];
+        std::snprintf(text, sizeof text, "oru deref %s %p ", type, object);
+        return std::string(text) + (std::strcmp(type, "oru_do_vtable") == 0 ? "1" : "2");
+    };
+    const std::vector<std::string> expected = {
+        words("oru_do_vtable", table), words("oru_do_vlist", rows[1]),
+        words("oru_do_vlist", rows[0]), words("oru_do_ntlist", columns)};
+    {
+        const oru::test::TraceCapture traces(8);
+        oru_do_vtable_deref(table);
+        table = nullptr;
+        EXPECT_EQ(traces.at(8), expected);
+    }
+    oru_do_ntlist_deref(columns);
 }
 
 TEST_F(Vtable, ARowWithoutMemoryCountsAndTheNextStartsANewChain) {

@@ -97,6 +97,27 @@ TEST_F(XmlObjects, Errors) {
     oru_do_error_deref(cause);
 }
 
+TEST_F(XmlObjects, ErrorsOfPropertiesByThemselves) {
+    ORUDoPropErrs *errs = oru_do_prop_errs_new();
+    const auto form = [&](const char *prefix) {
+        return written([&](ORUDoStrbuf *b) { return oru_do_prop_errs_to_xml(prefix, errs, b); });
+    };
+    EXPECT_EQ(form(nullptr), "<prop_errs></prop_errs>");
+    ORUDoError *err = oru_do_error_new(-7, "m");
+    for (const char *text : {"p", "q"}) {
+        ORUDoName *name = oru_do_name_new(text);
+        oru_do_prop_errs_set_err(errs, name, err);
+        oru_do_name_deref(name);
+    }
+    const std::string error =
+        "<x:error><x:error><x:code>-7</x:code><x:message>m</x:message></x:error></x:error>";
+    EXPECT_EQ(form("x:"), "<x:prop_errs><x:prop_err><x:property>p</x:property>" + error +
+                              "</x:prop_err><x:prop_err><x:property>q</x:property>" + error +
+                              "</x:prop_err></x:prop_errs>");
+    oru_do_error_deref(err);
+    oru_do_prop_errs_deref(errs);
+}
+
 class XmlDtree : public XmlObjects {
   protected:
     XmlDtree() {
@@ -167,6 +188,9 @@ TEST_F(XmlDtree, RequiredArgumentsAreAsserted) {
     EXPECT_ASSERTION(oru_do_properties_to_xml(nullptr, nullptr, props, nullptr), "strbuf");
     EXPECT_ASSERTION(oru_do_properties_list_to_xml(nullptr, nullptr, nullptr, b), "list");
     EXPECT_ASSERTION(oru_do_vtable_to_xml(nullptr, nullptr, nullptr, b), "vtable");
+    ORUDoPropErrs *errs = oru_do_prop_errs_new();
+    EXPECT_ASSERTION(oru_do_prop_errs_to_xml(nullptr, errs, nullptr), "strbuf");
+    oru_do_prop_errs_deref(errs);
     EXPECT_ASSERTION(oru_do_error_to_xml(nullptr, nullptr, b), "err");
     EXPECT_ASSERTION(oru_do_prop_errs_to_xml(nullptr, nullptr, b), "prop_errs");
     EXPECT_ASSERTION(oru_do_dtree_to_xml(nullptr, nullptr, nullptr, b), "dtree");

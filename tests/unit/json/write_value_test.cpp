@@ -156,6 +156,22 @@ TEST(JsonWriteValue, PasswordsAreHiddenOnDemand) {
               R"({"%string":"text","%typedef":"Password"})");
 }
 
+// Elements under the tag of their type are written compact with that option alone.
+TEST(JsonWriteValue, PasswordsInListsAreHiddenWhereElementsAreTagged) {
+    const auto secret = [] {
+        ORUDoValue *value = oru_do_value_new_string("s");
+        oru_do_value_set_typedef_name(value, "PasswordString");
+        return value;
+    };
+    const Value typed = array_of({secret(), secret()});
+    EXPECT_EQ(json_of(typed.get(), ORU_JSON_OPT_HIDE_PASSWORDS), R"({"%string":["s","s"]})");
+    const Value mixed = array_of({secret(), oru_do_value_new_int(1)});
+    EXPECT_EQ(json_of(mixed.get(), ORU_JSON_OPT_HIDE_PASSWORDS),
+              R"({"%array":[{"%string":"<removed>","%typedef":"PasswordString"},{"%int":1}]})");
+    EXPECT_EQ(json_of(mixed.get(), ORU_JSON_OPT_HIDE_PASSWORDS | ORU_JSON_OPT_COMPACT),
+              R"({"%array":["s",1]})");
+}
+
 TEST(JsonWriteValue, NamesAndUrisAreNotEscaped) {
     EXPECT_EQ(json_of(Value(oru_do_value_new_enumeration("a\"b")).get()),
               R"({"%enumeration":"a"b"})");
@@ -210,6 +226,9 @@ TEST(JsonWriteValue, RequiredArgumentsAreAsserted) {
     EXPECT_ASSERTION(oru_do_dtree_to_json(nullptr, buf), "dtree");
     EXPECT_ASSERTION(oru_do_string_to_json("a", 1, nullptr), "strbuf");
     EXPECT_ASSERTION(oru_do_null_to_json(nullptr), "strbuf");
+    EXPECT_ASSERTION(oru_do_bool_to_json(1, nullptr), "strbuf");
+    EXPECT_ASSERTION(oru_do_integer_to_json(1, nullptr), "strbuf");
+    EXPECT_ASSERTION(oru_do_double_to_json(nullptr, 1), "strbuf");
     oru_do_strbuf_deref(buf);
 }
 
