@@ -30,11 +30,11 @@ void set_property(ORUDoJsonCtxData *ctx, ORUDoProperties *props, const Item &ite
     if (name && oru_do_properties_get_prop_n(props, name.get()) != nullptr)
         return;  // the first occurrence wins
     const auto value = Ref<ORUDoValue>::adopt(name ? item_to_value(item) : nullptr);
-    if (value) {
+    const int32_t before = oru_do_properties_get_len(props);
+    if (value)
         oru_do_properties_set_value_n(props, name.get(), value.get());
-    } else {
+    if (oru_do_properties_get_len(props) == before)
         fail_memory(ctx);
-    }
 }
 
 // ---- Data trees ----
@@ -194,8 +194,12 @@ void *vlist_deser(ORUDoJsonCtxData *ctx, Element *element) {
             fail_memory(ctx);
     }
     const Element *parent = element->parent;
-    if (list && parent != nullptr && parent->obj != nullptr)
-        oru_do_vtable_add(static_cast<ORUDoVtable *>(parent->obj), list.get());
+    if (list && parent != nullptr && parent->obj != nullptr) {
+        auto *table = static_cast<ORUDoVtable *>(parent->obj);
+        oru_do_vtable_add(table, list.get());
+        if (table->last == nullptr)
+            fail_memory(ctx);  // the row counts and is not there
+    }
     return finished(ctx, std::move(list));
 }
 
@@ -214,8 +218,11 @@ void *error_deser(ORUDoJsonCtxData *ctx, Element *element) {
         oru_do_error_new_l(code != nullptr ? static_cast<int32_t>(code->scalar.integer) : 0,
                            msg->scalar.text, msg->scalar_len));
     if (error) {
-        if (const Item *item = find_item(*element, "namespace", kText))
-            oru_do_error_set_namespace_l(error.get(), item->scalar.text, item->scalar_len);
+        const Item *label = find_item(*element, "namespace", kText);
+        if (label != nullptr)
+            oru_do_error_set_namespace_l(error.get(), label->scalar.text, label->scalar_len);
+        if (error->msg == nullptr || (label != nullptr && error->name_space == nullptr))
+            fail_memory(ctx);
         if (const Item *item = find_item(*element, "cause", kTypeError))
             oru_do_error_set_cause(error.get(), static_cast<ORUDoError *>(item->obj));
         if (const Item *item = find_item(*element, "prop_errs", kTypePropErrs))
@@ -232,12 +239,13 @@ void *prop_errs_deser(ORUDoJsonCtxData *ctx, Element *element) {
         if (item->key == nullptr || item->type != kTypeError)
             continue;
         const auto name = name_of(item->key, item->key_len);
-        if (!name) {
-            fail_memory(ctx);
-        } else if (oru_do_prop_errs_get_err(prop_errs.get(), name.get()) == nullptr) {
+        if (name && oru_do_prop_errs_get_err(prop_errs.get(), name.get()) != nullptr)
+            continue;  // the first occurrence wins
+        if (name)
             oru_do_prop_errs_set_err(prop_errs.get(), name.get(),
                                      static_cast<ORUDoError *>(item->obj));
-        }
+        if (!name || oru_do_prop_errs_get_err(prop_errs.get(), name.get()) == nullptr)
+            fail_memory(ctx);
     }
     return finished(ctx, std::move(prop_errs));
 }

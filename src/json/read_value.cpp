@@ -176,13 +176,19 @@ bool holds_array(const Element &element) {
     return first->key == nullptr && first->next != nullptr && first->next->key == nullptr;
 }
 
-void set_typedef(ORUDoValue &value, std::string_view name) {
-    const auto n = static_cast<int32_t>(name.size());
-    oru_do_value_set_typedef_name_l(&value, name.data(), n);
+// False when memory ran out for a name.
+bool name_typedef(ORUDoValue &value, std::string_view name) {
+    oru_do_value_set_typedef_name_l(&value, name.data(), static_cast<int32_t>(name.size()));
+    return value.typedef_name != nullptr;
+}
+
+bool set_typedef(ORUDoValue &value, std::string_view name) {
+    bool whole = name_typedef(value, name);
     if (value.type != ORU_DO_TYPE_ARRAY)
-        return;
+        return whole;
     for (ORUDoVlistItem *item = value.data.vlist->first; item != nullptr; item = item->next)
-        oru_do_value_set_typedef_name_l(item->value, name.data(), n);
+        whole = name_typedef(*item->value, name) && whole;
+    return whole;
 }
 
 }  // namespace
@@ -225,8 +231,8 @@ void *value_deser(ORUDoJsonCtxData *ctx, Element *element) {
         if (item->type == kText && has_key(*item, "%typedef"))
             name = item;
     }
-    if (name != nullptr)
-        set_typedef(*value, text_of(*name));
+    if (name != nullptr && !set_typedef(*value, text_of(*name)))
+        fail_memory(ctx);
     return value;
 }
 

@@ -5,9 +5,11 @@
 #include <string>
 #include <vector>
 
+#include "oru/dtree.h"
 #include "oru/nvlist.h"
 #include "oru/properties.h"
 #include "oru/vlist.h"
+#include "oru/vtable.h"
 #include "tests/support/death.h"
 #include "tests/support/oom.h"
 #include "tests/support/trace_capture.h"
@@ -642,6 +644,49 @@ TEST(JsonReadMemory, AnObjectThatItsParentCannotTakeIsGivenUp) {
     ASSERT_EQ(words.size(), 2u);
     EXPECT_EQ(words[0].find("3 error: parent does not take completed obj 0x"), 0u);
     EXPECT_EQ(words[1], "7 oru_do_json: unused completed object, freeing it");
+}
+
+// Writes what a parse completed; for the types that the test below reads.
+std::string completed(const Context &ctx) {
+    return oru::test::written([&ctx](ORUDoStrbuf *b) {
+        void *object = ctx->completed_obj;
+        switch (ctx->completed_type) {
+            case 0x400100:
+                return oru_do_properties_to_json(static_cast<ORUDoProperties *>(object), b);
+            case 0x80010F:
+                return oru_do_vtable_to_json(static_cast<ORUDoVtable *>(object), b);
+            case 0x400114:
+                return oru_do_error_to_json(static_cast<ORUDoError *>(object), b);
+            case 0x400119:
+                return oru_do_dtree_to_json(static_cast<ORUDoDtree *>(object), b);
+            default:
+                return oru_do_value_to_json(static_cast<ORUDoValue *>(object), b);
+        }
+    });
+}
+
+TEST(JsonReadMemory, WhatIsLostIsTold) {
+    for (
+        const std::string text :
+        {R"({"%properties":{"a":{"%int":1},"b":{"%string":"x"}}})",
+         R"({"%vtable":[{"%int":[1]},[2]]})", R"({"%int":[1,2],"%typedef":"T"})",
+         R"({"%error":{"code":1,"msg":"m","namespace":"n","cause":{"%error":{"code":2,"msg":"c"}},)"
+         R"("prop_errs":{"%prop_errs":{"p":{"%error":{"code":3,"msg":"q"}}}}}})",
+         R"({"%dtree":{"name":"r","mr_uri":"/u","children":{"%dtree":[{"name":"a"}]}}})"}) {
+        const std::string whole = completed(parsed(text));
+        uint64_t nth = 1;
+        for (bool met = true; met; ++nth) {
+            poolheap_fail_nth(nth, 0);
+            const Context ctx = parsed(text);
+            poolheap_fail_off();
+            met = poolheap_fail_hits() > 0;
+            if (ctx != nullptr && ctx->err == nullptr) {
+                ASSERT_NE(ctx->completed_obj, nullptr) << text << " at " << nth;
+                EXPECT_EQ(completed(ctx), whole) << "at " << nth;
+            }
+        }
+        EXPECT_GT(nth, 10u);
+    }
 }
 
 TEST(JsonReadMemory, WithinTheParserItIsCodeOne) {
