@@ -90,7 +90,8 @@ ORU_API int32_t oru_do_strbuf_add_unsigned_long(ORUDoStrbuf *strbuf, uint64_t n)
 /* A number by "%lg", six significant digits. -1 in the failed state. */
 ORU_API int32_t oru_do_strbuf_add_double(ORUDoStrbuf *strbuf, double x);
 
-/* `n` bytes as upper-case hexadecimal, two digits a byte, in one run. An `n` below 1 adds nothing. */
+/* `n` bytes as upper-case hexadecimal, two digits a byte, in one run. An `n` below 1 adds
+   nothing. */
 ORU_API int32_t oru_do_strbuf_add_hexbuf(ORUDoStrbuf *strbuf, const void *bytes, int32_t n);
 
 /*

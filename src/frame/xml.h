@@ -35,7 +35,7 @@ XmlDocument read_xml(int fd, const char *path);
 // The same for a text.
 XmlDocument read_xml_text(const char *text, size_t size);
 
-// Owns the value of an attribute, whatever its namespace; null for one that there is not.
+// Owns the value of an attribute that stands in no namespace; null for one that there is not.
 class XmlAttribute {
   public:
     XmlAttribute(const xmlNode *element, const char *name);
