@@ -1,0 +1,17 @@
+// What the commands of the tool share.
+#ifndef ORU_TOOLS_ORUCTL_COMMAND_H
+#define ORU_TOOLS_ORUCTL_COMMAND_H
+
+#include <CLI/CLI.hpp>
+
+namespace oructl {
+
+// Exit statuses. What was asked for wrongly is told apart from what was found faulty.
+enum : int { kDone = 0, kFaults = 1, kUsage = 2 };
+
+// Each adds a command. When it is chosen its result is stored in `status`, which must live on.
+void add_model_commands(CLI::App &app, int &status);
+
+}  // namespace oructl
+
+#endif
