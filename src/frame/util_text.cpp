@@ -45,6 +45,7 @@ signed char raised(char c) {
 
 int32_t oru_printf(char **out, const char *format, ...) {
     ORU_REQUIRE(out);
+    ORU_REQUIRE(format);
     const uint32_t tag = oru::tag_word(oru::Tag::util);
     *out = static_cast<char *>(ph_malloc_named(tag, kFirstSize));
     if (*out == nullptr)

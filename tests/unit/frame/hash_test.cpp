@@ -3,6 +3,7 @@
 #include <string>
 
 #include "oru/hashtable.h"
+#include "tests/support/death.h"
 
 namespace {
 
@@ -38,6 +39,30 @@ TEST(Hash, OfNumbersIsThatOfTheirBytes) {
     EXPECT_EQ(oru_hashset_long_calc(&eight), of_eight);
     const char *text = "abcd";
     EXPECT_EQ(oru_hashset_str_calc(&text), of_four);
+}
+
+TEST(Hash, KeysMustBeThere) {
+    EXPECT_ASSERTION(oru_hash_calculate(nullptr, 1), "bytes");
+    EXPECT_ASSERTION(oru_hash_str_calc(nullptr), "text");
+    EXPECT_ASSERTION(oru_hashset_str_calc(nullptr), "holder");
+    for (auto *hash : {oru_hash_int_calc, oru_hash_unsigned_int_calc, oru_hashset_int_calc,
+                       oru_hash_long_calc, oru_hashset_long_calc}) {
+        EXPECT_ASSERTION(hash(nullptr), "key");
+    }
+}
+
+TEST(Match, BothKeysMustBeThere) {
+    const int64_t key = 7;
+    for (auto *match : {oru_hash_int_matcher, oru_hash_unsigned_int_matcher,
+                        oru_hashset_int_matcher, oru_hash_long_matcher, oru_hashset_long_matcher}) {
+        EXPECT_ASSERTION(match(nullptr, &key), "a");
+        EXPECT_ASSERTION(match(&key, nullptr), "b");
+    }
+    EXPECT_ASSERTION(oru_hash_str_matcher(nullptr, "a"), "a");
+    EXPECT_ASSERTION(oru_hash_str_matcher("a", nullptr), "b");
+    const char *text = "a";
+    EXPECT_ASSERTION(oru_hashset_str_matcher(nullptr, &text), "holder1");
+    EXPECT_ASSERTION(oru_hashset_str_matcher(&text, nullptr), "holder2");
 }
 
 TEST(Match, NumbersAnswerNonZeroForEqual) {

@@ -152,6 +152,20 @@ TEST(LibInit, AMissingInitialisationIsFatal) {
         "Failed to find dl symbol no_such_init");
 }
 
+TEST(LibInit, ALaterEnvironmentDoesNotChangeTheBinding) {
+    expect_in_child([] {
+        use(FAKE_BACKEND);
+        EXPECT_EQ(init(), 4711);
+        setenv("ORU_DEFAULT_LIB_INIT", "other_init", 1);
+        setenv("ORU_DEFAULT_LIB_SHUTDOWN", "no_such_shutdown", 1);
+        EXPECT_EQ(init(), 4711);
+        EXPECT_EQ(oru_lib_shutdown(0, 0, 0, 0, 0, 0), 1000000);
+        // Neither does shutting down.
+        EXPECT_EQ(init(), 4711);
+        EXPECT_EQ(oru_location_get_canonical_name(0, 0, 0, 0, 0, 0), 2000000);
+    });
+}
+
 TEST(LibShutdown, HandsOnItsWords) {
     expect_in_child([] {
         use(FAKE_BACKEND);
@@ -243,6 +257,48 @@ TEST(Location, CanonicalNamesHaveNone) {
         "Failed to find dl symbol _oru_location_from_canonical_name");
     EXPECT_FATAL(oru_location_get_canonical_name(0, 0, 0, 0, 0, 0),
                  "Failed to find dl symbol (null)");
+    EXPECT_FATAL(oru_location_from_canonical_name(0, 0, 0, 0, 0, 0),
+                 "Failed to find dl symbol (null)");
+}
+
+TEST(Location, SymbolNamesComeFromTheEnvironment) {
+    expect_in_child([] {
+        use(FAKE_BACKEND);
+        setenv("ORU_DEFAULT_GET_LOC_CANONICAL", "_oru_location_get_location_keys", 1);
+        setenv("ORU_DEFAULT_GET_LOC_FROM_CANONICAL", "_oru_ev_session_open", 1);
+        setenv("ORU_DEFAULT_GET_LOC_KEYS", "_oru_lib_shutdown", 1);
+        setenv("ORU_DEFAULT_GET_LOC_FROM_KEYS", "_oru_location_get_canonical_name", 1);
+        setenv("ORU_DEFAULT_LIB_SHUTDOWN", "_oru_cl_session_close", 1);
+        EXPECT_EQ(init(), 4711);
+        EXPECT_EQ(oru_location_get_canonical_name(1, 2, 3, 4, 5, 6), 4123456);
+        EXPECT_EQ(oru_location_from_canonical_name(1, 2, 3, 4, 5, 6), 9123456);
+        EXPECT_EQ(oru_location_get_location_keys(1, 2, 3, 4, 5, 6), 1123456);
+        EXPECT_EQ(oru_location_from_location_keys(1, 2, 3, 4, 5, 6), 2123456);
+        EXPECT_EQ(oru_lib_shutdown(1, 2, 3, 4, 5, 6), 6123456);
+    });
+}
+
+TEST(Location, CanonicalNamesThatAreMissingAreToldAsAskedFor) {
+    EXPECT_FATAL(
+        {
+            use(FAKE_BACKEND);
+            setenv("ORU_DEFAULT_GET_LOC_CANONICAL", "no_such_name", 1);
+            init();
+            oru_location_get_canonical_name(0, 0, 0, 0, 0, 0);
+        },
+        "Failed to find dl symbol no_such_name");
+    EXPECT_FATAL(
+        {
+            use(FAKE_BACKEND);
+            setenv("ORU_DEFAULT_GET_LOC_FROM_CANONICAL", "no_such_name", 1);
+            init();
+            oru_location_from_canonical_name(0, 0, 0, 0, 0, 0);
+        },
+        "Failed to find dl symbol no_such_name");
+}
+
+TEST(Location, KeysOfTheDefaultNeedAPlaceForTheStatus) {
+    EXPECT_ASSERTION(_oru_location_from_location_keys(0, nullptr, 0, 0, 0, 0), "status");
 }
 
 TEST(Location, PolicyIsAnsweredLocally) {

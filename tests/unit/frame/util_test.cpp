@@ -83,6 +83,8 @@ TEST(UtilPrintf, NeedsMemory) {
     poolheap_fail_off();
     EXPECT_EQ(take(out), std::string(199, 'x'));  // the first block
     EXPECT_ASSERTION(oru_printf(nullptr, "a"), "out");
+    const char *no_format = nullptr;
+    EXPECT_ASSERTION(oru_printf(&out, no_format, 1), "format");
 }
 
 // ---- Copies ----
