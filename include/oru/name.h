@@ -28,7 +28,7 @@ extern ORU_API char *ORU_DO_NAME_TIMESTAMP;
 /* ---- Making ----
  * The results belong to the caller; null when memory runs out. */
 
-/* A name with a copy of the zero-terminated `text`, which is not null. */
+/* A name with a copy of the zero-terminated `text`. Asserts "text". */
 ORU_API ORUDoName *oru_do_name_new(const char *text);
 
 /* A name with a copy of `length` bytes. Null for a null text and for a negative length. */

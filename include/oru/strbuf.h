@@ -57,7 +57,7 @@ ORU_API int32_t oru_do_strbuf_remove_ftr(ORUDoStrbuf *strbuf, const char *footer
 /* ---- Appending ----
  * The result is the new length in bytes unless told otherwise. */
 
-/* A zero-terminated text, not null. -1 for an empty text, which changes nothing, and in the failed
+/* A zero-terminated text; asserts "text". -1 for an empty text, which changes nothing, and in the failed
    state. */
 ORU_API int32_t oru_do_strbuf_add_string(ORUDoStrbuf *strbuf, const char *text);
 

@@ -70,6 +70,7 @@ ORUDoError *oru_do_error_new_fmt(int32_t code, const char *format, ...) {
 }
 
 ORUDoError *oru_do_error_new_va(int32_t code, const char *format, va_list args) {
+    ORU_REQUIRE(format);
     char text[kFormattedSize];
     const bool formatted = std::vsnprintf(text, sizeof text, format, args) >= 0;
     return oru_do_error_new(code, formatted ? text : format);

@@ -70,6 +70,7 @@ void oru::ObjectType<ORUDoName>::release_members(ORUDoName &self) {
 }
 
 ORUDoName *oru_do_name_new(const char *text) {
+    ORU_REQUIRE(text);
     return new_name(text, std::strlen(text));
 }
 
@@ -148,6 +149,10 @@ int32_t oru_do_name_equals_w_strname_l_strict(ORUDoName *name1, const char *text
 
 int32_t parse_pkg_and_ent_name(char *text, char **package, char **version, char **entity,
                                char **attribute) {
+    ORU_REQUIRE(package);
+    ORU_REQUIRE(version);
+    ORU_REQUIRE(entity);
+    ORU_REQUIRE(attribute);
     *package = *version = *entity = *attribute = nullptr;
     if (text == nullptr)
         return ORU_RC_GENERAL;

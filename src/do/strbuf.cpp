@@ -114,6 +114,7 @@ int32_t add_hex(ORUDoStrbuf &buf, const void *bytes, int32_t n, const char *sep,
                 const char (&digits)[17]) {
     if (n < 1)
         return buf.len;
+    ORU_REQUIRE(bytes);
     const bool separated = sep != nullptr && group > 0;
     const std::string_view separator = separated ? std::string_view(sep) : std::string_view();
     const int64_t separators = separated ? (n - 1) / group : 0;
@@ -192,6 +193,7 @@ int32_t oru_do_strbuf_get_err(ORUDoStrbuf *strbuf) {
 
 int32_t oru_do_strbuf_print_fp(ORUDoStrbuf *strbuf, FILE *stream) {
     ORU_REQUIRE(strbuf);
+    ORU_REQUIRE(stream);
     return strbuf->str != nullptr ? std::fputs(strbuf->str, stream) : 0;
 }
 
@@ -207,6 +209,7 @@ void oru_do_strbuf_clear(ORUDoStrbuf *strbuf) {
 
 int32_t oru_do_strbuf_remove_ftr(ORUDoStrbuf *strbuf, const char *footer) {
     ORU_REQUIRE(strbuf);
+    ORU_REQUIRE(footer);
     const auto n = static_cast<int32_t>(std::strlen(footer));
     if (strbuf->cur == nullptr || strbuf->len < n)
         return -1;
@@ -221,6 +224,7 @@ int32_t oru_do_strbuf_remove_ftr(ORUDoStrbuf *strbuf, const char *footer) {
 
 int32_t oru_do_strbuf_add_string(ORUDoStrbuf *strbuf, const char *text) {
     ORU_REQUIRE(strbuf);
+    ORU_REQUIRE(text);
     const std::string_view bytes(text);
     if (bytes.empty() || !oru::strbuf_append(*strbuf, bytes))
         return -1;
@@ -229,6 +233,7 @@ int32_t oru_do_strbuf_add_string(ORUDoStrbuf *strbuf, const char *text) {
 
 int32_t oru_do_strbuf_add_string_l(ORUDoStrbuf *strbuf, const char *text, int32_t n) {
     ORU_REQUIRE(strbuf);
+    ORU_REQUIRE_AS(text != nullptr || n < 1, "text");
     if (n < 1 || !ensure(*strbuf, n))
         return -1;
     const auto size = static_cast<size_t>(n);
@@ -241,6 +246,7 @@ int32_t oru_do_strbuf_add_string_l(ORUDoStrbuf *strbuf, const char *text, int32_
 int32_t oru_do_strbuf_add_string_l_excl(ORUDoStrbuf *strbuf, const char *text, int32_t n,
                                         const char *excl) {
     ORU_REQUIRE(strbuf);
+    ORU_REQUIRE_AS(text != nullptr || n < 1, "text");
     if (n < 1 || !ensure(*strbuf, n))
         return strbuf->len;
     const std::string_view excluded(excl != nullptr ? excl : "");

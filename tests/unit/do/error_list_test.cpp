@@ -111,6 +111,42 @@ TEST_F(ErrorList, EqualsAnotherPairByPair) {
     EXPECT_TRUE(equals({}));
 }
 
+TEST_F(ErrorList, TheRecordHasItsFieldsInOrder) {
+    struct Item {
+        ORUDoError *err;
+        Item *next;
+    };
+    struct Record {
+        Item *head;
+        Item *tail;
+        uint32_t len;
+        uint32_t ref;
+    };
+    const auto &fields = *reinterpret_cast<Record *>(list);
+    EXPECT_EQ(fields.len, 3u);
+    EXPECT_EQ(fields.ref, 1u);
+    EXPECT_EQ(oru_do_error_get_code(fields.head->err), 1);
+    EXPECT_EQ(fields.head->next->next, fields.tail);
+    EXPECT_EQ(oru_do_error_get_code(fields.tail->err), 3);
+    EXPECT_EQ(fields.tail->next, nullptr);
+}
+
+TEST_F(ErrorList, HoldsAReferenceToEachError) {
+    ORUDoError *err = oru_do_error_new(9, "held");
+    const uint32_t *count = reinterpret_cast<uint32_t *>(reinterpret_cast<char **>(err) + 4);
+    EXPECT_EQ(*count, 1u);
+    oru_do_error_list_add(list, err);
+    EXPECT_EQ(*count, 2u);
+    ORUDoErrorList *other = oru_do_error_list_new();
+    oru_do_error_list_add_all(other, list);
+    EXPECT_EQ(*count, 3u);
+    oru_do_error_list_clear(list);
+    EXPECT_EQ(*count, 2u);
+    oru_do_error_list_deref(other);
+    EXPECT_EQ(*count, 1u);
+    oru_do_error_deref(err);
+}
+
 TEST_F(ErrorList, ItemsAreBlocksOfTheirTag) {
     poolheap_stats_t stats{};
     poolheap_tag_stats(0x2900036, &stats);

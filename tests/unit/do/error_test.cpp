@@ -45,6 +45,33 @@ class Error : public testing::Test {
     ORUDoError *err = oru_do_error_new(102, "gone");
 };
 
+// The record as outside code compiled apart sees it.
+struct ErrorRecord {
+    char *msg;
+    char *name_space;
+    ORUDoError *cause;
+    ORUDoPropErrs *prop_errs;
+    uint32_t ref;
+    int32_t code;
+};
+
+TEST_F(Error, TheRecordHasItsFieldsInOrder) {
+    set_prop_err(err, "a", 1, "one");
+    ORUDoError *cause = oru_do_error_new(1, "why");
+    oru_do_error_set_cause(err, cause);
+    oru_do_error_deref(cause);
+    oru_do_error_set_namespace(err, "here");
+    oru_do_error_ref(err);
+    const auto &fields = *reinterpret_cast<ErrorRecord *>(err);
+    EXPECT_STREQ(fields.msg, "gone");
+    EXPECT_STREQ(fields.name_space, "here");
+    EXPECT_EQ(fields.cause, cause);
+    EXPECT_EQ(fields.prop_errs, oru_do_error_get_prop_errs(err));
+    EXPECT_EQ(fields.ref, 2u);
+    EXPECT_EQ(fields.code, 102);
+    oru_do_error_deref(err);
+}
+
 TEST_F(Error, CarriesACodeAndACopyOfItsMessage) {
     char msg[] = "text";
     remake(oru_do_error_new(7, msg));
@@ -320,7 +347,75 @@ TEST(ErrorMemory, EveryAllocationMayFail) {
     oru_do_name_deref(name);
 }
 
+// What was printed before memory ran out is a beginning of the whole text.
+void expect_beginning(ORUDoError *err, const std::string &whole) {
+    ORUDoStrbuf *buf = oru_do_strbuf_new();
+    if (buf == nullptr)
+        return;
+    EXPECT_EQ(oru_do_error_to_strbuf(err, 0, buf), 0);
+    const char *text = oru_do_strbuf_to_string(buf);
+    if (oru_do_strbuf_get_err(buf) == 0) {
+        EXPECT_EQ(text, whole);
+    } else if (text != nullptr) {
+        EXPECT_EQ(whole.rfind(text, 0), 0u) << text;
+    }
+    oru_do_strbuf_deref(buf);
+}
+
+TEST(ErrorMemory, PrintingMayFail) {
+    const std::string why(300, 'y');
+    const std::string what(300, 'x');
+    ORUDoError *cause = oru_do_error_new(1, why.c_str());
+    ORUDoError *err = oru_do_error_new_w_cause(2, what.c_str(), cause);
+    set_prop_err(err, "p", 3, why.c_str());
+    const std::string whole = "Error(2) : " + what + "\n\t,Cause : \tError(1) : " + why +
+                              "\n\t\t,Property Errs : \t{\n\t\tp : Error(3) : " + why + "\n\t}\n";
+    oru::test::sweep_oom([&] { expect_beginning(err, whole); },
+                         {.promised_deaths = {}, .at_least = 4});
+    oru::test::sweep_oom(
+        [err] {
+            FILE *stream = std::fopen("/dev/null", "w");
+            EXPECT_EQ(oru_do_print_error(stream, 0, err), 0);
+            std::fclose(stream);
+        },
+        {.promised_deaths = {}, .at_least = 4});
+    oru_do_error_deref(err);
+    oru_do_error_deref(cause);
+}
+
+TEST(ErrorMemory, EveryConstructorMayFail) {
+    oru::test::sweep_oom([] { oru_do_error_deref(oru_do_error_new_fmt(1, "%s", "text")); },
+                         {.promised_deaths = {}, .at_least = 2});
+    oru::test::sweep_oom([] { oru_do_error_deref(make_va(1, "%s", "text")); },
+                         {.promised_deaths = {}, .at_least = 2});
+    oru::test::sweep_oom(
+        [] {
+            errno = ENOENT;
+            ORUDoError *err = oru_do_error_new_syserr();
+            if (err != nullptr) {
+                EXPECT_EQ(oru_do_error_get_code(err), ENOENT);
+            }
+            oru_do_error_deref(err);
+        },
+        {.promised_deaths = {}, .at_least = 2});
+    oru::test::sweep_oom(
+        [] {
+            ORUDoError *err = oru_do_error_new(1, "text");
+            if (err == nullptr)
+                return;
+            oru_do_error_set_namespace(err, "first");
+            oru_do_error_set_namespace_l(err, "second", 3);
+            const char *name = oru_do_error_get_namespace(err);
+            EXPECT_TRUE(name == nullptr || std::string(name) == "sec");
+            oru_do_error_deref(err);
+        },
+        {.promised_deaths = {}, .at_least = 4});
+}
+
 TEST(ErrorNull, RequiredArgumentsAreNamed) {
+    const char *no_format = nullptr;
+    EXPECT_ASSERTION(oru_do_error_new_fmt(1, no_format, 1), "format");
+    EXPECT_ASSERTION(make_va(1, no_format, 1), "format");
     ORUDoError *err = oru_do_error_new(1, nullptr);
     ORUDoStrbuf *buf = oru_do_strbuf_new();
     ORUDoName *name = oru_do_name_new("a");
@@ -340,6 +435,7 @@ TEST(ErrorNull, RequiredArgumentsAreNamed) {
     EXPECT_ASSERTION(oru_do_error_to_strbuf(err, 0, nullptr), "strbuf");
     EXPECT_ASSERTION(oru_do_error_to_strbuf(nullptr, 0, nullptr), "strbuf");
     EXPECT_ASSERTION(oru_do_error_to_strbuf(err, 0, buf), "err->msg");
+    EXPECT_ASSERTION(oru_do_print_error(nullptr, 0, nullptr), "stream");
     oru_do_name_deref(name);
     oru_do_strbuf_deref(buf);
     oru_do_error_deref(err);

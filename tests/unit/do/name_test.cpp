@@ -158,6 +158,13 @@ TEST(NameQualified, OfAQualifiedNameIsTheSameRecordWithOneMoreReference) {
     EXPECT_EQ(traces.at(8)[0].find("oru ref oru_do_name 0x"), 0u);
 }
 
+TEST(NameQualified, MayBeLongerThanABuffersFirstStorage) {
+    Name name(oru_do_name_new(std::string(200, 'n').c_str()));
+    const std::string package(200, 'p');
+    EXPECT_EQ(text(Name(oru_do_name_new_fqname(name.get(), package.c_str(), "1.0"))),
+              package + ":1.0/" + std::string(200, 'n'));
+}
+
 TEST(NameQualified, WithoutAPackageIsTheSameRecord) {
     Name name(oru_do_name_new("b"));
     Name again(oru_do_name_new_fqname(name.get(), nullptr, "1.0"));
@@ -355,6 +362,13 @@ TEST(NameMemory, EveryAllocationMayFail) {
 }
 
 TEST(NameNull, ArgumentsAreAsserted) {
+    char text[] = "a/b";
+    char *part = nullptr;
+    EXPECT_ASSERTION(oru_do_name_new(nullptr), "text");
+    EXPECT_ASSERTION(parse_pkg_and_ent_name(text, nullptr, &part, &part, &part), "package");
+    EXPECT_ASSERTION(parse_pkg_and_ent_name(text, &part, nullptr, &part, &part), "version");
+    EXPECT_ASSERTION(parse_pkg_and_ent_name(text, &part, &part, nullptr, &part), "entity");
+    EXPECT_ASSERTION(parse_pkg_and_ent_name(text, &part, &part, &part, nullptr), "attribute");
     EXPECT_ASSERTION(oru_do_name_get_strname(nullptr), "name");
     EXPECT_ASSERTION(oru_do_name_equals(nullptr, nullptr), "name1");
     EXPECT_ASSERTION(oru_do_name_equals_w_strname(nullptr, "a"), "name1");

@@ -144,6 +144,50 @@ TEST_F(PropErrs, WithoutMemoryNothingHappens) {
     poolheap_fail_off();
 }
 
+TEST_F(PropErrs, EveryAllocationMayFail) {
+    ORUDoName *name = oru_do_name_new("a");
+    ORUDoError *err = oru_do_error_new(2, "text");
+    oru::test::sweep_oom(
+        [name, err] {
+            ORUDoPropErrs *set = oru_do_prop_errs_new();
+            if (set == nullptr)
+                return;
+            oru_do_prop_errs_set_err(set, name, err);
+            ORUDoError *held = oru_do_prop_errs_get_err(set, name);
+            EXPECT_EQ(held, oru::test::oom_hit() ? nullptr : err);
+            ORUDoStrbuf *buf = oru_do_strbuf_new();
+            if (buf != nullptr) {
+                EXPECT_EQ(oru_do_prop_errs_to_strbuf(set, 300, buf), 0);
+            }
+            oru_do_strbuf_deref(buf);
+            oru_do_prop_errs_deref(set);
+        },
+        {.promised_deaths = {}, .at_least = 5});
+    oru_do_error_deref(err);
+    oru_do_name_deref(name);
+}
+
+TEST_F(PropErrs, TheRecordsHaveTheirFieldsInOrder) {
+    struct Entry {
+        ORUDoName *name;
+        ORUDoError *err;
+        Entry *next;
+    };
+    struct Record {
+        Entry *head;
+        uint32_t ref;
+    };
+    set("a", 1);
+    set("b", 2);
+    const auto &fields = *reinterpret_cast<Record *>(errs);
+    EXPECT_EQ(fields.ref, 1u);
+    EXPECT_EQ(fields.head, reinterpret_cast<Entry *>(first()));
+    EXPECT_EQ(fields.head->name, oru_do_prop_err_get_name(first()));
+    EXPECT_EQ(fields.head->err, oru_do_prop_err_get_err(first()));
+    EXPECT_STREQ(oru_do_name_get_strname(fields.head->next->name), "b");
+    EXPECT_EQ(fields.head->next->next, nullptr);
+}
+
 TEST_F(PropErrs, EntriesAreBlocksOfTheirTag) {
     set("a", 1);
     set("b", 2);

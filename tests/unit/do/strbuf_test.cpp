@@ -147,6 +147,35 @@ TEST_F(Strbuf, AnAppendThatNeedsMoreThanTwiceTheSizeGetsWhatItNeeds) {
     EXPECT_EQ(traces.at(7), (std::vector<std::string>{"oru_do_strbuf resize new_size=1001"}));
 }
 
+// Twice 0x40000000 and two is negative in 32 bits.
+TEST_F(Strbuf, TheLargestSizeIsAskedForWhereDoublingFailsIn32Bits) {
+    auto &fields = *reinterpret_cast<StrbufRecord *>(buf);
+    const StrbufRecord before = fields;
+    fields.size = 0x40000000;
+    fields.len = 0x3fffffff;
+    TraceCapture traces;
+    poolheap_fail_nth(1, 1);
+    EXPECT_EQ(oru_do_strbuf_add_char(buf, 'a'), -1);
+    poolheap_fail_off();
+    EXPECT_EQ(traces.lines(),
+              (std::vector<Trace>{{7, "oru_do_strbuf resize new_size=2147483647"}}));
+    EXPECT_EQ(fields.cur, nullptr);
+    fields = before;
+}
+
+TEST_F(Strbuf, AFailedBufferAsksNoMore) {
+    fail();
+    TraceCapture traces;
+    poolheap_fail_nth(0, 0);
+    const uint64_t calls = poolheap_fail_calls();
+    EXPECT_EQ(oru_do_strbuf_add_string(buf, std::string(1000, 'x').c_str()), -1);
+    EXPECT_EQ(oru_do_strbuf_add_tab(buf, 1000), 0);
+    EXPECT_EQ(oru_do_strbuf_add_double(buf, 1), -1);
+    EXPECT_EQ(poolheap_fail_calls(), calls);
+    poolheap_fail_off();
+    EXPECT_TRUE(traces.lines().empty());
+}
+
 TEST_F(Strbuf, NumbersAskForTheirRoomAhead) {
     TraceCapture traces;
     oru_do_strbuf_add_string(buf, std::string(216, 'x').c_str());
@@ -251,6 +280,7 @@ TEST_F(Strbuf, NoTabsBelowOne) {
 TEST_F(Strbuf, AKnownEndingComesOff) {
     oru_do_strbuf_add_string(buf, "a, b, ");
     EXPECT_EQ(oru_do_strbuf_remove_ftr(buf, "; "), -1);
+    EXPECT_EQ(oru_do_strbuf_remove_ftr(buf, ""), 6);
     EXPECT_EQ(text(), "a, b, ");
     EXPECT_EQ(oru_do_strbuf_remove_ftr(buf, ", "), 4);
     EXPECT_EQ(text(), "a, b");
@@ -520,6 +550,21 @@ TEST(StrbufNull, OnlyTheErrorAndLifeAcceptNull) {
 
 TEST_F(Strbuf, ACopyNeedsAPlace) {
     EXPECT_ASSERTION(oru_do_strbuf_to_string_ptr(buf, nullptr), "strptr");
+}
+
+TEST_F(Strbuf, WhatIsAppendedMustBeThere) {
+    EXPECT_ASSERTION(oru_do_strbuf_add_string(buf, nullptr), "text");
+    EXPECT_ASSERTION(oru_do_strbuf_add_string_l(buf, nullptr, 1), "text");
+    EXPECT_ASSERTION(oru_do_strbuf_add_string_l_excl(buf, nullptr, 1, ""), "text");
+    EXPECT_ASSERTION(oru_do_strbuf_add_hexbuf(buf, nullptr, 1), "bytes");
+    EXPECT_ASSERTION(oru_do_strbuf_add_hexbuf_sep(buf, nullptr, 1, ":", 1), "bytes");
+    EXPECT_ASSERTION(oru_do_strbuf_add_hexbuf_sep_l(buf, nullptr, 1, ":", 1), "bytes");
+    EXPECT_ASSERTION(oru_do_strbuf_remove_ftr(buf, nullptr), "footer");
+    EXPECT_ASSERTION(oru_do_strbuf_print_fp(buf, nullptr), "stream");
+    // Where nothing is taken from it, nothing need be there.
+    EXPECT_EQ(oru_do_strbuf_add_string_l(buf, nullptr, 0), -1);
+    EXPECT_EQ(oru_do_strbuf_add_string_l_excl(buf, nullptr, 0, ""), 0);
+    EXPECT_EQ(oru_do_strbuf_add_hexbuf(buf, nullptr, 0), 0);
 }
 
 }  // namespace
