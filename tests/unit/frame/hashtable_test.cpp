@@ -53,6 +53,35 @@ void *number(intptr_t n) {
     return reinterpret_cast<void *>(n);
 }
 
+// The record, and an element, as outside code compiled apart sees them.
+struct ElementRecord {
+    void *key;
+    void *value;
+    ElementRecord *next;
+};
+
+struct TableRecord {
+    ElementRecord *buckets;
+    uint32_t size;
+    uint32_t (*hash)(const void *key);
+    int32_t (*match)(const void *a, const void *b);
+    void *(*alloc_elem)();
+    void (*free_elem)(void *element);
+    uint32_t key_kind;
+    uint32_t dynamic;
+    float target_load;
+    float grow_load;
+    uint32_t initial_size;
+    uint32_t max_size;
+    ElementRecord *walking;
+    uint32_t conflicts;
+    uint32_t entries;
+};
+
+TableRecord &record(ORUHashtable *table) {
+    return *reinterpret_cast<TableRecord *>(table);
+}
+
 struct Walk {
     std::function<int32_t(const char *key, intptr_t value)> body;
     static int32_t call(void *key, void *value, void *context, void *element) {
@@ -242,6 +271,61 @@ TEST_F(Hashtable, CustomKeysGoThroughTheTablesFunctions) {
     EXPECT_EQ(key, &keys[7]);
     EXPECT_EQ(oru_hashtable_search(table, &again, &value), 2);
     EXPECT_EQ(oru_hashtable_num_entries(table), 19);
+}
+
+TEST_F(Hashtable, TheSamePointerIsTheSameKeyWhateverTheMatchSays) {
+    remake(oru_hashtable_create_custom(
+        1, [](const void *) { return 0u; }, [](const void *, const void *) { return 0; }, nullptr,
+        nullptr));
+    const char keys[2] = "";
+    EXPECT_EQ(oru_hashtable_insert(table, &keys[0], number(1)), 0);
+    EXPECT_EQ(oru_hashtable_insert(table, &keys[1], number(2)), 0);
+    EXPECT_EQ(oru_hashtable_insert(table, &keys[1], number(3)), 17);
+    void *value = nullptr;
+    EXPECT_EQ(oru_hashtable_search(table, &keys[1], &value), 0);
+    EXPECT_EQ(value, number(2));
+    EXPECT_EQ(oru_hashtable_remove(table, &keys[1], nullptr, nullptr), 0);
+    EXPECT_EQ(oru_hashtable_num_entries(table), 1);
+}
+
+TEST_F(Hashtable, TheRecordFollowsTheTable) {
+    oru_hashtable_insert(table, "key", number(7));
+    const TableRecord &fields = record(table);
+    EXPECT_EQ(fields.size, 8u);
+    EXPECT_EQ(fields.hash, nullptr);
+    EXPECT_EQ(fields.match, nullptr);
+    EXPECT_NE(fields.alloc_elem, nullptr);
+    EXPECT_NE(fields.free_elem, nullptr);
+    EXPECT_EQ(fields.key_kind, 1u);
+    EXPECT_EQ(fields.dynamic, 0u);
+    EXPECT_EQ(fields.walking, nullptr);
+    EXPECT_EQ(fields.conflicts, 0u);
+    EXPECT_EQ(fields.entries, 1u);
+    for (uint32_t i = 0; i < 8; ++i) {
+        const bool used = i == oru_hash_str_calc("key") % 8;
+        EXPECT_EQ(fields.buckets[i].key != nullptr, used);
+        EXPECT_EQ(fields.buckets[i].value, used ? number(7) : nullptr);
+        EXPECT_EQ(fields.buckets[i].next, nullptr);
+    }
+    walk(table, [&](const char *, intptr_t) {
+        EXPECT_EQ(fields.walking, &fields.buckets[oru_hash_str_calc("key") % 8]);
+        return 1;
+    });
+    EXPECT_EQ(fields.walking, nullptr);
+}
+
+TEST_F(Hashtable, TheRecordOfAGrowingOneHasItsLoads) {
+    remake(oru_hashtable_dynamic_create(1, 16, 100, take_element, give_element));
+    const TableRecord &fields = record(table);
+    EXPECT_EQ(fields.size, 16u);
+    EXPECT_EQ(fields.alloc_elem, take_element);
+    EXPECT_EQ(fields.free_elem, give_element);
+    EXPECT_EQ(fields.dynamic, 1u);
+    EXPECT_EQ(fields.target_load, 0.5F);
+    EXPECT_EQ(fields.grow_load, 4.0F);
+    EXPECT_EQ(fields.initial_size, 16u);
+    EXPECT_EQ(fields.max_size, 100u);
+    EXPECT_EQ(fields.entries, 0u);
 }
 
 TEST_F(Hashtable, TheLoadIsEntriesByBuckets) {
@@ -586,23 +670,15 @@ TEST_F(Growing, WithoutMemoryTheInsertDoesNotHappen) {
     EXPECT_EQ(find("more"), 9);
 }
 
-// The first fields of a table, to give a growing one functions that scatter keys anew: entries of
-// two buckets then meet in one, which needs an element more.
-struct TableHead {
-    void *buckets;
-    uint32_t size;
-    uint32_t (*hash)(const void *key);
-    int32_t (*match)(const void *a, const void *b);
-};
-
 uint32_t scattered = 0;
 
 TEST_F(Growing, ACopyThatFailsIsFatal) {
     remake(oru_hashtable_dynamic_create(0, 2, 64, take_element, give_element));
-    auto *head = reinterpret_cast<TableHead *>(table);
-    ASSERT_EQ(head->size, 2u);
-    head->hash = [](const void *) { return scattered; };
-    head->match = [](const void *a, const void *b) { return int32_t{a == b}; };
+    // A growing table has no functions of its own. These scatter keys anew, so that entries of two
+    // buckets meet in one, which needs an element more.
+    TableRecord &fields = record(table);
+    fields.hash = [](const void *) { return scattered; };
+    fields.match = [](const void *a, const void *b) { return int32_t{a == b}; };
     static const char places[9] = "";
     for (uint32_t i = 0; i < 8; ++i) {
         scattered = i % 2;
@@ -658,6 +734,54 @@ TEST(HashtableMaking, NeedsMemoryForTheTableAndItsBuckets) {
     EXPECT_EQ(traces.lines(), (std::vector<Trace>{{3, "Failed to allocate table"},
                                                   {3, "Failed to allocate hashtable bucket array"},
                                                   {3, "Failed to allocate table"}}));
+}
+
+TEST(HashtableFatal, ARecordThatIsNotOfThePool) {
+    EXPECT_FATAL(
+        {
+            ORUHashtable *table = oru_hashtable_create(1, 8, nullptr, nullptr);
+            init_chunk_poolheap_oru_hashtable(8, 0);
+            oru_hashtable_close(table, nullptr, nullptr);
+        },
+        "Failed to free ##name from chunk poolheap_chunk_##type");
+}
+
+// Rehashing may need an element for the copy, without which there is no way back.
+TEST(HashtableMemory, GrowthMayFail) {
+    static const auto take = [] { return ph_calloc_named(kArrayTag, 1, sizeof(ElementRecord)); };
+    static const auto give = [](void *element) { ph_free_named(element); };
+    oru::test::sweep_oom(
+        [] {
+            ORUHashtable *table = oru_hashtable_dynamic_create(1, 2, 64, take, give);
+            if (table == nullptr)
+                return;
+            std::vector<std::string> keys(100);
+            int32_t added = 0;
+            for (size_t i = 0; i < keys.size(); ++i) {
+                keys[i] = "key" + std::to_string(i);
+                const int32_t rc = oru_hashtable_insert(table, keys[i].c_str(), number(1));
+                EXPECT_TRUE(rc == 0 || (rc == 12 && oru::test::oom_hit()));
+                added += rc == 0;
+            }
+            EXPECT_EQ(oru_hashtable_num_entries(table), added);
+            EXPECT_EQ(keys_of(table).size(), static_cast<size_t>(added));
+            EXPECT_EQ(oru_hashtable_close(table, nullptr, nullptr), 0);
+        },
+        {.promised_deaths = {"copy failed"}, .at_least = 10});
+    oru::test::sweep_oom(
+        [] {
+            ORUHashtable *table = oru_hashtable_create_custom(
+                1, oru_hash_int_calc, oru_hash_int_matcher, nullptr, nullptr);
+            if (table == nullptr)
+                return;
+            const int32_t keys[] = {1, 2, 3};
+            int32_t added = 0;
+            for (const int32_t &key : keys)
+                added += oru_hashtable_insert_quick(table, &key, nullptr) == 0;
+            EXPECT_EQ(oru_hashtable_num_entries(table), added);
+            EXPECT_EQ(oru_hashtable_close(table, nullptr, nullptr), 0);
+        },
+        {.promised_deaths = {}, .at_least = 4});
 }
 
 TEST(HashtableMemory, EveryAllocationMayFail) {
