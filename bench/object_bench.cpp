@@ -37,12 +37,8 @@ void two_atomic_operations(benchmark::State &state) {
 
 int main(int argc, char **argv) {
     tracelet_set_threshold(0);
-    const auto add = [](const char *name, void (*body)(benchmark::State &)) {
-        benchmark::RegisterBenchmark(name, body)->UseRealTime()->Repetitions(5);
-    };
-    add("ref and deref/ours", ref_and_deref);
-    add("ref and deref/two atomic operations", two_atomic_operations);
-    const int result = oru::bench::run_all(argc, argv);
-    std::printf("bound: %.2f and more\n", 1 / kBound);
-    return result;
+    oru::bench::compare("ref and deref/ours", ref_and_deref);
+    oru::bench::compare("ref and deref/two atomic operations", two_atomic_operations);
+    oru::bench::expect("ref and deref", "two atomic operations", oru::bench::at_most(kBound));
+    return oru::bench::run_all(argc, argv);
 }

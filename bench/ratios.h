@@ -1,11 +1,18 @@
 // A reporter that prints, behind the usual table, how many times as long a peer takes as we do, for
-// each kind of work. Benchmarks are named "work/contender...", ours being the contender "ours".
+// each kind of work, and whether the bound that was stated for it holds. Benchmarks are named
+// "work/contender...", ours being the contender "ours":
+//
+//     compare("append a text/ours", append_text);
+//     compare("append a text/std::string", append_text_peer);
+//     expect("append a text", "std::string", at_most(1.2));
+//     return run_all(argc, argv);
 #pragma once
 
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
 #include <cstdio>
+#include <iterator>
 #include <map>
 #include <string>
 #include <utility>
@@ -13,10 +20,35 @@
 
 namespace oru::bench {
 
+// The least that a peer's time divided by ours may be.
+using Bound = double;
+
+// We take at most so many times as long as the peer.
+constexpr Bound at_most(double times) {
+    return 1 / times;
+}
+
+// We are at least so many times as fast as the peer.
+constexpr Bound at_least(double times) {
+    return times;
+}
+
+// The bounds by work and peer.
+inline std::map<std::string, std::map<std::string, Bound>> stated_bounds;
+
+inline void expect(const std::string &work, const std::string &peer, Bound bound) {
+    stated_bounds[work][peer] = bound;
+}
+
+// Registers a work for one contender. The best of the repetitions counts.
+inline void compare(const std::string &name, void (*body)(benchmark::State &)) {
+    benchmark::RegisterBenchmark(name.c_str(), body)->UseRealTime()->Repetitions(9)->MinTime(0.05);
+}
+
 class RatioReporter : public benchmark::ConsoleReporter {
   public:
     void ReportRuns(const std::vector<Run> &runs) override {
-        ConsoleReporter::ReportRuns(runs);
+        ConsoleReporter::ReportRuns(summary(runs));
         for (const Run &run : runs) {
             if (run.run_type == Run::RT_Iteration && !run.error_occurred) {
                 note(run);
@@ -32,10 +64,22 @@ class RatioReporter : public benchmark::ConsoleReporter {
         for (const auto &[work, contenders] : best_) {
             print(work, contenders);
         }
+        if (!stated_bounds.empty()) {
+            std::printf("bounds that do not hold: %d\n", missed_);
+        }
     }
 
   private:
     using Contenders = std::map<std::string, double>;
+
+    // Of repetitions, their median and its variation.
+    static std::vector<Run> summary(const std::vector<Run> &runs) {
+        std::vector<Run> shown;
+        std::copy_if(runs.begin(), runs.end(), std::back_inserter(shown), [](const Run &run) {
+            return run.aggregate_name == "median" || run.aggregate_name == "cv";
+        });
+        return shown.empty() ? runs : shown;
+    }
 
     // The run "pair/ours" on two threads is the work "pair 2" of the contender "ours".
     void note(const Run &run) {
@@ -51,7 +95,7 @@ class RatioReporter : public benchmark::ConsoleReporter {
         best = std::min(best, time);
     }
 
-    static void print(const std::string &work, const Contenders &contenders) {
+    void print(const std::string &work, const Contenders &contenders) {
         const auto ours = contenders.find("ours");
         if (ours == contenders.end()) {
             return;
@@ -60,15 +104,35 @@ class RatioReporter : public benchmark::ConsoleReporter {
         for (const auto &[name, time] : contenders) {
             if (name != "ours") {
                 std::printf("   %s %6.2f ns: %.2f", name.c_str(), time * 1e9, time / ours->second);
+                print_bound(work.substr(0, work.rfind(' ')), name, time / ours->second);
             }
         }
         std::printf("\n");
     }
 
+    void print_bound(const std::string &work, const std::string &peer, double ratio) {
+        const auto of_work = stated_bounds.find(work);
+        if (of_work == stated_bounds.end() || of_work->second.count(peer) == 0) {
+            return;
+        }
+        const Bound bound = of_work->second.at(peer);
+        const bool holds = ratio >= bound;
+        missed_ += holds ? 0 : 1;
+        std::printf(" (%.2f or more: %s)", bound, holds ? "holds" : "DOES NOT HOLD");
+    }
+
     std::map<std::string, Contenders> best_;
+    int missed_ = 0;
 };
 
+// Repetitions of all contenders take turns, so that other work on the machine meets all of them.
 inline int run_all(int argc, char **argv) {
+    std::string in_turns = "--benchmark_enable_random_interleaving=true";
+    std::vector<char *> arguments{argv[0], in_turns.data()};
+    arguments.insert(arguments.end(), argv + 1, argv + argc);
+    argc = static_cast<int>(arguments.size());
+    arguments.push_back(nullptr);
+    argv = arguments.data();
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
         return 1;
