@@ -48,7 +48,7 @@ inline void compare(const std::string &name, void (*body)(benchmark::State &)) {
 class RatioReporter : public benchmark::ConsoleReporter {
   public:
     void ReportRuns(const std::vector<Run> &runs) override {
-        ConsoleReporter::ReportRuns(summary(runs));
+        ConsoleReporter::ReportRuns(shown(runs));
         for (const Run &run : runs) {
             if (run.run_type == Run::RT_Iteration && !run.error_occurred) {
                 note(run);
@@ -72,13 +72,14 @@ class RatioReporter : public benchmark::ConsoleReporter {
   private:
     using Contenders = std::map<std::string, double>;
 
-    // Of repetitions, their median and its variation.
-    static std::vector<Run> summary(const std::vector<Run> &runs) {
+    // Of repetitions the median and its variation tell enough.
+    static std::vector<Run> shown(const std::vector<Run> &runs) {
         std::vector<Run> shown;
         std::copy_if(runs.begin(), runs.end(), std::back_inserter(shown), [](const Run &run) {
-            return run.aggregate_name == "median" || run.aggregate_name == "cv";
+            return run.repetitions <= 1 || run.aggregate_name == "median" ||
+                   run.aggregate_name == "cv";
         });
-        return shown.empty() ? runs : shown;
+        return shown;
     }
 
     // The run "pair/ours" on two threads is the work "pair 2" of the contender "ours".

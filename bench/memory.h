@@ -1,0 +1,48 @@
+// Resident bytes that each of many objects costs, everything around them included. Each kind is
+// measured in a process of its own, so that no other one's free memory serves it.
+#pragma once
+
+#include <fcntl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+
+namespace oru::bench {
+
+inline long resident_bytes() {
+    char text[64] = "";
+    const int file = open("/proc/self/statm", O_RDONLY);
+    const ssize_t length = read(file, text, sizeof text - 1);
+    close(file);
+    long pages = 0;
+    return length > 0 && std::sscanf(text, "%*d %ld", &pages) == 1 ? pages * sysconf(_SC_PAGESIZE)
+                                                                   : 0;
+}
+
+// Prints the bytes of one object of those that `make(i)` makes and keeps. `prepare` runs before.
+template <class Prepare, class Make>
+void print_bytes_of(const char *what, const char *where, Prepare prepare, Make make) {
+    constexpr int kWarm = 1000;
+    constexpr int kCount = 200000;
+    std::fflush(stdout);
+    const pid_t child = fork();
+    if (child == 0) {
+        prepare();
+        for (int i = 0; i < kWarm; i++) {
+            make(i);
+        }
+        const long before = resident_bytes();
+        for (int i = 0; i < kCount; i++) {
+            make(i);
+        }
+        const double bytes = static_cast<double>(resident_bytes() - before) / kCount;
+        std::printf("%-32s %-10s %7.1f bytes\n", what, where, bytes);
+        std::fflush(stdout);
+        _exit(0);
+    }
+    waitpid(child, nullptr, 0);
+}
+
+}  // namespace oru::bench
