@@ -35,6 +35,9 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
   target_compile_options(oru_flags INTERFACE -fsemantic-interposition)
 endif()
 
+# All symbols are bound at load time, so calls between libraries need no stubs on their way.
+target_compile_options(oru_flags INTERFACE $<$<CONFIG:Release>:-fno-plt>)
+
 target_compile_options(oru_flags INTERFACE
   $<$<CONFIG:Release>:-fstack-protector-strong>
   $<$<CONFIG:Release>:-fstack-clash-protection>)
