@@ -280,6 +280,7 @@ TEST_F(Strbuf, NoTabsBelowOne) {
 TEST_F(Strbuf, AKnownEndingComesOff) {
     oru_do_strbuf_add_string(buf, "a, b, ");
     EXPECT_EQ(oru_do_strbuf_remove_ftr(buf, "; "), -1);
+    EXPECT_EQ(oru_do_strbuf_remove_ftr(buf, "longer than a, b, "), -1);
     EXPECT_EQ(oru_do_strbuf_remove_ftr(buf, ""), 6);
     EXPECT_EQ(text(), "a, b, ");
     EXPECT_EQ(oru_do_strbuf_remove_ftr(buf, ", "), 4);

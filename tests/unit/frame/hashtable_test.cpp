@@ -610,6 +610,24 @@ TEST_F(Growing, GoesFrom64To1024AtTheInsertThatSees256) {
     expect_all();
 }
 
+// All in one chain of the smaller table, beside an empty bucket: the new array has one chain too,
+// in which each entry stands directly behind the bucket, so all but the first are turned around.
+TEST_F(Growing, MovesAChainElementByElement) {
+    remake(oru_hashtable_dynamic_create(0, 2, 16, take_element, give_element));
+    TableRecord &fields = record(table);
+    fields.hash = [](const void *) { return 1u; };
+    fields.match = [](const void *a, const void *b) { return int32_t{a == b}; };
+    static const char *const texts[] = {"a", "b", "c", "d", "e", "f", "g", "h", "i"};
+    for (const char *text : texts)
+        EXPECT_EQ(oru_hashtable_insert(table, text, nullptr), 0);
+    EXPECT_EQ(oru_hashtable_get_size(table), 16);
+    EXPECT_EQ(fields.buckets[0].key, nullptr);
+    EXPECT_EQ(keys_of(table),
+              (std::vector<std::string>{"a", "h", "g", "f", "e", "d", "c", "b", "i"}));
+    EXPECT_EQ(oru_hashtable_get_conflicts(table), 8);
+    EXPECT_EQ(elements_out, 8);  // the chained ones moved along
+}
+
 TEST_F(Growing, QuickInsertsLetItGrowToo) {
     make(64, 4096);
     fill(256);

@@ -156,6 +156,9 @@ INSTANTIATE_TEST_SUITE_P(
                     Costly{"([]a{200}]){200}", false},              //
                     Costly{"([^]a{200}]){200}", false},             //
                     Costly{"([[:alpha:]{200}]){200}", false},       //
+                    Costly{"([[a{200}]){200}", false},              //
+                    Costly{"([[.a.]{200}]){200}", false},           //
+                    Costly{"([[=a=]{200}]){200}", false},           //
                     Costly{"[a](b{101}){100}", true},               //
                     Costly{"\\(a{200}\\){200}", false},             // no group
                     Costly{"\\(a\\{101\\}\\)\\{100\\}", true, 0},   // basic syntax
@@ -165,6 +168,20 @@ INSTANTIATE_TEST_SUITE_P(
                     Costly{nested(30, "+"), true}, Costly{nested(30, "*"), false},
                     Costly{nested(30, "?"), false}, Costly{nested(900, ""), false},
                     Costly{nested(1000, ""), true}, Costly{nested(100000, ""), true}));
+
+// What is no pattern is left to the C library, whatever its cost would be.
+TEST_F(Regexp, PatternsThatAreNoneGetTheCodeOfTheCLibrary) {
+    for (const char *pattern : {"[[:a", "a\\", "\\(a", "(a", "a\\)", "a)", "a{5", "a\\{5", "a{5,3}",
+                                "*a", "[z-a]", "a{9999999999}"}) {
+        for (const int32_t flags : {0, REG_EXTENDED}) {
+            regex_t direct;
+            const int32_t code = regcomp(&direct, pattern, flags);
+            if (code == 0)
+                regfree(&direct);
+            EXPECT_EQ(compile(pattern, flags), code) << pattern;
+        }
+    }
+}
 
 TEST_F(Regexp, RequiredArgumentsAreNamed) {
     compile("a");
