@@ -1,5 +1,6 @@
 /* A process whose command begins with a path that is longer than what is read of it. */
 #include <oru/util.h>
+#include <oruplatform/poolheap.h>
 #include <string.h>
 #include <unistd.h>
 
@@ -22,5 +23,6 @@ int main(int argc, char **argv) {
     CHECK(strlen(name) == 255 - 8); /* a line of 256 bytes has room for 255 and the zero */
     CHECK(strspn(name, "x") == strlen(name));
     CHECK(strcmp(procName, name) == 0);
+    ph_free_named(name);
     return 0;
 }
