@@ -25,7 +25,7 @@ ORU_BEGIN_DECLS
 /* How many entries a table holds before it makes a hash index; 20 at start. */
 ORU_API void oru_do_properties_set_max_size_before_hash_table(uint32_t count);
 
-/* How many buckets a hash index has; 43 at start. Not 0. */
+/* How many buckets a hash index has; 43 at start. 0 counts as 1. */
 ORU_API void oru_do_properties_set_hash_table_size(uint32_t size);
 
 /* ---- Making ----

@@ -287,6 +287,14 @@ TEST_F(Properties, AnIndexWithLongChainsFindsEverything) {
     EXPECT_EQ(oru_do_properties_get_prop(props, "p3"), nullptr);
 }
 
+TEST_F(Properties, AnIndexHasOneBucketAtLeast) {
+    oru_do_properties_set_max_size_before_hash_table(0);
+    oru_do_properties_set_hash_table_size(0);
+    fill(props, 2);
+    EXPECT_EQ(oru_hashtable_get_size(index_of(props)), 1);
+    EXPECT_EQ(walked(props), "p00 p11 ");
+}
+
 TEST_F(Properties, AnIndexedTableReportsANameThatItCannotRemove) {
     fill(props, 21);
     TraceCapture traces;
