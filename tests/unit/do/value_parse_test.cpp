@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 #include <oruplatform/poolheap.h>
 
+#include <cerrno>
 #include <cfloat>
 #include <cmath>
 #include <limits>
@@ -143,6 +144,23 @@ TEST(ValueParse, FloatsOfAnotherFormGiveTheStatusAndAValue) {
     EXPECT_EQ(oru_do_value_get_double(parse("1.5 ", 11).val.get(), &err), 1.5);
     EXPECT_EQ(parse("1e39", 10).err, 101) << "too large for a float";
     EXPECT_EQ(parse("1e39", 11).err, 0);
+    // Too small a number is out of range as well.
+    EXPECT_EQ(parse("1e-400", 11).err, 101);
+    EXPECT_EQ(oru_do_value_get_double(parse("1e-400", 11).val.get(), &err), 0.0);
+    EXPECT_EQ(parse("1e-50", 10).err, 101);
+    EXPECT_EQ(parse("1e-50", 11).err, 0);
+}
+
+// What an earlier call left there says nothing about this one.
+TEST(ValueParse, AnOldErrorNumberIsClearedFirst) {
+    for (int32_t type : kIntegers) {
+        errno = ERANGE;
+        EXPECT_EQ(parse("12", type).err, 0) << type;
+    }
+    for (int32_t type : {10, 11}) {
+        errno = ERANGE;
+        EXPECT_EQ(parse("12", type).err, 0) << type;
+    }
 }
 
 TEST(ValueParse, StringsAndEnumerationsTakeAnyText) {

@@ -703,6 +703,10 @@ TEST(ValueTypedef, CountedTextsAreCutAndNullClears) {
     EXPECT_STREQ(oru_do_value_get_typedef_name(val.get()), "Per");
     oru_do_value_set_typedef_name_l(val.get(), nullptr, 3);
     EXPECT_EQ(oru_do_value_get_typedef_name(val.get()), nullptr);
+    oru_do_value_set_typedef_name_l(val.get(), "Percent", 0);
+    EXPECT_STREQ(oru_do_value_get_typedef_name(val.get()), "");
+    oru_do_value_set_typedef_name_l(val.get(), "Percent", -1);
+    EXPECT_EQ(oru_do_value_get_typedef_name(val.get()), nullptr);
 }
 
 TEST(ValueFlags, AreAByteWithTheDefaultFlagInBitZero) {

@@ -419,10 +419,27 @@ TEST(ValueTextMemory, AFailedBufferShowsInTheResult) {
         Value(oru_do_value_new_string(std::string(300, 's').c_str())),
         Value(oru_do_value_new_hex_binary(std::string(300, 'b').data(), 300)),
         Value(oru_do_value_new_int(5)),
+        Value(oru_do_value_new_null()),
+        Value(oru_do_value_new_default()),
+        Value(oru_do_value_new_unsigned_long(UINT64_MAX)),
+        Value(oru_do_value_new_boolean(1)),
+        Value(oru_do_value_new_float(0.5f)),
+        Value(oru_do_value_new_double(0.5)),
+        Value(oru_do_value_new_datetime(5)),
+        with_typedef(Value(oru_do_value_new_datetime(5)), "timeStamp"),
+        with_typedef(Value(oru_do_value_new_hex_binary(std::string(300, 'b').data(), 300)),
+                     "MACAddress"),
+        Value(oru_do_value_new_nsap_address(std::string(300, 'b').data(), 300)),
+        Value(oru_do_value_new_enumeration(std::string(300, 'e').c_str())),
         address(kFour),
+        address(kSixteen + '\x80'),
+        uri_value("/a/b=1", oru_do_value_new_any_uri),
         uri_value("/a/b=1"),
+        uri_value("/a/b=1", oru_do_value_new_coll_uri),
         sequence(),
+        sequence(oru_do_value_new_choice),
         int_array({1, 2, 3}),
+        bits({"up", "down"}),
     };
     for (const Value &val : rows) {
         oru::test::sweep_oom([&] {
@@ -433,6 +450,28 @@ TEST(ValueTextMemory, AFailedBufferShowsInTheResult) {
             EXPECT_EQ(rc, oru::test::oom_hit() ? 10002 : 0);
         });
     }
+}
+
+TEST(ValueTextMemory, AFailedBufferStaysFailedInEveryForm) {
+    Value val(oru_do_value_new_string(std::string(300, 's').c_str()));
+    oru_do_value_set_default_flag(val.get());
+    Value secret = with_typedef(Value(oru_do_value_new_string("pw")), "PasswordString");
+    Value mac = with_typedef(Value(oru_do_value_new_hex_binary(std::string(300, 'b').data(), 300)),
+                             "MACAddress");
+    oru::test::sweep_oom([&] {
+        Strbuf buf(oru_do_strbuf_new());
+        if (buf == nullptr)
+            return;
+        const auto expect_told = [](int32_t rc) {
+            EXPECT_EQ(rc, oru::test::oom_hit() ? 10002 : 0);
+        };
+        expect_told(oru_do_value_to_strbuf_with_defaults(val.get(), 0, buf.get()));
+        expect_told(oru_do_value_to_strbuf_opt(val.get(), 0, buf.get(), 1));
+        EXPECT_EQ(oru_do_value_to_strbuf_opt(secret.get(), 0, buf.get(), 1), 0)
+            << "what stands for a secret is added whatever comes of it";
+        expect_told(
+            oru_do_value_to_strbuf_fmt(mac.get(), 0, &lower_case_mac_addr_formatter, buf.get()));
+    });
 }
 
 TEST(ValueTextNull, TheBufferIsAsserted) {

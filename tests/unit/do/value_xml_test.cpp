@@ -371,6 +371,47 @@ TEST(ValueXmlMemory, AFailedBufferShowsInTheResultOfValuesOnly) {
     });
 }
 
+TEST(ValueXmlMemory, EveryTypeTellsOfAFailedBuffer) {
+    Uri uri(oru_do_uri_new("/a/b"));
+    Nvlist named = sample_nvlist();
+    Vlist words = list(word("up"), word("down"));
+    const std::string run(300, 'b');
+    const Value rows[] = {
+        Value(oru_do_value_new_null()),
+        Value(oru_do_value_new_default()),
+        Value(oru_do_value_new_unsigned_byte(255)),
+        integer(5),
+        Value(oru_do_value_new_unsigned_long(UINT64_MAX)),
+        Value(oru_do_value_new_boolean(1)),
+        Value(oru_do_value_new_float(0.5f)),
+        Value(oru_do_value_new_double(0.5)),
+        Value(oru_do_value_new_datetime(5)),
+        Value(oru_do_value_new_duration(5)),
+        Value(oru_do_value_new_any_uri(uri.get())),
+        Value(oru_do_value_new_mr_uri(uri.get())),
+        Value(oru_do_value_new_coll_uri(uri.get())),
+        Value(oru_do_value_new_hex_binary(run.data(), 300)),
+        Value(oru_do_value_new_nsap_address(run.data(), 300)),
+        Value(oru_do_value_new_ip_address("\x0a\x00\x00\x01\x18", 5)),
+        word(run.c_str()),
+        with_typedef(string("pw"), "PasswordString"),
+        Value(oru_do_value_new_choice(named.get())),
+        Value(oru_do_value_new_sequence(named.get())),
+        Value(oru_do_value_new_array(words.get())),
+        Value(oru_do_value_new_bits(words.get())),
+    };
+    for (const Value &val : rows) {
+        oru::test::sweep_oom([&] {
+            Strbuf buf(oru_do_strbuf_new());
+            if (buf == nullptr)
+                return;
+            const int32_t rc =
+                oru_do_value_to_xml_opt("p:", run.c_str(), val.get(), buf.get(), kHideSecrets);
+            EXPECT_EQ(rc, oru::test::oom_hit() ? 10002 : 0);
+        });
+    }
+}
+
 TEST(ValueXmlNull, ArgumentsAreAsserted) {
     Strbuf buf(oru_do_strbuf_new());
     Value val = integer(5);

@@ -24,6 +24,7 @@ class TypedValue : public StoreTest {
         load_lib(resources(resource("M",
                                     "<configData><attribute name='mtu' type='int'/>"
                                     "<attribute name='label' type='string'/>"
+                                    "<attribute name='ratio' type='float'/>"
                                     "<attribute name='odd' type='Unknown'/></configData>"
                                     "<reference name='one' targetIsA='M' targetRole='peer'/>"
                                     "<reference name='many' targetIsA='M' targetRole='peer' "
@@ -171,6 +172,49 @@ TEST_F(TypedValue, TableKeepsWhatWasSetBeforeTheFailure) {
     EXPECT_ASSERTION(oru_do_properties_set_from_nvlist_and_meta(nullptr, list, mr), "properties");
     EXPECT_ASSERTION(oru_do_properties_set_from_nvlist_and_meta(table, nullptr, mr), "nvlist");
     oru_do_properties_deref(table);
+}
+
+// Of a text that is no number a float is made all the same, and the code decides.
+TEST_F(TypedValue, ACodeCountsMoreThanTheValueThatCameWithIt) {
+    TraceCapture traces(3);
+    auto *table = oru_do_properties_new();
+    add("ratio", "x");
+    EXPECT_EQ(oru_do_properties_set_from_nvlist_and_meta(table, list, mr), 101);
+    EXPECT_EQ(oru_do_properties_get_len(table), 0);
+    int32_t code = 0;
+    EXPECT_EQ(oru_do_nvlist_new_from_mr_meta(list, mr, &code), nullptr);
+    EXPECT_EQ(code, 101);
+    const std::string words = "unable to type value for ratio from metadata (rc=101)\n";
+    EXPECT_EQ(traces.at(3), (Texts{words, words}));
+    oru_do_properties_deref(table);
+}
+
+TEST_F(TypedValue, ATypeThatIsNotKnownTakesTheText) {
+    add("odd", "1");
+    int32_t code = 0;
+    auto *typed = oru_do_nvlist_new_from_mr_meta(list, mr, &code);
+    ASSERT_NE(typed, nullptr);
+    EXPECT_STREQ(oru_do_value_get_string(oru_do_nvlist_get_value(typed, "odd"), &code), "1");
+    oru_do_nvlist_deref(typed);
+}
+
+TEST_F(TypedValue, WithoutMemoryTheTableKeepsWhatItHas) {
+    add("mtu", "9000");
+    add("label", "a text that is too long to be kept in the smallest of the storages for values");
+    sweep_oom(
+        [this] {
+            TraceCapture traces(3);
+            auto *table = oru_do_properties_new();
+            if (table == nullptr)
+                return;
+            const int32_t code = oru_do_properties_set_from_nvlist_and_meta(table, list, mr);
+            const int32_t len = oru_do_properties_get_len(table);
+            EXPECT_TRUE(code == 0 || code == 101) << code;
+            EXPECT_TRUE(code == 0 || len < 2);
+            EXPECT_TRUE(oom_hit() || (code == 0 && len == 2));
+            oru_do_properties_deref(table);
+        },
+        {.promised_deaths = {}, .at_least = 8});
 }
 
 TEST_F(TypedValue, AListThatCannotBeHadIsTraced) {
