@@ -79,6 +79,22 @@ TEST(UriAccess, AKeyOfAnotherTypeGivesTheCodeOfTheConversion) {
     EXPECT_EQ(rc, 101);
 }
 
+// Lists are lent, and who holds one may add to it.
+TEST(UriAccess, AKeyThatIsNoStringHasNoTypedForm) {
+    const Uri uri = parsed("/a;k=1");
+    oru_do_nvlist_add_int(oru_do_uri_get_keys(uri.get()), "n", 7);
+    ORUDoUriSegment *segment = oru_do_uri_get_segment(uri.get(), 0);
+    int32_t rc = 0;
+    EXPECT_EQ(oru_do_uri_segment_get_key_w_type(segment, 1, ORU_DO_TYPE_INT, &rc), nullptr);
+    EXPECT_EQ(rc, 101);
+    rc = 0;
+    EXPECT_EQ(oru_do_uri_get_key_w_type(uri.get(), 1, ORU_DO_TYPE_INT, &rc), nullptr);
+    EXPECT_EQ(rc, 101);
+    rc = 0;
+    EXPECT_EQ(oru_do_uri_get_key_by_name_w_type(uri.get(), "n", ORU_DO_TYPE_INT, &rc), nullptr);
+    EXPECT_EQ(rc, 101);
+}
+
 TEST(UriAccess, AKeyThatIsNotThereIsAGeneralError) {
     for (const char *text : {"/a;k=1", "/a", "//", "///"}) {
         const Uri uri = unparsed(text);
@@ -182,6 +198,10 @@ TEST(UriAccess, TypedKeysMayNotBeHad) {
         int32_t rc = 0;
         const Value value(oru_do_uri_get_key_w_type(uri.get(), 0, ORU_DO_TYPE_INT, &rc));
         const Value other(oru_do_uri_get_key_by_name_w_type(uri.get(), "k", ORU_DO_TYPE_INT, &rc));
+        if (ORUDoUriSegment *segment = oru_do_uri_get_segment(uri.get(), 0)) {
+            const Value own(oru_do_uri_segment_get_key_w_type(segment, 0, ORU_DO_TYPE_INT, &rc));
+            EXPECT_TRUE(own != nullptr || oom_hit());
+        }
         if (value) {
             EXPECT_EQ(int_of(value), 1);
         }

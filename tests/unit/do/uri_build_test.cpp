@@ -395,6 +395,19 @@ TEST(UriChildOfProps, AMissingKeyIsTraced) {
                                           oru_do_strbuf_to_string(text.get()) + "\n"}}));
 }
 
+TEST(UriChildOfProps, AKeyWithoutAValueGivesNoChild) {
+    const Properties props(oru_do_properties_new());
+    set(props, "k", "1");
+    set(props, "j", "2");
+    oru_do_properties_reset_values(props.get());
+    set(props, "k", "1");
+    const MrMeta meta = described();
+    const Uri parent = unparsed("/a");
+    TraceCapture traces;
+    EXPECT_EQ(child(parent, props, meta), nullptr);
+    EXPECT_TRUE(traces.lines().empty());
+}
+
 TEST(UriChildOfProps, WithoutPrimaryKeysThereIsNone) {
     const MrMeta meta(oru_do_mr_meta_new(name("p").get(), nullptr, name("b").get(), ORU_ACCESS_READ,
                                          nullptr, nullptr));

@@ -223,6 +223,21 @@ TEST(UriColl, ThePathAtTheRootKeepsItsQuery) {
     EXPECT_EQ(oru_do_uri_get_segment_count(last.get()), 0);
     EXPECT_STREQ(oru_do_uri_get_query_part(last.get()), "b");
     EXPECT_EQ(oru_do_uri_get_parent_uri(last.get()), nullptr);
+    EXPECT_EQ(oru_do_uri_is_coll_uri(last.get()), 1);
+    EXPECT_EQ(member(last), "(null)");  // without segments there is no base
+}
+
+TEST(UriColl, ACollectionOfAFailedUriIsItsTextOnly) {
+    const Uri failed = unparsed("/a=b/c");
+    EXPECT_EQ(oru_do_uri_get_segment_count(failed.get()), 0);
+    TraceCapture traces;
+    const Uri under(oru_do_uri_new_coll(failed.get(), "de"));
+    const Uri last(oru_do_uri_new_coll(failed.get(), nullptr));
+    EXPECT_TRUE(traces.lines().empty());
+    EXPECT_EQ(text_of(under), "/a=b/c?de");
+    EXPECT_EQ(text_of(last), "/a=b?c");
+    EXPECT_EQ(oru_do_uri_get_query_part(under.get()), nullptr);
+    EXPECT_TRUE(traces.has(3, "failure - equal sign in refname 1 3 '/a=b/c?de'"));
 }
 
 TEST(UriColl, ThereAndBack) {
@@ -273,8 +288,12 @@ TEST(UriColl, BuffersThatCannotBeHadAreTraced) {
     EXPECT_EQ(oru_do_uri_new_coll(plain.get(), "c"), nullptr);
     EXPECT_EQ(oru_do_uri_new_from_coll_uri_str("/ab?c", nullptr), nullptr);
     EXPECT_EQ(oru_do_uri_get_child_from_coll_uri(uri.get()), nullptr);
+    EXPECT_EQ(oru_do_uri_new_from_coll_uri(uri.get(), nullptr), nullptr);
+    EXPECT_EQ(oru_do_uri_get_child_uri_from_coll_uri(uri.get()), nullptr);
     poolheap_fail_off();
     EXPECT_EQ(traces.lines(), (std::vector<Trace>{{3, "Failed to allocate strbuf\n"},
+                                                  {3, "Failed to allocate strbuf.\n"},
+                                                  {3, "Failed to allocate strbuf.\n"},
                                                   {3, "Failed to allocate strbuf.\n"},
                                                   {3, "Failed to allocate strbuf.\n"},
                                                   {3, "Failed to allocate strbuf.\n"}}));

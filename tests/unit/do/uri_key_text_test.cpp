@@ -27,6 +27,27 @@ TEST(UriKeyText, ValuesWithoutAPayload) {
     EXPECT_EQ(key_form(nullptr), "");
 }
 
+// Values of a type that none makes; they come from outside.
+TEST(UriKeyText, OtherCodes) {
+    struct Head {
+        char *typedef_name;
+        uint32_t ref;
+        int32_t len;
+        uint64_t data;
+        int32_t type;
+    };
+    const auto of_type = [](int32_t type) {
+        ORUDoValue *value = oru_do_value_new_null();
+        reinterpret_cast<Head *>(value)->type = type;
+        return key_form(value);
+    };
+    EXPECT_EQ(of_type(-3), "__unknown__");
+    for (int32_t code : {-4, 16, 100, 110})
+        EXPECT_EQ(of_type(code), "") << code;
+    for (int32_t code : {14, 107, 108})
+        EXPECT_EQ(of_type(code), "") << "no URI, no text";
+}
+
 TEST(UriKeyText, IntegersInDecimal) {
     EXPECT_EQ(key_form(oru_do_value_new_unsigned_byte(255)), "255");
     EXPECT_EQ(key_form(oru_do_value_new_byte(-128)), "-128");

@@ -21,6 +21,8 @@ TEST(UriNew, TakesTheFirstCharactersOfACountedText) {
     EXPECT_EQ(text_of(Uri(oru_do_uri_new_l("/a/b", 2))), "/a");
     EXPECT_EQ(text_of(Uri(oru_do_uri_new_l("/a/b", 0))), "");
     EXPECT_EQ(text_of(Uri(oru_do_uri_new_l("/a/b", -1))), "");
+    EXPECT_EQ(text_of(Uri(oru_do_uri_new_l("/a/b", 4))), "/a/b");
+    EXPECT_EQ(text_of(Uri(oru_do_uri_new_l("/a", 100))), "/a");
 }
 
 TEST(UriNew, ParsesNothing) {
@@ -163,6 +165,13 @@ TEST(UriFormat, ABufferThatCannotBeHadIsTraced) {
         EXPECT_EQ(traces.lines(), (std::vector<Trace>{{3, "Failed to alloc buffer"}}));
     }
     poolheap_fail_off();
+}
+
+TEST(UriFormat, WhatCannotBeFormattedGivesNone) {
+    // A character that the locale "C" cannot write.
+    EXPECT_EQ(oru_do_uri_new_fmt("/%ls", L"\u00e9"), nullptr);
+    const char *none = nullptr;
+    EXPECT_ASSERTION(oru_do_uri_new_fmt(none), "format");
 }
 
 TEST(UriFormat, MemoryMayRunOut) {
@@ -431,6 +440,10 @@ TEST(UriParse, ASegmentThatWrapsHasNoText) {
     EXPECT_EQ(segment_text(later, 1), "b;k=" + run_of(65521, 'v'));
     const Uri none = parsed("/" + run_of(9) + "/b;k=" + run_of(65526, 'v'));  // 11 through 4
     EXPECT_EQ(segment_text(none, 1), "(null)");
+    const Uri two = parsed("/" + run_of(9) + "/b;k=" + run_of(65531, 'v'));  // 11 through 9
+    EXPECT_EQ(segment_text(two, 1), "(null)");
+    const Uri one = parsed("/" + run_of(9) + "/b;k=" + run_of(65532, 'v'));  // 11 through 10
+    EXPECT_EQ(segment_text(one, 1), "");
 }
 
 // ---- What does not ----
