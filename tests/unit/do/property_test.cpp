@@ -130,7 +130,9 @@ TEST_F(Property, RequiredArguments) {
     EXPECT_ASSERTION(oru_do_property_set_value(nullptr, one), "property");
     EXPECT_ASSERTION(oru_do_property_set_type_def(nullptr, "Name"), "property");
     EXPECT_ASSERTION(oru_do_property_to_strbuf(entry(), 0, nullptr), "strbuf");
+    EXPECT_ASSERTION(oru_do_property_to_strbuf_with_defaults(entry(), 0, nullptr), "strbuf");
     EXPECT_ASSERTION(oru_do_properties_to_strbuf(props, 0, nullptr), "strbuf");
+    EXPECT_ASSERTION(oru_do_properties_to_strbuf_with_defaults(props, 0, nullptr), "strbuf");
 }
 
 }  // namespace
