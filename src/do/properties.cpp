@@ -84,8 +84,9 @@ void oru::ObjectType<ORUDoProperties>::release_members(ORUDoProperties &self) {
 ORUDoProperty *oru::properties_find(const ORUDoProperties &properties, const char *name) {
     if (properties.hash_table != nullptr)
         return properties_index_find(properties, name);
-    return walk_for(properties,
-                    [name](const ORUDoName *held) { return std::strcmp(held->str, name) == 0; });
+    return walk_for(properties, [query = NameQuery(name)](const ORUDoName *held) {
+        return query.matches(held->str);
+    });
 }
 
 void oru::properties_append(ORUDoProperties &properties, ORUDoName *name, ORUDoValue *value) {
@@ -146,11 +147,15 @@ ORUDoProperty *oru_do_properties_get_prop_at_index(ORUDoProperties *props, int32
 }
 
 ORUDoValue *oru_do_properties_get_value(ORUDoProperties *properties, const char *name) {
-    return value_of(oru_do_properties_get_prop(properties, name));
+    ORU_REQUIRE(properties);
+    ORU_REQUIRE(name);
+    return value_of(oru::properties_find(*properties, name));
 }
 
 ORUDoValue *oru_do_properties_get_value_n(ORUDoProperties *properties, ORUDoName *name) {
-    return value_of(oru_do_properties_get_prop_n(properties, name));
+    ORU_REQUIRE(properties);
+    ORU_REQUIRE(name);
+    return value_of(oru::properties_find(*properties, name->str));
 }
 
 void oru_do_properties_iter(ORUDoProperties *properties, ORUDoIter *iter) {

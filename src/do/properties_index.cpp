@@ -37,10 +37,16 @@ void oru::properties_index_add(ORUDoProperties &properties, ORUDoProperty &prope
         ORU_FATAL("Unable to add property to hashtable %s", name);
 }
 
+// A search of the table in which keys are known to be the texts of names.
 ORUDoProperty *oru::properties_index_find(const ORUDoProperties &properties, const char *name) {
-    void *entry = nullptr;
-    oru_hashtable_search(properties.hash_table, name, &entry);
-    return static_cast<ORUDoProperty *>(entry);
+    const ORUHashtable &index = *properties.hash_table;
+    const HashElement *element = &index.buckets[hash_text(name) % index.size];
+    if (element->key == nullptr)
+        return nullptr;
+    const NameQuery query(name);
+    while (element != nullptr && !query.matches(static_cast<const char *>(element->key)))
+        element = element->next;
+    return element != nullptr ? static_cast<ORUDoProperty *>(element->value) : nullptr;
 }
 
 ORUDoProperty *oru::properties_index_take(ORUDoProperties &properties, const char *name) {

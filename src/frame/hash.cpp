@@ -1,8 +1,8 @@
 // Hash and match functions of the hash tables.
 #include <cstring>
 
+#include "frame/hashtable.h"
 #include "frame/require.h"
-#include "oru/hashtable.h"
 
 namespace {
 
@@ -25,25 +25,18 @@ const char *held_text(const void *holder) {
 
 }  // namespace
 
-// Bytes are added with their sign: stored hashes and bucket orders of texts above 0x7f rely on it.
 uint32_t oru_hash_calculate(const void *bytes, int32_t n) {
     ORU_REQUIRE_AS(bytes != nullptr || n < 1, "bytes");
-    const auto *byte = static_cast<const signed char *>(bytes);
+    const auto *byte = static_cast<const char *>(bytes);
     uint32_t hash = 0;
-    for (int32_t i = 0; i < n; ++i) {
-        hash += static_cast<uint32_t>(byte[i]);
-        hash += hash << 10;
-        hash ^= hash >> 6;
-    }
-    hash += hash << 3;
-    hash ^= hash >> 11;
-    hash += hash << 15;
-    return hash;
+    for (int32_t i = 0; i < n; ++i)
+        hash = oru::hash_step(hash, byte[i]);
+    return oru::hash_end(hash);
 }
 
 uint32_t oru_hash_str_calc(const char *text) {
     ORU_REQUIRE(text);
-    return oru_hash_calculate(text, static_cast<int32_t>(std::strlen(text)));
+    return oru::hash_text(text);
 }
 
 uint32_t oru_hashset_str_calc(const void *holder) {

@@ -33,7 +33,7 @@ void free_heap_element(void *element) {
 uint32_t hash_of(const ORUHashtable &table, const void *key) {
     switch (table.key_kind) {
         case ORU_HASHTABLE_KEY_TEXT:
-            return oru_hash_str_calc(static_cast<const char *>(key));
+            return oru::hash_text(static_cast<const char *>(key));
         case ORU_HASHTABLE_KEY_CUSTOM:
             return table.hash(key);
         default:
@@ -46,7 +46,9 @@ bool same_key(const ORUHashtable &table, const void *stored, const void *key) {
         return true;
     if (table.key_kind == ORU_HASHTABLE_KEY_CUSTOM)
         return table.match(stored, key) != 0;
-    return std::strcmp(static_cast<const char *>(stored), static_cast<const char *>(key)) == 0;
+    const auto *a = static_cast<const char *>(stored);
+    const auto *b = static_cast<const char *>(key);
+    return *a == *b && std::strcmp(a, b) == 0;
 }
 
 ORUHashtable *create(const ORUHashtable &settings) {

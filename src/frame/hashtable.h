@@ -41,6 +41,29 @@ struct oru::ObjectType<ORUHashtable> {
 
 namespace oru {
 
+// One character of a hash. Characters are added with their sign: stored hashes and bucket orders of
+// texts above 0x7f rely on it. The sum times 1025 is taken apart, so that only a shift and an
+// addition wait for the characters before.
+inline uint32_t hash_step(uint32_t hash, char character) {
+    const auto added = static_cast<uint32_t>(static_cast<signed char>(character));
+    hash = (hash << 10) + (hash + added * 1025U);
+    return hash ^ (hash >> 6);
+}
+
+inline uint32_t hash_end(uint32_t hash) {
+    hash += hash << 3;
+    hash ^= hash >> 11;
+    return hash + (hash << 15);
+}
+
+// The hash of a zero-terminated text, in one pass.
+inline uint32_t hash_text(const char *text) {
+    uint32_t hash = 0;
+    for (; *text != '\0'; ++text)
+        hash = hash_step(hash, *text);
+    return hash_end(hash);
+}
+
 // Growth of dynamic tables. False when memory for the larger bucket array cannot be had; the table
 // is then as it was.
 bool hashtable_grow(ORUHashtable &table);

@@ -295,6 +295,41 @@ TEST_F(Properties, AnIndexHasOneBucketAtLeast) {
     EXPECT_EQ(walked(props), "p00 p11 ");
 }
 
+// Names of every length around a word and around what fits into a name's record, that differ in
+// their last character at most: each is found, and nothing between them.
+void expect_told_apart(ORUDoProperties *props) {
+    const std::string text(40, 'n');
+    std::vector<std::string> names{""};
+    for (size_t length : {1, 2, 7, 8, 9, 15, 16, 17, 31, 32, 33}) {
+        names.push_back(text.substr(0, length - 1) + 'a');
+        names.push_back(text.substr(0, length - 1) + "\xc3");
+    }
+    for (size_t i = 0; i < names.size(); ++i)
+        set_int(props, names[i], static_cast<int32_t>(i));
+    for (size_t i = 0; i < names.size(); ++i) {
+        const std::string asked = names[i];
+        int32_t rc = -1;
+        EXPECT_EQ(oru_do_properties_get_int(props, asked.c_str(), &rc), static_cast<int32_t>(i));
+        EXPECT_EQ(rc, 0) << asked;
+        EXPECT_EQ(oru_do_properties_get_prop(props, (asked + 'b').c_str()), nullptr) << asked;
+    }
+    for (size_t length = 1; length < text.size(); ++length)
+        EXPECT_EQ(oru_do_properties_get_prop(props, text.substr(0, length).c_str()), nullptr);
+}
+
+TEST_F(Properties, NamesThatBeginAlikeAreToldApart) {
+    oru_do_properties_set_max_size_before_hash_table(100);
+    expect_told_apart(props);
+    EXPECT_EQ(index_of(props), nullptr);
+}
+
+TEST_F(Properties, NamesThatBeginAlikeAreToldApartInAnIndexToo) {
+    oru_do_properties_set_max_size_before_hash_table(0);
+    oru_do_properties_set_hash_table_size(2);
+    expect_told_apart(props);
+    EXPECT_NE(index_of(props), nullptr);
+}
+
 TEST_F(Properties, AnIndexedTableReportsANameThatItCannotRemove) {
     fill(props, 21);
     TraceCapture traces;
