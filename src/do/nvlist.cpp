@@ -19,19 +19,26 @@ bool store_name(ORUDoNvlistItem &item, const char *name, size_t length) {
     return item.name != nullptr;
 }
 
-// A negative length cannot be had.
-ORUDoNvlistItem *make_item(const char *name, int64_t length, ORUDoValue *value) {
-    if (name == nullptr || value == nullptr || length < 0)
-        return nullptr;
+// An item without a value yet.
+ORUDoNvlistItem *make_named_item(const char *name, size_t length) {
     auto *item = oru::make_element<ORUDoNvlistItem>();
     if (item == nullptr)
         return nullptr;
     item->ref_count = 1;
-    if (!store_name(*item, name, static_cast<size_t>(length))) {
+    if (!store_name(*item, name, length)) {
         oru::free_element(item);
         return nullptr;
     }
-    item->value = oru::ref(value);
+    return item;
+}
+
+// A negative length cannot be had.
+ORUDoNvlistItem *make_item(const char *name, int64_t length, ORUDoValue *value) {
+    if (name == nullptr || value == nullptr || length < 0)
+        return nullptr;
+    auto *item = make_named_item(name, static_cast<size_t>(length));
+    if (item != nullptr)
+        item->value = oru::ref(value);
     return item;
 }
 
@@ -56,6 +63,19 @@ void oru::ObjectType<ORUDoNvlistItem>::release_members(ORUDoNvlistItem &self) {
     if (self.name != self.inline_name)
         ph_free_named(self.name);
     deref(self.value);
+}
+
+int32_t oru::nvlist_hand_over(ORUDoNvlist &nvlist, std::string_view name, ORUDoValue *value) {
+    auto given = Ref<ORUDoValue>::adopt(value);
+    if (!given)
+        return -1;
+    if (trace_enabled(Level::reference)) [[unlikely]]
+        return append_item(nvlist,
+                           make_item(name.data(), static_cast<int64_t>(name.size()), value));
+    auto *item = make_named_item(name.data(), name.size());
+    if (item != nullptr)
+        item->value = given.release();
+    return append_item(nvlist, item);
 }
 
 ORUDoNvlist *oru_do_nvlist_new_from_item(const char *name, ORUDoValue *value) {

@@ -1,6 +1,8 @@
 #ifndef ORU_SRC_DO_NVLIST_H
 #define ORU_SRC_DO_NVLIST_H
 
+#include <string_view>
+
 #include "frame/list.h"
 #include "oru/types.h"
 
@@ -33,5 +35,14 @@ struct oru::ObjectType<ORUDoNvlist> {
     static auto &count(ORUDoNvlist &self) { return self.ref_count; }
     static void release_members(ORUDoNvlist &self) { release_items(self); }
 };
+
+namespace oru {
+
+// Appends an item with a value that the caller made, has shown to nobody and gives away with its
+// reference, null included. To an observer this is adding the value and releasing it; unobserved,
+// the count of one changes hands. The result of all adders: the new length, or -1.
+int32_t nvlist_hand_over(ORUDoNvlist &nvlist, std::string_view name, ORUDoValue *value);
+
+}  // namespace oru
 
 #endif

@@ -130,6 +130,9 @@ bool uri_prefill(ORUDoUri &dst, const ORUDoUri &src, int32_t n);
 void uri_append_segment(ORUDoUri &dst, size_t start, size_t end, std::string_view ref_name,
                         Ref<ORUDoNvlist> keys);
 
+// The way back from the escaped form; a failure is the buffer's.
+void uri_unescape(std::string_view text, ORUDoStrbuf &out);
+
 // Keys as text, ";name=value" each, appended to `buf`. With `collected` the list that a parse of
 // that text would give is made too. False for a value that cannot be read, and without memory.
 bool uri_add_keys(ORUDoStrbuf &buf, ORUDoNvlist &keys, Ref<ORUDoNvlist> *collected);

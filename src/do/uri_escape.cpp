@@ -2,8 +2,7 @@
 #include <array>
 #include <cstring>
 
-#include "do/strbuf.h"
-#include "oru/uri.h"
+#include "do/uri.h"
 
 namespace {
 
@@ -60,7 +59,13 @@ void escape(std::string_view text, ORUDoStrbuf &out) {
     oru::strbuf_append(out, text.substr(run));
 }
 
-void unescape(std::string_view text, ORUDoStrbuf &out) {
+std::string_view counted(const char *str, int32_t len) {
+    return {str, len > 0 ? static_cast<size_t>(len) : 0};
+}
+
+}  // namespace
+
+void oru::uri_unescape(std::string_view text, ORUDoStrbuf &out) {
     size_t run = 0;
     for (size_t i = 0; i + kEscapeSize <= text.size();) {
         if (text[i] != '%') {
@@ -74,12 +79,6 @@ void unescape(std::string_view text, ORUDoStrbuf &out) {
     }
     oru::strbuf_append(out, text.substr(run));
 }
-
-std::string_view counted(const char *str, int32_t len) {
-    return {str, len > 0 ? static_cast<size_t>(len) : 0};
-}
-
-}  // namespace
 
 int32_t oru_do_uri_escape_str(const char *str, ORUDoStrbuf *strbuf) {
     ORU_REQUIRE(str);
@@ -98,13 +97,13 @@ int32_t oru_do_uri_escape_str_l(const char *str, int32_t len, ORUDoStrbuf *strbu
 int32_t oru_do_uri_unescape_str(const char *str, ORUDoStrbuf *strbuf) {
     ORU_REQUIRE(str);
     ORU_REQUIRE(strbuf);
-    unescape(str, *strbuf);
+    oru::uri_unescape(str, *strbuf);
     return oru_do_strbuf_get_err(strbuf);
 }
 
 int32_t oru_do_uri_unescape_str_l(const char *str, int32_t len, ORUDoStrbuf *strbuf) {
     ORU_REQUIRE(str);
     ORU_REQUIRE(strbuf);
-    unescape(counted(str, len), *strbuf);
+    oru::uri_unescape(counted(str, len), *strbuf);
     return oru_do_strbuf_get_err(strbuf);
 }

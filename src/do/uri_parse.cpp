@@ -31,14 +31,19 @@ bool check_single_slash(Parse &parse) {
     return fail(parse);
 }
 
-// The first character takes no part, so a segment may begin with a question mark.
-const char *find_segment_end(Parse &parse) {
-    const char *end = parse.cursor + 1;
-    while (end <= parse.last && *end != '/' && *end != '?')
-        ++end;
-    if (end <= parse.last && *end == '?')
-        parse.query = end + 1;
-    return end;
+// Where the name and the segment end. The first character takes no part, so a segment may begin
+// with a question mark.
+struct Ends {
+    const char *name;
+    const char *segment;
+};
+
+Ends find_ends(Parse &parse) {
+    const char *name = oru::uri_scan_part(parse.cursor + 1);
+    const char *segment = oru::uri_scan(name, oru::kUriSegmentStop);
+    if (*segment == '?')
+        parse.query = segment + 1;
+    return {name, segment};
 }
 
 bool check_segment_room(Parse &parse) {
@@ -54,23 +59,19 @@ bool check_segment_room(Parse &parse) {
     return false;
 }
 
-bool find_name_end(const Parse &parse, Segment &segment) {
+bool check_name(const Parse &parse, const Segment &segment) {
     if (segment.last < segment.first)
         ORU_FAIL_SEGMENT("failure - empty segment %d %d '%s'");
     if (*segment.first == ';' || *segment.first == '=')
         ORU_FAIL_SEGMENT("failure - empty ref name %d %d '%s'");
-    const char *end = segment.first + 1;
-    for (; end <= segment.last && *end != ';'; ++end) {
-        if (*end == '=')
-            ORU_FAIL_SEGMENT("failure - equal sign in refname %d %d '%s'");
-    }
-    if (end == segment.last)
+    if (*segment.name_end == '=')
+        ORU_FAIL_SEGMENT("failure - equal sign in refname %d %d '%s'");
+    if (segment.name_end == segment.last)
         ORU_FAIL_SEGMENT("failure - no keys after semi %d %d '%s'");
-    segment.name_end = end;
     return true;
 }
 
-bool copy_name(const Parse &parse, Segment &segment) {
+bool copy_name(const Parse &parse, const Segment &segment) {
     const auto length = static_cast<size_t>(segment.name_end - segment.first);
     if (length >= oru::kUriRefNameRoom) {
         if (!parse.soft) {
@@ -88,13 +89,14 @@ bool copy_name(const Parse &parse, Segment &segment) {
     return true;
 }
 
-bool parse_segment(Parse &parse, const char *end) {
-    Segment segment{parse.uri.segment_table[parse.uri.num_segments], parse.cursor, end - 1, end};
+bool parse_segment(Parse &parse, Ends ends) {
+    const Segment segment{parse.uri.segment_table[parse.uri.num_segments], parse.cursor,
+                          ends.segment - 1, ends.name};
     segment.record.start = static_cast<uint16_t>(parse.offset(segment.first));
     segment.record.end = static_cast<uint16_t>(parse.offset(segment.last));
     ORU_TRACE(Level::detail, "parse segment %d %d '%s'", segment.record.start, segment.record.end,
               parse.text());
-    if (find_name_end(parse, segment) && copy_name(parse, segment) &&
+    if (check_name(parse, segment) && copy_name(parse, segment) &&
         oru::uri_parse_keys(parse, segment))
         return true;
     ORU_TRACE(Level::failure, "Failed to parse uri '%s' segment %d", parse.text(),
@@ -105,11 +107,11 @@ bool parse_segment(Parse &parse, const char *end) {
 bool next_segment(Parse &parse) {
     if (!check_single_slash(parse))
         return false;
-    const char *end = find_segment_end(parse);
-    if (!check_segment_room(parse) || !parse_segment(parse, end))
+    const Ends ends = find_ends(parse);
+    if (!check_segment_room(parse) || !parse_segment(parse, ends))
         return false;
     ++parse.uri.num_segments;
-    parse.cursor = end + 1;
+    parse.cursor = ends.segment + 1;
     return true;
 }
 

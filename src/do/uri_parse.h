@@ -1,9 +1,36 @@
 #ifndef ORU_SRC_DO_URI_PARSE_H
 #define ORU_SRC_DO_URI_PARSE_H
 
+#include <array>
+
 #include "do/uri.h"
 
 namespace oru {
+
+// What cuts a text. Behind the last character that is read stands a slash or the terminating zero,
+// so that a scan needs no other bound.
+enum UriStop : uint8_t {
+    kUriSegmentStop = 1,  // a slash, a question mark, the zero
+    kUriKeyStop = 2,      // a semicolon, an equal sign
+};
+
+inline constexpr std::array<uint8_t, 256> kUriStops = [] {
+    std::array<uint8_t, 256> stops{};
+    stops['\0'] = stops['/'] = stops['?'] = kUriSegmentStop;
+    stops[';'] = stops['='] = kUriKeyStop;
+    return stops;
+}();
+
+inline const char *uri_scan(const char *place, int stops) {
+    while ((kUriStops[static_cast<uint8_t>(*place)] & stops) == 0)
+        ++place;
+    return place;
+}
+
+// The end of what stands at `place` inside a segment: of a name, a key's name or a value.
+inline const char *uri_scan_part(const char *place) {
+    return uri_scan(place, kUriSegmentStop | kUriKeyStop);
+}
 
 // What the steps of a parse share.
 struct UriParse {

@@ -23,13 +23,12 @@ bool find_key_end(const Parse &parse, const Segment &segment, Key &key) {
         ORU_FAIL_SEGMENT("failure - extra ; char %d %d '%s'");
     if (*key.first == '=')
         ORU_FAIL_SEGMENT("failure - misplaced = char %d %d '%s'");
-    const char *end = key.first + 1;
-    for (; end <= segment.last && *end != ';'; ++end) {
-        if (*end != '=')
-            continue;
-        if (key.equal != nullptr)
-            ORU_FAIL_SEGMENT("failure - multiple = chars %d %d '%s'");
+    const char *end = oru::uri_scan_part(key.first + 1);
+    if (*end == '=') {
         key.equal = end;
+        end = oru::uri_scan_part(end + 1);
+        if (*end == '=')
+            ORU_FAIL_SEGMENT("failure - multiple = chars %d %d '%s'");
     }
     if (end == segment.last)
         ORU_FAIL_SEGMENT("failure - no keys after semi %d %d '%s'");
@@ -54,22 +53,18 @@ void add_key(const Parse &parse, const Segment &segment, const Key &key) {
     const auto buffer = Ref<ORUDoStrbuf>::adopt(oru_do_strbuf_new());
     if (!buffer)
         return;
-    const char *raw = key.equal + 1;
-    const auto length = static_cast<int32_t>(key.last - key.equal);
+    const std::string_view raw(key.equal + 1, static_cast<size_t>(key.last - key.equal));
     if (parse.unescape) {
-        oru_do_uri_unescape_str_l(raw, length, buffer.get());
+        oru::uri_unescape(raw, *buffer);
     } else {
-        oru_do_strbuf_add_string_l(buffer.get(), raw, length);
+        oru::strbuf_append(*buffer, raw);
     }
-    if (oru_do_strbuf_get_err(buffer.get()) != 0)
+    if (buffer->cur == nullptr)
         return;
-    const char *text = oru_do_strbuf_to_string(buffer.get());
-    ORUDoValue *value = oru_do_value_new_string_l(text, oru_do_strbuf_get_len(buffer.get()));
-    const int32_t added = oru_do_nvlist_add_l(segment.record.keys, key.first,
-                                              static_cast<int32_t>(key.equal - key.first), value);
-    oru_do_value_deref(value);
-    if (added > 0)
-        ORU_TRACE(Level::detail, "parsed key value '%s'", text);
+    const std::string_view name(key.first, static_cast<size_t>(key.equal - key.first));
+    ORUDoValue *value = oru_do_value_new_string_l(buffer->str, buffer->len);
+    if (oru::nvlist_hand_over(*segment.record.keys, name, value) > 0)
+        ORU_TRACE(Level::detail, "parsed key value '%s'", buffer->str);
 }
 
 bool parse_key(const Parse &parse, const Segment &segment, Key &key) {

@@ -204,6 +204,35 @@ TEST(UriParse, TellsEachStep) {
     EXPECT_EQ(model_of(uri), "a;k=1;lm=|b?cd");
 }
 
+// The counts of values, without their places.
+Lines value_counts(const TraceCapture &traces) {
+    Lines counts;
+    for (const std::string &line : traces.at(8)) {
+        const size_t type = line.find("oru_do_value ");
+        if (type != std::string::npos)
+            counts.push_back(line.substr(0, type) + line.substr(line.rfind(' ') + 1));
+    }
+    return counts;
+}
+
+TEST(UriParse, ValuesOfKeysAreAddedAndReleased) {
+    ORUDoUri *uri = oru_do_uri_new("/a;k=1");
+    TraceCapture traces(8);
+    oru_do_uri_get_segment_count(uri);
+    EXPECT_EQ(value_counts(traces), (Lines{"oru ref 1", "oru ref 2", "oru deref 2"}));
+    traces.clear();
+    oru_do_uri_deref(uri);
+    EXPECT_EQ(value_counts(traces), (Lines{"oru deref 1"}));
+}
+
+TEST(UriParse, ValuesOfKeysHaveOneReferenceWhenNobodyLooksToo) {
+    ORUDoUri *uri = oru_do_uri_new("/a;k=1;l=2");
+    oru_do_uri_get_segment_count(uri);
+    TraceCapture traces(8);
+    oru_do_uri_deref(uri);
+    EXPECT_EQ(value_counts(traces), (Lines{"oru deref 1", "oru deref 1"}));
+}
+
 TEST(UriParse, HappensOnce) {
     const Uri uri = parsed("/a/b");
     TraceCapture traces;
