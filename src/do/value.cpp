@@ -4,6 +4,7 @@
 #include "do/uri.h"
 #include "do/value_types.h"
 #include "do/vlist.h"
+#include "frame/copy.h"
 #include "frame/text.h"
 #include "oru/nvlist.h"
 #include "oru/rc.h"
@@ -17,22 +18,18 @@ oru::Pool small_pool{"oru_do_value_sml_misc", oru::Tag::value_sml_misc, 32};
 oru::Pool large_pool{"oru_do_value_misc", oru::Tag::value_misc, 128};
 constexpr oru::SizedPools kStorage{small_pool, large_pool};
 
-ORUDoValue *new_value(int32_t type) {
-    auto *val = oru::make<ORUDoValue>();
-    if (val == nullptr)
-        return nullptr;
-    val->len = -1;
-    val->type = type;
-    return val;
+// The fields in their order, so that each is written once.
+ORUDoValue *new_value(int32_t type, int32_t len = -1, uint64_t word = 0) {
+    constexpr char *no_typedef_name = nullptr;
+    return oru::make<ORUDoValue>(no_typedef_name, uint32_t{1}, len, word, type);
 }
 
 template <class Number>
 ORUDoValue *new_number(int32_t type, Number n) {
-    static_assert(sizeof n <= sizeof(ORUDoValue::data));
-    auto *val = new_value(type);
-    if (val != nullptr)
-        std::memcpy(&val->data, &n, sizeof n);
-    return val;
+    uint64_t word = 0;
+    static_assert(sizeof n <= sizeof word);
+    std::memcpy(&word, &n, sizeof n);
+    return new_value(type, -1, word);
 }
 
 // A block for `size` bytes. Bytes take the classes of texts, although no zero stands behind them.
@@ -46,18 +43,18 @@ char *take_storage(StorageClass storage, size_t size, bool is_text) {
 
 // A value of a sized type. Its data is null when no storage is to be had.
 ORUDoValue *new_sized(int32_t type, const void *bytes, size_t size, bool is_text) {
-    auto *val = new_value(type);
+    auto *val = new_value(type, static_cast<int32_t>(size));
     if (val == nullptr)
         return nullptr;
-    val->len = static_cast<int32_t>(size);
     const StorageClass storage = kStorage.class_for(size + 1);
-    val->data.bytes = take_storage(storage, size, is_text);
-    if (val->data.bytes == nullptr)
+    char *block = take_storage(storage, size, is_text);
+    val->data.bytes = block;
+    if (block == nullptr)
         return val;
     val->storage_class = static_cast<int32_t>(storage);
-    std::memcpy(val->data.bytes, bytes, size);
+    oru::copy_bytes(block, static_cast<const char *>(bytes), size);
     if (is_text)
-        val->data.bytes[size] = '\0';
+        block[size] = '\0';
     return val;
 }
 
@@ -159,36 +156,40 @@ ORUDoValue *clone_payload(ORUDoValue &val) {
     }
 }
 
-}  // namespace
-
-void oru::ObjectType<ORUDoValue>::release_members(ORUDoValue &self) {
-    switch (self.type) {
-        case ORU_DO_TYPE_STRING:
-        case ORU_DO_TYPE_HEX_BINARY:
-        case ORU_DO_TYPE_IP_ADDRESS:
-        case ORU_DO_TYPE_NSAP_ADDRESS:
-        case ORU_DO_TYPE_ENUMERATION:
-            kStorage.give(static_cast<StorageClass>(self.storage_class), self.data.bytes);
-            break;
+[[gnu::noinline]] void release_held(ORUDoValue &val) {
+    switch (val.type) {
         case ORU_DO_TYPE_ANY_URI:
         case ORU_DO_TYPE_MR_URI:
         case ORU_DO_TYPE_COLL_URI:
-            oru::deref(self.data.uri);
+            oru::deref(val.data.uri);
             break;
         case ORU_DO_TYPE_CHOICE:
         case ORU_DO_TYPE_SEQUENCE:
-            oru::deref(self.data.nvlist);
+            oru::deref(val.data.nvlist);
             break;
         case ORU_DO_TYPE_ARRAY:
         case ORU_DO_TYPE_BITS:
-            oru::deref(self.data.vlist);
+            oru::deref(val.data.vlist);
             break;
         default:
             break;
     }
-    if (self.typedef_name != nullptr)
+}
+
+}  // namespace
+
+void oru::ObjectType<ORUDoValue>::release_members(ORUDoValue &self) {
+    if (is_sized_type(self.type)) {
+        kStorage.give(static_cast<StorageClass>(self.storage_class), self.data.bytes);
+    } else if (!is_integer_type(self.type)) {
+        release_held(self);
+    }
+    if (self.typedef_name != nullptr) [[unlikely]]
         ph_free_named(self.typedef_name);
 }
+
+// Here, where it knows the members.
+template void oru::destroy(ORUDoValue *);
 
 ORUDoValue *oru_do_value_new_null() {
     return new_value(ORU_DO_TYPE_NULL);

@@ -34,6 +34,8 @@ struct oru::ObjectType<ORUDoValue> {
     static void release_members(ORUDoValue &self);
 };
 
+extern template void oru::destroy(ORUDoValue *);
+
 namespace oru {
 
 // The number of a value whose type is that of `Number`.
@@ -61,7 +63,8 @@ inline bool is_integer_type(int32_t type) {
 
 // Types with sized storage.
 inline bool is_sized_type(int32_t type) {
-    return oru_do_is_key_string_type(type) != 0 || type == ORU_DO_TYPE_ENUMERATION;
+    return type == ORU_DO_TYPE_STRING || type == ORU_DO_TYPE_HEX_BINARY ||
+           (type >= ORU_DO_TYPE_IP_ADDRESS && type <= ORU_DO_TYPE_ENUMERATION);
 }
 
 // The payload of a value of sized type; empty when it has no storage.

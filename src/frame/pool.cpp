@@ -19,6 +19,10 @@ void *Pool::create(intptr_t count, uintptr_t flags) {
     return handle;
 }
 
+void *Pool::take_from_heap() const {
+    return ph_calloc_named(tag_word(tag), 1, element_size);
+}
+
 void Pool::refused() {
     ORU_FATAL("Failed to free ##name from chunk poolheap_chunk_##type");
 }

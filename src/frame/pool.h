@@ -21,15 +21,16 @@ struct Pool {
 
     // A block for one element, or null. Zeroed from the heap, undefined from a pool.
     void *take() {
-        return handle != nullptr ? chunk_malloc(handle)
-                                 : ph_calloc_named(tag_word(tag), 1, element_size);
+        if (handle != nullptr) [[likely]]
+            return chunk_malloc(handle);
+        return take_from_heap();
     }
 
     // Returns a block that `take` gave. A pool that refuses it ends the process.
     void give(void *block) {
-        if (handle == nullptr) {
+        if (handle == nullptr) [[unlikely]] {
             ph_free_named(block);
-        } else if (chunk_free(handle, block) == 0) {
+        } else if (chunk_free(handle, block) == 0) [[unlikely]] {
             refused();
         }
     }
@@ -38,6 +39,8 @@ struct Pool {
     void *create(intptr_t count, uintptr_t flags);
 
   private:
+    // Apart, so that processes which size their pools do not step round it.
+    [[gnu::noinline]] void *take_from_heap() const;
     [[noreturn]] static void refused();
 };
 
