@@ -24,22 +24,18 @@ struct Arena {
 
 extern Arena g_arena __attribute__((visibility("hidden")));
 
-// The register's entry of an element that is known to be one.
+// The register's entry of an address at which an element may begin.
 inline uint16_t *owner_of_element(const void *element) {
     return reinterpret_cast<uint16_t *>(g_arena.owners_by_address +
                                         reinterpret_cast<uintptr_t>(element) / kGranule *
                                             sizeof(uint16_t));
 }
 
-// The entry of any address; null when no element can begin there.
-inline uint16_t *owner_of_address(const void *address) {
+inline bool may_begin_element(const void *address) {
     const size_t offset = reinterpret_cast<uintptr_t>(address) - g_arena.base;
     // An address off the granules gets its low bits on top, and so a number beyond all.
-    if (std::rotr(offset, std::countr_zero(kGranule)) >=
-        g_arena.usable_granules.load(std::memory_order_relaxed)) {
-        return nullptr;
-    }
-    return owner_of_element(address);
+    return std::rotr(offset, std::countr_zero(kGranule)) <
+           g_arena.usable_granules.load(std::memory_order_relaxed);
 }
 
 // Reserves the range on first use. False when the process may not have it.

@@ -106,32 +106,40 @@ void *chunk_create_poolheap(size_t element_size, intptr_t count, uintptr_t flags
     return pool;
 }
 
+// In both, what happens nearly always comes first and needs no stack.
 void *chunk_malloc(void *handle) {
-    if (handle == nullptr) {
+    if (handle == nullptr) [[unlikely]] {
         return nullptr;
     }
     Pool &pool = *static_cast<Pool *>(handle);
-    if (must_fail(pool.tag)) {
-        return nullptr;
-    }
     Magazine *magazine = t_block.magazines[pool.place];
-    void *element = magazine == nullptr ? nullptr : pop(*magazine);
-    return element == nullptr ? take_slowly(pool) : mark_taken(pool, element);
+    if (failures_are_off() && magazine != nullptr) [[likely]] {
+        if (void *element = pop(*magazine); element != nullptr) [[likely]] {
+            return mark_taken(pool, element);
+        }
+    }
+    return take_slowly(pool);
 }
 
 int32_t chunk_free(void *handle, void *element) {
-    if (handle == nullptr) {
+    if (handle == nullptr) [[unlikely]] {
         return 0;
     }
     Pool &pool = *static_cast<Pool *>(handle);
-    uint16_t *owner = owner_of_address(element);
-    if (owner == nullptr || __atomic_load_n(owner, __ATOMIC_RELAXED) != pool.owner) {
+    if (!may_begin_element(element)) [[unlikely]] {
+        return refuse(pool);
+    }
+    uint16_t *owner = owner_of_element(element);
+    if (__atomic_load_n(owner, __ATOMIC_RELAXED) != pool.owner) [[unlikely]] {
         return refuse(pool);
     }
     __atomic_store_n(owner, uint16_t{0}, __ATOMIC_RELAXED);
     poison(element, pool.element_size);
     Magazine *magazine = t_block.magazines[pool.place];
-    return magazine != nullptr && push(*magazine, element) ? 1 : give_back_slowly(pool, element);
+    if (magazine != nullptr && push(*magazine, element)) [[likely]] {
+        return 1;
+    }
+    return give_back_slowly(pool, element);
 }
 
 int32_t chunk_pool_stats(void *pool, chunk_stats_t *out_stats) {

@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "platform/chunk_pool.h"
+#include "platform/failure_hook.h"
 #include "platform/sanitizers.h"
 
 namespace oru::platform {
@@ -240,6 +241,9 @@ void *take_with_magazine(Pool &pool, Magazine &magazine) {
 }  // namespace
 
 void *take_slowly(Pool &pool) {
+    if (must_fail(pool.tag)) {
+        return nullptr;
+    }
     Magazine *magazine = magazine_of(pool);
     void *element =
         magazine != nullptr ? take_with_magazine(pool, *magazine) : take_without_magazine(pool);

@@ -65,7 +65,7 @@ struct Pool {
 // An element of the magazine; null when it has none.
 inline void *pop(Magazine &magazine) {
     void *element = magazine.last.get();
-    if (element != nullptr) {
+    if (element != nullptr) [[likely]] {
         magazine.last.set(nullptr);
         magazine.takes.add(1);
         return element;
@@ -82,7 +82,7 @@ inline void *pop(Magazine &magazine) {
 // False, and nothing happens, when there is no room.
 inline bool push(Magazine &magazine, void *element) {
     void *former = magazine.last.get();
-    if (former != nullptr) {
+    if (former != nullptr) [[unlikely]] {
         const uint32_t count = magazine.count.get();
         if (count >= magazine.limit) {
             return false;
@@ -101,7 +101,8 @@ inline void *mark_taken(const Pool &pool, void *element) {
     return element;
 }
 
-// The way round the magazine: exchange with the depot, or go to it for the single element.
+// The way round the magazine: exchange with the depot, or go to it for the single element. Takes
+// that are to fail end here.
 void *take_slowly(Pool &pool);
 int32_t give_back_slowly(Pool &pool, void *element);
 

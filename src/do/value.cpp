@@ -33,8 +33,9 @@ ORUDoValue *new_number(int32_t type, Number n) {
 }
 
 // A block for `size` bytes. Bytes take the classes of texts, although no zero stands behind them.
-char *take_storage(StorageClass storage, size_t size, bool is_text) {
-    if (storage != StorageClass::heap)
+template <bool is_text>
+char *take_storage(StorageClass storage, size_t size) {
+    if (storage != StorageClass::heap) [[likely]]
         return kStorage.take(storage);
     void *block = is_text ? ph_malloc_named(oru::tag_word(oru::Tag::strdup), size + 1)
                           : ph_calloc_named(oru::tag_word(oru::Tag::value_misc), 1, size);
@@ -42,18 +43,19 @@ char *take_storage(StorageClass storage, size_t size, bool is_text) {
 }
 
 // A value of a sized type. Its data is null when no storage is to be had.
-ORUDoValue *new_sized(int32_t type, const void *bytes, size_t size, bool is_text) {
+template <bool is_text>
+ORUDoValue *new_sized(int32_t type, const void *bytes, size_t size) {
     auto *val = new_value(type, static_cast<int32_t>(size));
     if (val == nullptr)
         return nullptr;
     const StorageClass storage = kStorage.class_for(size + 1);
-    char *block = take_storage(storage, size, is_text);
+    char *block = take_storage<is_text>(storage, size);
     val->data.bytes = block;
     if (block == nullptr)
         return val;
     val->storage_class = static_cast<int32_t>(storage);
     oru::copy_bytes(block, static_cast<const char *>(bytes), size);
-    if (is_text)
+    if constexpr (is_text)
         block[size] = '\0';
     return val;
 }
@@ -72,13 +74,13 @@ ORUDoValue *new_text(int32_t type, const char *text, int32_t n) {
         return oru_do_value_new_null();
     if (n < 0)
         return nullptr;
-    return unless_unstored(new_sized(type, text, static_cast<size_t>(n), true));
+    return unless_unstored(new_sized<true>(type, text, static_cast<size_t>(n)));
 }
 
 ORUDoValue *new_bytes(int32_t type, const void *bytes, int32_t n) {
     if (bytes == nullptr || n < 0)
         return oru_do_value_new_null();
-    return unless_unstored(new_sized(type, bytes, static_cast<size_t>(n), false));
+    return unless_unstored(new_sized<false>(type, bytes, static_cast<size_t>(n)));
 }
 
 // The value counts a reference of its own.
@@ -219,7 +221,7 @@ ORU_VALUE_TYPES(NEW)
 ORUDoValue *oru_do_value_new_string(const char *text) {
     if (text == nullptr)
         return oru_do_value_new_null();
-    return new_sized(ORU_DO_TYPE_STRING, text, std::strlen(text), true);
+    return new_sized<true>(ORU_DO_TYPE_STRING, text, std::strlen(text));
 }
 
 ORUDoValue *oru_do_value_new_string_l(const char *text, int32_t n) {
@@ -229,7 +231,7 @@ ORUDoValue *oru_do_value_new_string_l(const char *text, int32_t n) {
 ORUDoValue *oru_do_value_new_enumeration(const char *text) {
     if (text == nullptr)
         return oru_do_value_new_null();
-    return unless_unstored(new_sized(ORU_DO_TYPE_ENUMERATION, text, std::strlen(text), true));
+    return unless_unstored(new_sized<true>(ORU_DO_TYPE_ENUMERATION, text, std::strlen(text)));
 }
 
 ORUDoValue *oru_do_value_new_enumeration_l(const char *text, int32_t n) {
