@@ -4,6 +4,7 @@
 #include <charconv>
 #include <cstring>
 
+#include "frame/copy.h"
 #include "frame/text.h"
 #include "oru/json.h"
 #include "oru/rc.h"
@@ -61,14 +62,8 @@ void grow(ORUDoStrbuf &buf, int32_t need) {
     buf.cur = buf.str + buf.len;
 }
 
-// Makes room for `more` bytes and the zero behind the text. False in the failed state, which no
-// later append leaves.
-bool ensure(ORUDoStrbuf &buf, int64_t more) {
-    if (buf.cur == nullptr)
-        return false;
+[[gnu::noinline]] bool grow_by(ORUDoStrbuf &buf, int64_t more) {
     const int64_t need = buf.len + more + 1;
-    if (buf.size >= need)
-        return true;
     if (need > INT32_MAX) {
         buf.cur = nullptr;
         return false;
@@ -77,12 +72,29 @@ bool ensure(ORUDoStrbuf &buf, int64_t more) {
     return buf.cur != nullptr;
 }
 
+// Makes room for `more` bytes and the zero behind the text. False in the failed state, which no
+// later append leaves.
+bool ensure(ORUDoStrbuf &buf, int64_t more) {
+    if (buf.cur == nullptr) [[unlikely]]
+        return false;
+    if (buf.size - buf.len > more) [[likely]]
+        return true;
+    return grow_by(buf, more);
+}
+
+// The text now ends at `end`: what was added stands in front of it already. The fields are written
+// before the zero, which for all that the compiler knows could stand in one of them.
+int32_t end_at(ORUDoStrbuf &buf, char *end) {
+    const int32_t len = buf.len + static_cast<int32_t>(end - buf.cur);
+    buf.cur = end;
+    buf.len = len;
+    *end = '\0';
+    return len;
+}
+
 // The text got `added` bytes longer: they stand at the cursor already.
 int32_t advance(ORUDoStrbuf &buf, size_t added) {
-    buf.cur += added;
-    *buf.cur = '\0';
-    buf.len += static_cast<int32_t>(added);
-    return buf.len;
+    return end_at(buf, buf.cur + added);
 }
 
 const char *entity_of(char c) {
@@ -106,8 +118,7 @@ template <class Number>
 int32_t add_integer(ORUDoStrbuf &buf, Number n) {
     if (!ensure(buf, kRoomForInteger - 1))
         return -1;
-    const auto result = std::to_chars(buf.cur, buf.cur + kRoomForInteger - 1, n);
-    return advance(buf, static_cast<size_t>(result.ptr - buf.cur));
+    return end_at(buf, std::to_chars(buf.cur, buf.cur + kRoomForInteger - 1, n).ptr);
 }
 
 int32_t add_hex(ORUDoStrbuf &buf, const void *bytes, int32_t n, const char *sep, int32_t group,
@@ -130,7 +141,7 @@ int32_t add_hex(ORUDoStrbuf &buf, const void *bytes, int32_t n, const char *sep,
         *out++ = digits[byte[i] >> 4];
         *out++ = digits[byte[i] & 0xf];
     }
-    return advance(buf, static_cast<size_t>(out - buf.cur));
+    return end_at(buf, out);
 }
 
 constexpr char kUpperDigits[] = "0123456789ABCDEF";
@@ -146,7 +157,7 @@ void oru::ObjectType<ORUDoStrbuf>::release_members(ORUDoStrbuf &self) {
 bool oru::strbuf_append(ORUDoStrbuf &buf, std::string_view bytes) {
     if (!ensure(buf, static_cast<int64_t>(bytes.size())))
         return false;
-    bytes.copy(buf.cur, bytes.size());  // which may be none, at no address
+    copy_bytes(buf.cur, bytes.data(), bytes.size());  // which may be none, at no address
     advance(buf, bytes.size());
     return true;
 }
@@ -226,9 +237,10 @@ int32_t oru_do_strbuf_add_string(ORUDoStrbuf *strbuf, const char *text) {
     ORU_REQUIRE(strbuf);
     ORU_REQUIRE(text);
     const std::string_view bytes(text);
-    if (bytes.empty() || !oru::strbuf_append(*strbuf, bytes))
+    if (bytes.empty() || !ensure(*strbuf, static_cast<int64_t>(bytes.size())))
         return -1;
-    return strbuf->len;
+    oru::copy_bytes(strbuf->cur, text, bytes.size());
+    return advance(*strbuf, bytes.size());
 }
 
 int32_t oru_do_strbuf_add_string_l(ORUDoStrbuf *strbuf, const char *text, int32_t n) {
@@ -260,8 +272,9 @@ int32_t oru_do_strbuf_add_char(ORUDoStrbuf *strbuf, int32_t c) {
     ORU_REQUIRE(strbuf);
     if (!ensure(*strbuf, 1))
         return -1;
-    *strbuf->cur = static_cast<char>(c);
-    return advance(*strbuf, 1);
+    char *at = strbuf->cur;
+    *at = static_cast<char>(c);
+    return end_at(*strbuf, at + 1);
 }
 
 int32_t oru_do_strbuf_add_string_encode_for_sql(ORUDoStrbuf *strbuf, const char *text) {

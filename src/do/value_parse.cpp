@@ -28,16 +28,32 @@ ORUDoValue *fail(int32_t *errp, int32_t rc) {
     return nullptr;
 }
 
-// The check that all number parsers share: `errno` was clear before the call.
+// The check that all number parsers share: `errno` was clear before all else.
 void check_number(const char *text, const char *end, int32_t *errp) {
     if (errno != 0 || end == text || *end != '\0')
         *errp = ORU_RC_VALUE_TYPE;
 }
 
+// What nearly all texts are: digits behind a minus or none, so few that the number fits. All other
+// texts, blanks and mistakes among them, are the C library's.
+bool read_plain_integer(const char *text, int64_t *out_n) {
+    constexpr ptrdiff_t kDigitsThatFit = 18;
+    const bool is_negative = *text == '-';
+    const char *const first = is_negative ? text + 1 : text;
+    const char *at = first;
+    int64_t n = 0;
+    for (; static_cast<unsigned>(*at - '0') <= 9; ++at) {
+        if (at - first == kDigitsThatFit)
+            return false;
+        n = n * 10 + (*at - '0');
+    }
+    *out_n = is_negative ? -n : n;
+    return at != first && *at == '\0';
+}
+
 template <class Parse>
 auto parse_integer(Parse *parse, const char *text, int32_t *errp) {
     char *end = nullptr;
-    errno = 0;
     const auto n = parse(text, &end, 10);
     check_number(text, end, errp);
     return n;
@@ -46,7 +62,6 @@ auto parse_integer(Parse *parse, const char *text, int32_t *errp) {
 template <class Parse>
 auto parse_real(Parse *parse, const char *text, int32_t *errp) {
     char *end = nullptr;
-    errno = 0;
     const auto x = parse(text, &end);
     check_number(text, end, errp);
     return x;
@@ -77,12 +92,17 @@ ORUDoValue *new_integer(int32_t type, int64_t n) {
     }
 }
 
+[[gnu::noinline]] int64_t read_any_integer(const char *text, int32_t type, int32_t *errp) {
+    if (type == ORU_DO_TYPE_UNSIGNED_INT || type == ORU_DO_TYPE_UNSIGNED_LONG)
+        return static_cast<int64_t>(parse_integer(std::strtoul, text, errp));
+    return parse_integer(std::strtol, text, errp);
+}
+
 // A status that the caller brought stops an integer too.
 ORUDoValue *integer_from_text(const char *text, int32_t type, int32_t *errp) {
-    const bool wide_unsigned =
-        type == ORU_DO_TYPE_UNSIGNED_INT || type == ORU_DO_TYPE_UNSIGNED_LONG;
-    const int64_t n = wide_unsigned ? static_cast<int64_t>(parse_integer(std::strtoul, text, errp))
-                                    : parse_integer(std::strtol, text, errp);
+    int64_t n = 0;
+    if (!read_plain_integer(text, &n)) [[unlikely]]
+        n = read_any_integer(text, type, errp);
     return *errp == ORU_OK ? new_integer(type, n) : nullptr;
 }
 
@@ -203,19 +223,14 @@ ORUDoValue *bits_from_text(const char *text, int32_t *errp) {
     return oru_do_value_new_bits(list.get());
 }
 
-ORUDoValue *value_from_text(const char *text, int32_t type, int32_t *errp) {
+bool is_parsed_as_integer(int32_t type) {
+    return oru::is_integer_type(type) || type == ORU_DO_TYPE_DATETIME ||
+           type == ORU_DO_TYPE_DURATION;
+}
+
+// All types but those that are parsed as integers.
+[[gnu::noinline]] ORUDoValue *other_from_text(const char *text, int32_t type, int32_t *errp) {
     switch (type) {
-        case ORU_DO_TYPE_UNSIGNED_BYTE:
-        case ORU_DO_TYPE_BYTE:
-        case ORU_DO_TYPE_UNSIGNED_SHORT:
-        case ORU_DO_TYPE_SHORT:
-        case ORU_DO_TYPE_UNSIGNED_INT:
-        case ORU_DO_TYPE_INT:
-        case ORU_DO_TYPE_UNSIGNED_LONG:
-        case ORU_DO_TYPE_LONG:
-        case ORU_DO_TYPE_DATETIME:
-        case ORU_DO_TYPE_DURATION:
-            return integer_from_text(text, type, errp);
         // A text that is no number still makes a value, beside the status.
         case ORU_DO_TYPE_FLOAT:
             return oru_do_value_new_float(parse_real(std::strtof, text, errp));
@@ -259,7 +274,9 @@ ORUDoValue *oru_do_value_new_from_string_fmt(const char *text, int32_t type,
         return formatter->parse(formatter->context, text, type, errp);
     ORU_REQUIRE(text);
     ORU_REQUIRE(errp);
-    return value_from_text(text, type, errp);
+    errno = 0;
+    return is_parsed_as_integer(type) ? integer_from_text(text, type, errp)
+                                      : other_from_text(text, type, errp);
 }
 
 ORUDoValue *oru_do_value_new_from_conversion(ORUDoValue *val, int32_t type, int32_t *errp) {
