@@ -31,6 +31,7 @@
 
 #include "oru/act_meta.h"
 #include "oru/base.h"
+#include "oru/condition.h"
 #include "oru/constraint.h"
 #include "oru/dtl.h"
 #include "oru/dtree.h"

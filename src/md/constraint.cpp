@@ -20,20 +20,9 @@ void constraint_list_text(ORUDoConstraintList *list, int32_t, ORUDoStrbuf *strbu
 
 }  // namespace
 
-void oru::ObjectType<ORUDoCondition>::release_members(ORUDoCondition &self) {
-    const Text expr(self.expr);
-}
-
 void oru::ObjectType<ORUDoConstraint>::release_members(ORUDoConstraint &self) {
     const Text text(self.constraint_str);
     oru_do_condition_deref(self.condition);
-}
-
-oru::Ref<ORUDoCondition> oru::make_condition(const char *text) {
-    auto condition = make_ref<ORUDoCondition>();
-    if (condition && (condition->expr = duplicate(text)) == nullptr)
-        return {};
-    return condition;
 }
 
 oru::Ref<ORUDoConstraint> oru::make_constraint(ORUDoCondition *condition, const char *text) {
@@ -45,13 +34,6 @@ oru::Ref<ORUDoConstraint> oru::make_constraint(ORUDoCondition *condition, const 
     constraint->condition = ref(condition);
     return constraint;
 }
-
-const char *oru_do_condition_get_expr(ORUDoCondition *condition) {
-    ORU_REQUIRE(condition);
-    return condition->expr;
-}
-
-ORU_OBJECT_API(ORUDoCondition, oru_do_condition)
 
 const char *oru_do_constraint_get_str(ORUDoConstraint *constraint) {
     ORU_REQUIRE(constraint);

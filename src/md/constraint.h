@@ -1,14 +1,10 @@
-// The records of constraints, of their conditions and of their list. A constraint carries its text.
+// The records of constraints and of their list.
 #ifndef ORU_SRC_MD_CONSTRAINT_H
 #define ORU_SRC_MD_CONSTRAINT_H
 
+#include "md/condition.h"
 #include "md/meta_list.h"
 #include "oru/constraint.h"
-
-struct ORUDoCondition {
-    uint32_t ref;
-    char *expr;
-};
 
 struct ORUDoConstraint {
     uint32_t ref;
@@ -21,14 +17,6 @@ struct ORUDoConstraintList {
     oru::MetaListItem<ORUDoConstraint> *last;
     uint32_t count;
     uint32_t ref;
-};
-
-template <>
-struct oru::ObjectType<ORUDoCondition> {
-    static constexpr const char *name = "oru_do_condition";
-    static constexpr Tag tag = Tag::cond;
-    static auto &count(ORUDoCondition &self) { return self.ref; }
-    static void release_members(ORUDoCondition &self);
 };
 
 template <>
@@ -55,8 +43,7 @@ struct oru::ObjectType<ORUDoConstraintList> {
 
 namespace oru {
 
-// Both take a copy of the text. Null when memory runs out.
-Ref<ORUDoCondition> make_condition(const char *text);
+// Takes a copy of the text. Null when memory runs out.
 Ref<ORUDoConstraint> make_constraint(ORUDoCondition *condition, const char *text);
 
 }  // namespace oru

@@ -1,6 +1,7 @@
 target_sources(oruapi PRIVATE
   md/act_meta.cpp
   md/attr.cpp
+  md/condition.cpp
   md/constraint.cpp
   md/load.cpp
   md/lookup.cpp

@@ -5,7 +5,7 @@
 #include "frame/require.h"
 #include "frame/text.h"
 #include "md/tokens.h"
-#include "oru/constraint.h"
+#include "oru/condition.h"
 #include "oru/rc.h"
 
 namespace {

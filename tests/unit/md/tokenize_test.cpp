@@ -1,6 +1,6 @@
 // Tokens of conditions and constraints, by every character that means something.
 #include <gtest/gtest.h>
-#include <oru/constraint.h>
+#include <oru/condition.h>
 #include <oruplatform/poolheap.h>
 
 #include <string>
