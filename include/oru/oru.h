@@ -55,6 +55,7 @@
 #include "oru/properties.h"
 #include "oru/properties_list.h"
 #include "oru/queue.h"
+#include "oru/range.h"
 #include "oru/rc.h"
 #include "oru/session.h"
 #include "oru/strbuf.h"

@@ -15,6 +15,9 @@ target_sources(oruapi PRIVATE
   md/package.cpp
   md/prop_meta.cpp
   md/prop_meta_list.cpp
+  md/range.cpp
+  md/range_eval.cpp
+  md/range_parse.cpp
   md/reader.cpp
   md/reader_access.cpp
   md/reader_action.cpp

@@ -132,6 +132,7 @@ constexpr PoolRow kPools[] = {
     {"oru_do_properties_list", 22, 0},
     {"oru_do_prop_meta", 23, 0},
     {"oru_do_prop_meta_list", 24, 0},
+    {"oru_do_range", 25, 0},
     {"oru_do_strbuf", 26, 0},
     {"oru_do_uri", 27, 0},
     {"oru_do_uri_misc", 28, 128},

@@ -1,0 +1,45 @@
+// The record of a range.
+#ifndef ORU_SRC_MD_RANGE_H
+#define ORU_SRC_MD_RANGE_H
+
+#include "frame/object.h"
+#include "oru/range.h"
+
+struct oru_range_el {
+    ORUDoValue *lower;  // never null
+    ORUDoValue *upper;
+    oru_range_el *next;
+    int32_t op;
+};
+
+struct ORUDoRange {
+    char *range_str;  // the text it was made from, or a cache that readers fill
+    oru_range_el *first_el;
+    uint32_t ref;
+    int32_t typecode;
+    oru_range_el *last_el;
+};
+
+template <>
+struct oru::ObjectType<oru_range_el> {
+    static constexpr const char *name = "oru_do_range_el";
+    static constexpr Tag tag = Tag::range_el;
+};
+
+template <>
+struct oru::ObjectType<ORUDoRange> {
+    static constexpr const char *name = "oru_do_range";
+    static constexpr Tag tag = Tag::range;
+    static auto &count(ORUDoRange &self) { return self.ref; }
+    static void release_members(ORUDoRange &self);
+};
+
+namespace oru {
+
+// A value as metadata writes it: JSON in braces, a string with or without quotes around it, or the
+// text form of the type. Empty, with a code or without memory, when it is none.
+Ref<ORUDoValue> value_from_constraint_text(const char *text, int32_t typecode, int32_t &code);
+
+}  // namespace oru
+
+#endif
