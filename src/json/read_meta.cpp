@@ -111,7 +111,8 @@ void *constraint_deser(ORUDoJsonCtxData *ctx, Element *element) {
     const Item *condition_item = find_item(*element, "condition", kText);
     const Text text = copy_of(*text_item);
     const Text expr = condition_item != nullptr ? copy_of(*condition_item) : Text();
-    const auto condition = expr ? make_condition(expr.get()) : Ref<ORUDoCondition>();
+    const auto condition =
+        Ref<ORUDoCondition>::adopt(expr ? oru_do_condition_new(expr.get()) : nullptr);
     const bool whole = text && (condition_item == nullptr || condition);
     return finished(ctx,
                     whole ? make_constraint(condition.get(), text.get()) : Ref<ORUDoConstraint>());

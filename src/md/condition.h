@@ -2,6 +2,8 @@
 #ifndef ORU_SRC_MD_CONDITION_H
 #define ORU_SRC_MD_CONDITION_H
 
+#include <cstring>
+
 #include "frame/object.h"
 #include "oru/condition.h"
 #include "oru/util.h"
@@ -46,6 +48,12 @@ struct ORUDoCondition {
 };
 
 template <>
+struct oru::ObjectType<oru::ConditionNode> {
+    static constexpr const char *name = "oru_condition_node";
+    static constexpr Tag tag = Tag::cond_misc;
+};
+
+template <>
 struct oru::ObjectType<ORUDoCondition> {
     static constexpr const char *name = "oru_do_condition";
     static constexpr Tag tag = Tag::cond;
@@ -55,8 +63,19 @@ struct oru::ObjectType<ORUDoCondition> {
 
 namespace oru {
 
-// Takes a copy of the text. Null when memory runs out.
-Ref<ORUDoCondition> make_condition(const char *text);
+// A condition that is an empty group of all, without a text. Null when memory runs out.
+Ref<ORUDoCondition> make_condition();
+
+// Deletes a node, the siblings behind it, and what is below them.
+void free_nodes(ConditionNode *first);
+
+// Compiles the first token of a leaf; says so when it cannot.
+void compile_regex(ConditionNode &leaf);
+
+// How much of the name of a where item is the property: an operator may stand behind it.
+inline size_t where_name_length(const char *name) {
+    return std::strcspn(name, " <=>");
+}
 
 }  // namespace oru
 

@@ -51,7 +51,7 @@ int32_t read_assert(const xmlNode *element, Ref<ORUDoConstraintList> &list) {
             continue;
         if (is_constraint)
             return add_constraint(list, condition.get(), content.text());
-        condition = oru::make_condition(content.text());
+        condition = Ref<ORUDoCondition>::adopt(oru_do_condition_new(content.text()));
         if (!condition) {
             ORU_TRACE(Level::failure, "oru_do_condition creation failed.\n");
             return ORU_RC_MALLOC;

@@ -19,31 +19,8 @@ namespace {
 
 using oru::Ref;
 using oru::Text;
+using oru::Tokens;
 using oru::TokenType;
-
-constexpr int32_t kMostTokens = 100;
-
-// The tokens of a constraint.
-struct Tokens {
-    char *texts[kMostTokens] = {};
-    int32_t types[kMostTokens] = {};
-    int32_t count = 0;
-
-    explicit Tokens(const char *text) {
-        int32_t code = 0;
-        count = oru_do_condition_tokenize(text, kMostTokens, texts, types, &code);
-    }
-    Tokens(const Tokens &) = delete;
-    Tokens &operator=(const Tokens &) = delete;
-    ~Tokens() {
-        for (int32_t i = 0; i < count; ++i)
-            ph_free_named(texts[i]);
-    }
-
-    bool is(int32_t index, TokenType type) const {
-        return index < count && types[index] == static_cast<int32_t>(type);
-    }
-};
 
 bool is_address(int family, const char *text) {
     unsigned char bytes[16];

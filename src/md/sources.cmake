@@ -2,6 +2,9 @@ target_sources(oruapi PRIVATE
   md/act_meta.cpp
   md/attr.cpp
   md/condition.cpp
+  md/condition_eval.cpp
+  md/condition_parse.cpp
+  md/condition_where.cpp
   md/constraint.cpp
   md/load.cpp
   md/lookup.cpp

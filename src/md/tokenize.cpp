@@ -159,6 +159,17 @@ bool Tokenizer::emit_word() {
 
 }  // namespace
 
+oru::Tokens::Tokens(const char *text) {
+    count = oru_do_condition_tokenize(text, kMost, texts, types, &code);
+}
+
+oru::Tokens::~Tokens() {
+    for (int32_t i = 0; i < count; ++i) {
+        if (texts[i] != nullptr)
+            ph_free_named(texts[i]);
+    }
+}
+
 int32_t oru_do_condition_tokenize(const char *str, int32_t max_tokens, char **tokens,
                                   int32_t *types, int32_t *errp) {
     ORU_REQUIRE(str);

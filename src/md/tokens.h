@@ -1,4 +1,4 @@
-// Types of the tokens of conditions and constraints, by number.
+// The tokens of conditions and constraints.
 #ifndef ORU_SRC_MD_TOKENS_H
 #define ORU_SRC_MD_TOKENS_H
 
@@ -6,6 +6,7 @@
 
 namespace oru {
 
+// Types of tokens, by number.
 enum class TokenType : int32_t {
     word = 1,
     open = 2,
@@ -25,6 +26,26 @@ enum class TokenType : int32_t {
     ordered_by = 16,
     unique = 17,
     default_value = 18
+};
+
+// The first hundred tokens of a text, which is all that an expression may have.
+struct Tokens {
+    static constexpr int32_t kMost = 100;
+
+    char *texts[kMost] = {};  // a null stands where a text was taken over
+    int32_t types[kMost] = {};
+    int32_t count = 0;
+    int32_t code = 0;
+
+    explicit Tokens(const char *text);
+    Tokens(const Tokens &) = delete;
+    Tokens &operator=(const Tokens &) = delete;
+    ~Tokens();
+
+    TokenType type(int32_t index) const { return static_cast<TokenType>(types[index]); }
+    bool is(int32_t index, TokenType wanted) const {
+        return index < count && type(index) == wanted;
+    }
 };
 
 }  // namespace oru

@@ -121,10 +121,8 @@ TEST_F(Constraint, NullToTheListIsAnswered) {
     EXPECT_EQ(oru_do_constraint_list_get_len(nullptr), -1);
     EXPECT_EQ(oru_do_constraint_list_ref(nullptr), nullptr);
     EXPECT_EQ(oru_do_constraint_ref(nullptr), nullptr);
-    EXPECT_EQ(oru_do_condition_ref(nullptr), nullptr);
     oru_do_constraint_list_deref(nullptr);
     oru_do_constraint_deref(nullptr);
-    oru_do_condition_deref(nullptr);
 }
 
 TEST_F(Constraint, NullIsRefusedByName) {
@@ -132,7 +130,6 @@ TEST_F(Constraint, NullIsRefusedByName) {
     oru_do_iter_init(&iter);
     EXPECT_ASSERTION(oru_do_constraint_get_str(nullptr), "constraint");
     EXPECT_ASSERTION(oru_do_constraint_get_condition(nullptr), "constraint");
-    EXPECT_ASSERTION(oru_do_condition_get_expr(nullptr), "condition");
     EXPECT_ASSERTION(oru_do_constraint_list_get_constraint(nullptr, 0), "list");
     EXPECT_ASSERTION(oru_do_constraint_list_get_constraint_unconditional(nullptr), "list");
     EXPECT_ASSERTION(oru_do_constraint_list_clear(nullptr), "list");
