@@ -74,8 +74,8 @@ ORU_API ORUDoCondition *oru_do_condition_new_l(const char *str, int32_t length);
  * a value of another type than the first one's is left out.
  *
  * "LIKE" takes a string and makes a regular expression of it, in which "%" is "*", unless it is the
- * last character, and "%%" is "%" and the end; with another value it adds nothing. One that does not
- * compile is false, traced at level 3 as "Failed to compile regex\n". An item with an unknown
+ * last character, and "%%" is "%" and the end; with another value it adds nothing. One that does
+ * not compile is false, traced at level 3 as "Failed to compile regex\n". An item with an unknown
  * operator is false too.
  *
  * Null only when there is no memory for the condition itself. When memory runs out afterwards the
