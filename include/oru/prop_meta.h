@@ -8,6 +8,7 @@
 #ifndef ORU_PROP_META_H
 #define ORU_PROP_META_H
 
+#include "oru/constraint.h"
 #include "oru/iter.h"
 #include "oru/types.h"
 
@@ -27,10 +28,6 @@ enum { ORU_REF_NONE = 0, ORU_REF_CHILD = 1, ORU_REF_PARENT = 2, ORU_REF_PEER = 3
 
 /* How many values or resources there are. */
 enum { ORU_MULTIPLICITY_ONE = 1, ORU_MULTIPLICITY_MANY = 2 };
-
-/* Gives the value of an enumeration's label by its qualified name, `package/type.label`; lent. Null
-   when there is no such label. */
-typedef ORUDoValue *(*ORUDoEnumResolver)(const char *qualified_name);
 
 /* ---- Making ---- */
 

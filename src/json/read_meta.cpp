@@ -109,13 +109,16 @@ void *constraint_deser(ORUDoJsonCtxData *ctx, Element *element) {
     if (text_item == nullptr)
         return nullptr;
     const Item *condition_item = find_item(*element, "condition", kText);
-    const Text text = copy_of(*text_item);
-    const Text expr = condition_item != nullptr ? copy_of(*condition_item) : Text();
-    const auto condition =
-        Ref<ORUDoCondition>::adopt(expr ? oru_do_condition_new(expr.get()) : nullptr);
-    const bool whole = text && (condition_item == nullptr || condition);
-    return finished(ctx,
-                    whole ? make_constraint(condition.get(), text.get()) : Ref<ORUDoConstraint>());
+    const auto condition = Ref<ORUDoCondition>::adopt(
+        condition_item != nullptr
+            ? oru_do_condition_new_l(condition_item->scalar.text, condition_item->scalar_len)
+            : nullptr);
+    const bool whole = condition_item == nullptr || condition;
+    return finished(
+        ctx, Ref<ORUDoConstraint>::adopt(whole ? oru_do_constraint_new_l(condition.get(),
+                                                                         text_item->scalar.text,
+                                                                         text_item->scalar_len)
+                                               : nullptr));
 }
 
 void *constraint_list_deser(ORUDoJsonCtxData *ctx, Element *element) {

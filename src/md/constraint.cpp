@@ -4,18 +4,52 @@
 #include <cstring>
 
 #include "do/print.h"
+#include "do/value.h"
 #include "frame/text.h"
+#include "oru/name.h"
 #include "oru/strbuf.h"
+#include "oru/typedef_meta.h"
 
 namespace {
+
+using oru::Text;
 
 // Printing hands on an indent, which these texts do not have.
 void constraint_text(ORUDoConstraint *constraint, int32_t, ORUDoStrbuf *strbuf) {
     oru_do_constraint_to_strbuf(constraint, strbuf);
 }
 
-void constraint_list_text(ORUDoConstraintList *list, int32_t, ORUDoStrbuf *strbuf) {
-    oru_do_constraint_list_to_strbuf(list, strbuf);
+// Everything that comes from reading the text.
+void release_parts(ORUDoConstraint &constraint) {
+    oru_do_range_deref(std::exchange(constraint.size, nullptr));
+    oru_do_range_deref(std::exchange(constraint.values, nullptr));
+    oru_do_range_deref(std::exchange(constraint.strlen, nullptr));
+    const Text pattern(std::exchange(constraint.regex_str, nullptr));
+    oru::free_regex(constraint.regex);
+    constraint.ordered_by_user = 0;
+    constraint.unique = 0;
+    oru_do_value_deref(std::exchange(constraint.default_value, nullptr));
+}
+
+int32_t type_of(ORUDoTypedefMeta *meta) {
+    switch (oru_do_typedef_meta_get_category(meta)) {
+        case ORU_TYPEDEF_SIMPLE:
+            return oru_do_typedef_meta_get_simple_type(meta);
+        case ORU_TYPEDEF_ENUM:
+            return ORU_DO_TYPE_ENUMERATION;
+        case ORU_TYPEDEF_SEQUENCE:
+            return ORU_DO_TYPE_SEQUENCE;
+        default:
+            return ORU_DO_TYPE_CHOICE;
+    }
+}
+
+// A built-in type has the empty name, which is none.
+void stamp(ORUDoValue *value, ORUDoTypedefMeta *meta) {
+    ORUDoName *name = oru_do_typedef_meta_get_name(meta);
+    const char *text = name != nullptr ? oru_do_name_get_strname(name) : "";
+    if (value != nullptr && *text != '\0')
+        oru_do_value_set_typedef_name(value, text);
 }
 
 }  // namespace
@@ -23,30 +57,79 @@ void constraint_list_text(ORUDoConstraintList *list, int32_t, ORUDoStrbuf *strbu
 void oru::ObjectType<ORUDoConstraint>::release_members(ORUDoConstraint &self) {
     const Text text(self.constraint_str);
     oru_do_condition_deref(self.condition);
+    release_parts(self);
 }
 
-oru::Ref<ORUDoConstraint> oru::make_constraint(ORUDoCondition *condition, const char *text) {
-    auto constraint = make_ref<ORUDoConstraint>();
-    if (!constraint || (constraint->constraint_str = duplicate(text)) == nullptr)
-        return {};
-    char *end = constraint->constraint_str + std::strlen(text);
-    *std::remove(constraint->constraint_str, end, ' ') = '\0';
-    constraint->condition = ref(condition);
-    return constraint;
+ORUDoConstraint *oru_do_constraint_new(ORUDoCondition *condition, const char *str) {
+    return oru_do_constraint_new_t(condition, str, ORU_DO_TYPE_UNKNOWN, nullptr);
 }
 
-const char *oru_do_constraint_get_str(ORUDoConstraint *constraint) {
+ORUDoConstraint *oru_do_constraint_new_l(ORUDoCondition *condition, const char *str,
+                                         int32_t length) {
+    return oru_do_constraint_new_l_t(condition, str, length, ORU_DO_TYPE_UNKNOWN, nullptr);
+}
+
+ORUDoConstraint *oru_do_constraint_new_t(ORUDoCondition *condition, const char *str,
+                                         int32_t typecode, ORUDoEnumResolver resolver) {
+    ORU_REQUIRE(str);
+    return oru_do_constraint_new_l_t(condition, str, static_cast<int32_t>(std::strlen(str)),
+                                     typecode, resolver);
+}
+
+ORUDoConstraint *oru_do_constraint_new_l_t(ORUDoCondition *condition, const char *str,
+                                           int32_t length, int32_t typecode,
+                                           ORUDoEnumResolver resolver) {
+    ORU_REQUIRE(str);
+    if (length < 0)
+        return nullptr;
+    auto constraint = oru::make_ref<ORUDoConstraint>();
+    if (!constraint)
+        return nullptr;
+    char *text = oru::duplicate(str, static_cast<size_t>(length));
+    if (text == nullptr)
+        return nullptr;
+    *std::remove(text, text + std::strlen(text), ' ') = '\0';
+    constraint->constraint_str = text;
+    constraint->condition = oru_do_condition_ref(condition);
+    constraint->typecode = ORU_DO_TYPE_UNKNOWN;
+    oru::parse_constraint(*constraint, typecode, resolver);
+    return constraint.release();
+}
+
+void oru_do_constraint_set_typedef_meta(ORUDoConstraint *constraint, ORUDoTypedefMeta *typedef_meta,
+                                        ORUDoEnumResolver resolver) {
     ORU_REQUIRE(constraint);
-    return constraint->constraint_str;
+    if (typedef_meta == nullptr)
+        return;
+    release_parts(*constraint);
+    oru::parse_constraint(*constraint, type_of(typedef_meta), resolver);
+    stamp(constraint->default_value, typedef_meta);
 }
 
-ORUDoCondition *oru_do_constraint_get_condition(ORUDoConstraint *constraint) {
+#define ORU_CONSTRAINT_GETTER(Type, suffix, expression)                \
+    Type oru_do_constraint_get_##suffix(ORUDoConstraint *constraint) { \
+        ORU_REQUIRE(constraint);                                       \
+        return constraint->expression;                                 \
+    }
+
+ORU_CONSTRAINT_GETTER(const char *, str, constraint_str)
+ORU_CONSTRAINT_GETTER(ORUDoCondition *, condition, condition)
+ORU_CONSTRAINT_GETTER(ORUDoRange *, size, size)
+ORU_CONSTRAINT_GETTER(ORUDoRange *, values, values)
+ORU_CONSTRAINT_GETTER(ORUDoRange *, strlen, strlen)
+ORU_CONSTRAINT_GETTER(const char *, regex, regex_str)
+ORU_CONSTRAINT_GETTER(ORUDoValue *, default_value, default_value)
+
+int32_t oru_do_constraint_get_type(ORUDoConstraint *constraint) {
     ORU_REQUIRE(constraint);
-    return constraint->condition;
+    if (constraint->default_value == nullptr)
+        return ORU_CONSTRAINT_NO_DEFAULT;
+    return constraint->condition != nullptr ? ORU_CONSTRAINT_CONDITIONAL_DEFAULT
+                                            : ORU_CONSTRAINT_DEFAULT;
 }
 
 void oru_do_constraint_to_strbuf(ORUDoConstraint *constraint, ORUDoStrbuf *strbuf) {
-    if (constraint == nullptr || constraint->constraint_str == nullptr)
+    if (constraint == nullptr)
         return;
     if (constraint->condition != nullptr) {
         oru_do_strbuf_add_string(strbuf, "Condition: ");
@@ -63,34 +146,3 @@ int32_t oru_do_print_constraint(FILE *stream, int32_t tabs, ORUDoConstraint *con
 }
 
 ORU_OBJECT_API(ORUDoConstraint, oru_do_constraint)
-
-int32_t oru_do_constraint_list_add(ORUDoConstraintList *list, ORUDoConstraint *constraint) {
-    return list != nullptr ? oru::meta_list_append(*list, constraint) : -1;
-}
-
-int32_t oru_do_constraint_list_get_len(ORUDoConstraintList *list) {
-    return list != nullptr ? static_cast<int32_t>(list->count) : -1;
-}
-
-ORUDoConstraint *oru_do_constraint_list_get_constraint(ORUDoConstraintList *list, int32_t index) {
-    ORU_REQUIRE(list);
-    return oru::meta_list_at(*list, index);
-}
-
-ORUDoConstraint *oru_do_constraint_list_get_constraint_unconditional(ORUDoConstraintList *list) {
-    ORU_REQUIRE(list);
-    return oru::meta_list_find(
-        *list, [](const ORUDoConstraint &constraint) { return constraint.condition == nullptr; });
-}
-
-void oru_do_constraint_list_to_strbuf(ORUDoConstraintList *list, ORUDoStrbuf *strbuf) {
-    for (auto *item = list != nullptr ? list->first : nullptr; item != nullptr; item = item->next)
-        oru_do_constraint_to_strbuf(item->object, strbuf);
-}
-
-int32_t oru_do_print_constraint_list(FILE *stream, int32_t tabs, ORUDoConstraintList *list) {
-    return oru::print_object<constraint_list_text>(stream, tabs, list);
-}
-
-ORU_META_LIST_API(ORUDoConstraintList, ORUDoConstraint, oru_do_constraint_list,
-                  DO_COLL_MR_META_LIST)

@@ -4,12 +4,23 @@
 
 #include "md/condition.h"
 #include "md/meta_list.h"
+#include "md/range.h"
 #include "oru/constraint.h"
+#include "oru/util.h"
 
 struct ORUDoConstraint {
     uint32_t ref;
     char *constraint_str;  // without blanks
     ORUDoCondition *condition;
+    ORUDoRange *size;
+    ORUDoRange *values;
+    ORUDoRange *strlen;
+    char *regex_str;
+    oru_regexp *regex;
+    int32_t ordered_by_user;
+    int32_t unique;
+    ORUDoValue *default_value;
+    int32_t typecode;  // -3, whatever type the text was read with
 };
 
 struct ORUDoConstraintList {
@@ -43,8 +54,11 @@ struct oru::ObjectType<ORUDoConstraintList> {
 
 namespace oru {
 
-// Takes a copy of the text. Null when memory runs out.
-Ref<ORUDoConstraint> make_constraint(ORUDoCondition *condition, const char *text);
+// Fills the parts of a constraint, which has none yet, from its text.
+void parse_constraint(ORUDoConstraint &constraint, int32_t typecode, ORUDoEnumResolver resolver);
+
+// Frees a compiled pattern with its holder; null is ignored.
+void free_regex(oru_regexp *&regex);
 
 }  // namespace oru
 

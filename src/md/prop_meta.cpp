@@ -91,9 +91,10 @@ void oru_do_prop_meta_set_ref_role(ORUDoPropMeta *meta, int32_t ref_role) {
 }
 
 void oru_do_prop_meta_set_typedef_meta(ORUDoPropMeta *meta, ORUDoTypedefMeta *typedef_meta,
-                                       ORUDoEnumResolver) {
+                                       ORUDoEnumResolver resolver) {
     ORU_REQUIRE(meta);
     meta->typedef_meta = oru_do_typedef_meta_ref(typedef_meta);
+    oru_do_constraint_list_set_typedef_meta(meta->constraint_list, typedef_meta, resolver);
 }
 
 void oru_do_prop_meta_set_constraint_list(ORUDoPropMeta *meta,

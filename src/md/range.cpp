@@ -4,7 +4,6 @@
 
 #include "do/strbuf.h"
 #include "do/value.h"
-#include "frame/text.h"
 #include "oru/rc.h"
 
 namespace {
@@ -65,20 +64,19 @@ void write_element(const oru_range_el &el, ORUDoStrbuf *strbuf) {
     }
 }
 
+// What a buffer holds, unless something of it is missing.
+Text text_of(ORUDoStrbuf &strbuf) {
+    const bool whole = oru_do_strbuf_get_err(&strbuf) == 0;
+    return Text(whole ? oru::duplicate(oru_do_strbuf_to_string(&strbuf)) : nullptr);
+}
+
 Text text_of_elements(const ORUDoRange &range) {
     const auto strbuf = Ref<ORUDoStrbuf>::adopt(oru_do_strbuf_new());
     if (!strbuf)
         return Text();
     for (auto *el = range.first_el; el != nullptr; el = el->next)
         write_element(*el, strbuf.get());
-    const char *text = oru_do_strbuf_to_string(strbuf.get());
-    const bool whole = oru_do_strbuf_get_err(strbuf.get()) == 0 && text != nullptr;
-    return Text(whole ? oru::duplicate(text) : nullptr);
-}
-
-bool is_one_without_upper(const ORUDoRange &range) {
-    const auto *el = range.first_el;
-    return el != nullptr && el->next == nullptr && el->upper == nullptr;
+    return text_of(*strbuf);
 }
 
 }  // namespace
@@ -92,6 +90,14 @@ void oru::ObjectType<ORUDoRange>::release_members(ORUDoRange &self) {
         free_element(el);
         el = next;
     }
+}
+
+Text oru::text_of_value(ORUDoValue *value) {
+    const auto strbuf = Ref<ORUDoStrbuf>::adopt(oru_do_strbuf_new());
+    if (!strbuf)
+        return Text();
+    oru_do_value_to_strbuf(value, 0, strbuf.get());
+    return text_of(*strbuf);
 }
 
 ORUDoRange *oru_do_range_new_t(int32_t typecode) {
@@ -133,12 +139,12 @@ int32_t oru_do_range_add_string(ORUDoRange *range, const char *text) {
 
 int32_t oru_do_range_is_single_value(ORUDoRange *range) {
     ORU_REQUIRE(range);
-    return is_one_without_upper(*range);
+    return oru::is_single_value(*range);
 }
 
 int32_t oru_do_range_has_strict_max_value(ORUDoRange *range) {
     ORU_REQUIRE(range);
-    return is_one_without_upper(*range);
+    return oru::is_single_value(*range);
 }
 
 ORUDoValue *oru_do_range_get_first_value(ORUDoRange *range) {

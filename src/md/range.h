@@ -3,6 +3,7 @@
 #define ORU_SRC_MD_RANGE_H
 
 #include "frame/object.h"
+#include "frame/text.h"
 #include "oru/range.h"
 
 struct oru_range_el {
@@ -36,9 +37,18 @@ struct oru::ObjectType<ORUDoRange> {
 
 namespace oru {
 
+// Whether there is exactly one element, without an upper bound. The op plays no part.
+inline bool is_single_value(const ORUDoRange &range) {
+    const auto *el = range.first_el;
+    return el != nullptr && el->next == nullptr && el->upper == nullptr;
+}
+
 // A value as metadata writes it: JSON in braces, a string with or without quotes around it, or the
 // text form of the type. Empty, with a code or without memory, when it is none.
 Ref<ORUDoValue> value_from_constraint_text(const char *text, int32_t typecode, int32_t &code);
+
+// The text form of a value; empty when memory runs out.
+Text text_of_value(ORUDoValue *value);
 
 }  // namespace oru
 

@@ -42,8 +42,8 @@ int32_t read_oper_definitions(const PackageReader &reader, const xmlNode *elemen
 int32_t read_mr_definitions(const PackageReader &reader, const xmlNode *element);
 
 // The `assert` children of an element, then its `constraint` attribute; appended to `list`, which
-// is made when there is something to append.
-int32_t read_assertions(const PackageReader &reader, const xmlNode *element,
+// is made when there is something to append. The type code is that of the element's values.
+int32_t read_assertions(const PackageReader &reader, const xmlNode *element, int32_t typecode,
                         Ref<ORUDoConstraintList> &list);
 
 // The same for a property: nothing is read from an empty element, and a failure is only told.

@@ -1,6 +1,7 @@
 // Constraints in packages: `assert` elements and `constraint` attributes.
 #include "frame/trace.h"
 #include "md/reader.h"
+#include "oru/md_lookup.h"
 #include "oru/rc.h"
 
 namespace {
@@ -25,13 +26,20 @@ class ElementText {
     xmlChar *text_;
 };
 
-int32_t add_constraint(Ref<ORUDoConstraintList> &list, ORUDoCondition *condition,
-                       const char *text) {
-    const auto constraint = oru::make_constraint(condition, text);
+// Constraints are read with the type of their element, and anew where that is resolved later.
+struct Target {
+    int32_t typecode;
+    Ref<ORUDoConstraintList> &list;
+};
+
+int32_t add_constraint(const Target &target, ORUDoCondition *condition, const char *text) {
+    const auto constraint = Ref<ORUDoConstraint>::adopt(
+        oru_do_constraint_new_t(condition, text, target.typecode, oru_md_get_enum_value_by_name));
     if (!constraint) {
         ORU_TRACE(Level::failure, "oru_do_constraint creation failed.\n");
         return ORU_RC_MALLOC;
     }
+    auto &list = target.list;
     if (!list)
         list = Ref<ORUDoConstraintList>::adopt(oru_do_constraint_list_new());
     if (!list || oru_do_constraint_list_add(list.get(), constraint.get()) < 0)
@@ -40,7 +48,7 @@ int32_t add_constraint(Ref<ORUDoConstraintList> &list, ORUDoCondition *condition
 }
 
 // One `assert`: the first `constraint` in it, guarded by the first `condition` in front of that.
-int32_t read_assert(const xmlNode *element, Ref<ORUDoConstraintList> &list) {
+int32_t read_assert(const xmlNode *element, const Target &target) {
     Ref<ORUDoCondition> condition;
     for (const xmlNode *child : oru::XmlChildren(element)) {
         const bool is_constraint = oru::xml_is(child, "constraint");
@@ -50,7 +58,7 @@ int32_t read_assert(const xmlNode *element, Ref<ORUDoConstraintList> &list) {
         if (content.text() == nullptr)
             continue;
         if (is_constraint)
-            return add_constraint(list, condition.get(), content.text());
+            return add_constraint(target, condition.get(), content.text());
         condition = Ref<ORUDoCondition>::adopt(oru_do_condition_new(content.text()));
         if (!condition) {
             ORU_TRACE(Level::failure, "oru_do_condition creation failed.\n");
@@ -62,17 +70,18 @@ int32_t read_assert(const xmlNode *element, Ref<ORUDoConstraintList> &list) {
 
 }  // namespace
 
-int32_t oru::read_assertions(const PackageReader &reader, const xmlNode *element,
+int32_t oru::read_assertions(const PackageReader &reader, const xmlNode *element, int32_t typecode,
                              Ref<ORUDoConstraintList> &list) {
+    const Target target{typecode, list};
     for (const xmlNode *child : XmlChildren(element)) {
         if (!xml_is(child, "assert"))
             continue;
         const ElementPlace place(reader, child);
-        if (const int32_t code = read_assert(child, list); code != ORU_OK)
+        if (const int32_t code = read_assert(child, target); code != ORU_OK)
             return code;
     }
     const XmlAttribute constraint(element, "constraint");
-    return constraint ? add_constraint(list, nullptr, constraint.text()) : ORU_OK;
+    return constraint ? add_constraint(target, nullptr, constraint.text()) : ORU_OK;
 }
 
 void oru::read_prop_assertions(const PackageReader &reader, const xmlNode *element,
@@ -80,7 +89,7 @@ void oru::read_prop_assertions(const PackageReader &reader, const xmlNode *eleme
     if (element->children == nullptr)
         return;
     Ref<ORUDoConstraintList> list;
-    const int32_t code = read_assertions(reader, element, list);
+    const int32_t code = read_assertions(reader, element, prop->typecode, list);
     if (code != ORU_OK) {
         ORU_TRACE(Level::failure, "Error %d while parsing assert element", static_cast<int>(code));
     } else if (list) {

@@ -4,7 +4,6 @@
 #include "md/mr_meta.h"
 #include "md/reader.h"
 #include "md/records.h"
-#include "md/single_value.h"
 #include "oru/rc.h"
 #include "oru/value.h"
 
@@ -71,8 +70,11 @@ Ref<ORUDoPropMeta> new_key(const xmlNode *element, bool primary, int32_t index,
 
 // The only value that the first key with such a constraint can have selects this resource.
 void take_const_key(MrReader &mr, const ORUDoPropMeta &key) {
-    if (!mr.const_key && key.constraint_list != nullptr)
-        mr.const_key = oru::single_value(*key.constraint_list->first->object, key.typecode);
+    if (mr.const_key || key.constraint_list == nullptr)
+        return;
+    const ORUDoRange *values = key.constraint_list->first->object->values;
+    if (values != nullptr && oru::is_single_value(*values))
+        mr.const_key = oru::text_of_value(values->first_el->lower);
 }
 
 int32_t read_key(MrReader &mr, const xmlNode *element) {

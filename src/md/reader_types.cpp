@@ -18,10 +18,10 @@ int32_t code_of_type(const XmlAttribute &type) {
     return type ? oru_do_get_typecode_by_typestr(type.text()) : ORU_DO_TYPE_UNKNOWN;
 }
 
-int32_t read_constraints(const PackageReader &reader, const xmlNode *element,
+int32_t read_constraints(const PackageReader &reader, const xmlNode *element, int32_t typecode,
                          ORUDoConstraintList *&out) {
     oru::Ref<ORUDoConstraintList> list;
-    const int32_t code = oru::read_assertions(reader, element, list);
+    const int32_t code = oru::read_assertions(reader, element, typecode, list);
     if (code == ORU_OK)
         out = list.release();
     return code;
@@ -29,7 +29,7 @@ int32_t read_constraints(const PackageReader &reader, const xmlNode *element,
 
 int32_t read_simple(const PackageReader &reader, const xmlNode *element, ORUMdTypedefMeta &type) {
     type.typecode = code_of_type(XmlAttribute(element, "base"));
-    return read_constraints(reader, element, type.constraint_list);
+    return read_constraints(reader, element, type.typecode, type.constraint_list);
 }
 
 int32_t add_label(ORUMdTypedefMeta &type, const char *label, int32_t number) {
@@ -66,7 +66,7 @@ int32_t read_member(const PackageReader &reader, const xmlNode *element, ORUMdTy
         oru_md_add_complex_el_meta(&type, name.text(), type_name.text(), code_of_type(type_name));
     if (member == nullptr)
         return ORU_RC_MALLOC;
-    return read_constraints(reader, element, member->constraint_list);
+    return read_constraints(reader, element, member->typecode, member->constraint_list);
 }
 
 int32_t read_complex(const PackageReader &reader, const xmlNode *element, ORUMdTypedefMeta &type) {

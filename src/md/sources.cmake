@@ -6,6 +6,10 @@ target_sources(oruapi PRIVATE
   md/condition_parse.cpp
   md/condition_where.cpp
   md/constraint.cpp
+  md/constraint_bounds.cpp
+  md/constraint_eval.cpp
+  md/constraint_list.cpp
+  md/constraint_parse.cpp
   md/load.cpp
   md/lookup.cpp
   md/lookup_within.cpp
@@ -30,7 +34,6 @@ target_sources(oruapi PRIVATE
   md/reader_types.cpp
   md/resolve.cpp
   md/scan.cpp
-  md/single_value.cpp
   md/store.cpp
   md/tokenize.cpp
   md/typed_value.cpp

@@ -10,37 +10,12 @@
 
 #include "tests/support/death.h"
 #include "tests/support/oom.h"
-#include "tests/support/owned.h"
 #include "tests/support/trace_capture.h"
+#include "tests/unit/md/range_support.h"
 
 namespace {
 
 using namespace oru::test;
-
-using Range = std::unique_ptr<ORUDoRange, Deref<oru_do_range_deref>>;
-
-enum : int32_t { kUnknown = -3, kInt = 5, kLong = 7, kString = 8, kDouble = 11 };
-
-std::string text_of(ORUDoValue *value) {
-    if (value == nullptr)
-        return "-";
-    const Strbuf strbuf(oru_do_strbuf_new());
-    oru_do_value_to_strbuf(value, 0, strbuf.get());
-    return oru_do_strbuf_to_string(strbuf.get());
-}
-
-// All elements as "op type:lower..upper", for looking at them as they are.
-std::string elements(const Range &range) {
-    std::string out;
-    for (auto *el = oru_do_range_get_range_el(range.get()); el != nullptr;
-         el = oru_do_range_get_next_range_el(el)) {
-        auto *lower = oru_do_range_el_get_lower(el);
-        out += (out.empty() ? "" : ", ") + std::to_string(oru_do_range_el_get_op(el)) + " " +
-               std::to_string(oru_do_value_get_type(lower)) + ":" + text_of(lower) + ".." +
-               text_of(oru_do_range_el_get_upper(el));
-    }
-    return out;
-}
 
 std::string parsed(const char *text, int32_t type = kUnknown) {
     return elements(Range(oru_do_range_new_s_t(type, text)));
