@@ -1,6 +1,7 @@
 // Values against the types that metadata gives: references, and texts that came from outside.
 #include "do/nvlist.h"
 #include "do/value.h"
+#include "do/vlist.h"
 #include "frame/require.h"
 #include "frame/trace.h"
 #include "oru/md_lookup.h"
@@ -10,7 +11,6 @@
 #include "oru/properties.h"
 #include "oru/rc.h"
 #include "oru/value.h"
-#include "oru/vlist.h"
 
 namespace {
 
@@ -22,12 +22,11 @@ int32_t check_ref_type(ORUDoPropMeta *prop, ORUDoValue *value) {
     if (oru_do_prop_meta_get_multiplicity(prop) < ORU_MULTIPLICITY_MANY)
         return ORU_RC_TYPE_MISMATCH;
     int32_t status = ORU_OK;
-    ORUDoVlist *elements = oru_do_value_get_array(value, &status);
-    if (status != ORU_OK || elements == nullptr)
+    const ORUDoVlist *elements = oru_do_value_get_array(value, &status);
+    if (elements == nullptr)
         return ORU_RC_TYPE_COMPATIBILITY;
-    const int32_t count = oru_do_vlist_get_len(elements);
-    for (int32_t i = 0; i < count; ++i) {
-        const int32_t code = check_ref_type(prop, oru_do_vlist_get_value(elements, i));
+    for (auto *item = elements->first; item != nullptr; item = item->next) {
+        const int32_t code = check_ref_type(prop, item->value);
         if (code != ORU_OK)
             return code;
     }
