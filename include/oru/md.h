@@ -342,6 +342,12 @@ ORU_API ORUDoConstraintList *oru_md_get_attr_constraints(ORUMdAttrMeta *attr_met
 ORU_API int32_t oru_md_has_ref_constraints(ORUMdRefMeta *ref_meta);
 ORU_API ORUDoConstraintList *oru_md_get_ref_constraints(ORUMdRefMeta *ref_meta);
 
+/* The first of these constraints that applies to the property's name and the properties of the
+   resource, which may be null, see oru/constraint.h; borrowed. Null when none does. */
+ORU_API ORUDoConstraint *oru_md_get_attr_constraint(ORUMdAttrMeta *attr_meta,
+                                                    ORUDoProperties *props);
+ORU_API ORUDoConstraint *oru_md_get_ref_constraint(ORUMdRefMeta *ref_meta, ORUDoProperties *props);
+
 /* The name of the type that the attribute's was resolved to, borrowed; null for null and for a
    built-in type. */
 ORU_API const char *oru_md_get_type_name(ORUMdAttrMeta *attr_meta);

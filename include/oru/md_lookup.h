@@ -112,6 +112,39 @@ ORU_API ORUMdMrMeta *oru_md_get_mr_meta_by_uri(ORUDoUri *uri, int32_t last_segs,
 /* ---- Values ---- */
 
 /*
+ * Whether a value fits an attribute, by its type and the constraints of its type and its own.
+ * `props` are the properties of the resource, for the conditions of constraints; null is accepted.
+ * Asserts "attr_meta". A null value passes the check of the type; the constraints decide.
+ *
+ * The result is 0 or the first that applies:
+ * 112, the attribute has no description, or its enumeration is given no enumeration;
+ * 117, the label is none of the enumeration's;
+ * 118, the type is another, traced at level 3 as "type %d violates constraint for \"%s\" (expected
+ *   %d)\n"; a property "entIdx" passes all the same;
+ * 119, the number does not fit the attribute's type; an attribute of many values is given no array,
+ *   or an element of another type than its own;
+ * 120, 130, the members of a choice or sequence are not those of its type; 101 or 10000 when they
+ *   cannot be read, traced at level 3 as "Failed to extract choice value (rc=%d)\n" and "Failed to
+ *   extract sequence value (rc=%d)\n";
+ * 113 to 116 of `oru_do_constraint_eval`.
+ *
+ * Numbers of one kind may be of another width. Of the other floating type, 0 and negative numbers
+ * are refused with 119. Texts, enumerations and URIs of resources pass for each other. Within a
+ * choice or sequence only the names of the members count.
+ */
+ORU_API int32_t oru_md_eval_attr_constraint(ORUMdAttrMeta *attr_meta, ORUDoValue *value,
+                                            ORUDoProperties *props);
+
+/*
+ * Whether a resource with these properties may be created: 133 when an attribute of its
+ * configuration is missing whose first constraint without a condition has a `size` of one element
+ * without an upper bound (`oru_do_range_has_strict_max_value`), else 0. `message` is not written.
+ * Asserts "mr_meta" and "message".
+ */
+ORU_API int32_t oru_md_eval_mr_constraint(ORUMdMrMeta *mr_meta, ORUDoProperties *props,
+                                          char **message);
+
+/*
  * Whether the value has the type of the reference: 0; 118 when not; 119 for a reference to many
  * whose value is no array. The elements of an array are checked one by one. Asserts "ref_meta" and
  * "value".

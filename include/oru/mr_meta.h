@@ -85,6 +85,20 @@ ORU_API ORUDoActMetaList *oru_do_mr_meta_get_act_meta_list(ORUDoMrMeta *meta);
 /* The action of that name, or null. Asserts "name" where there are actions. */
 ORU_API ORUDoActMeta *oru_do_mr_meta_get_act_meta(ORUDoMrMeta *meta, const char *name);
 
+/*
+ * Tells which further properties are needed to evaluate the conditions on those of a request. With
+ * `kind` -1 all of `props` count, and of their constraints those without a default; with 1 those of
+ * `props` that are null, and the constraints with a conditional default. The names that the
+ * conditions read and that `props` lacks are added to `*extra_prop_names`; a null one becomes a new
+ * list, which is the caller's, when there is a name to add.
+ *
+ * The result is 0; 107 for a property that the description does not know, traced at level 3 as
+ * "Unable to find prop meta for %s\n", built-in attributes excepted; 10002 when memory runs out.
+ * Asserts "mr_meta", "props" and "extra_prop_names".
+ */
+ORU_API int32_t oru_do_mr_meta_get_cond_prop_names(ORUDoMrMeta *mr_meta, ORUDoProperties *props,
+                                                   int32_t kind, ORUDoNlist **extra_prop_names);
+
 /* The descriptions of what implements a library resource, or null. Asserts "lib_meta". */
 ORU_API ORUDoMrMetaList *oru_do_mr_meta_get_impl_mr_meta(ORUDoMrMeta *lib_meta);
 

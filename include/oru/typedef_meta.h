@@ -55,6 +55,11 @@ ORU_API int32_t oru_do_typedef_meta_get_simple_type(ORUDoTypedefMeta *meta);
 /* The constraints of a simple type; null when it has none and for the other categories. */
 ORU_API ORUDoConstraintList *oru_do_typedef_meta_get_constraint_list(ORUDoTypedefMeta *meta);
 
+/* The first of these constraints that applies, see `oru_do_constraint_list_appl_constraint`; null
+   when none does. */
+ORU_API ORUDoConstraint *oru_do_typedef_meta_get_constraint(ORUDoTypedefMeta *meta, ORUDoName *name,
+                                                            ORUDoProperties *props);
+
 /* The labels of an enumeration, the members of a sequence, those of a choice; null for every other
    category. */
 ORU_API ORUDoNvlist *oru_do_typedef_meta_get_enums(ORUDoTypedefMeta *meta);

@@ -1,8 +1,18 @@
 // The attributes, keys and references of resources in the store.
 #include "frame/require.h"
 #include "md/records.h"
+#include "oru/constraint.h"
 #include "oru/md.h"
 #include "oru/prop_meta.h"
+
+namespace {
+
+ORUDoConstraint *first_applicable(ORUDoConstraintList *list, ORUDoName *name,
+                                  ORUDoProperties *props) {
+    return list != nullptr ? oru_do_constraint_list_appl_constraint(list, name, props) : nullptr;
+}
+
+}  // namespace
 
 ORUMdAttrMeta *oru_md_new_attr_meta(ORUDoName *attr_name, ORUDoName *group_name,
                                     ORUDoPropMeta *do_prop_meta) {
@@ -84,6 +94,16 @@ int32_t oru_md_has_ref_constraints(ORUMdRefMeta *ref_meta) {
 ORUDoConstraintList *oru_md_get_ref_constraints(ORUMdRefMeta *ref_meta) {
     ORU_REQUIRE(ref_meta);
     return oru_do_prop_meta_get_constraint_list(ref_meta->prop_meta);
+}
+
+ORUDoConstraint *oru_md_get_attr_constraint(ORUMdAttrMeta *attr_meta, ORUDoProperties *props) {
+    ORU_REQUIRE(attr_meta);
+    return first_applicable(oru_md_get_attr_constraints(attr_meta), attr_meta->name, props);
+}
+
+ORUDoConstraint *oru_md_get_ref_constraint(ORUMdRefMeta *ref_meta, ORUDoProperties *props) {
+    ORU_REQUIRE(ref_meta);
+    return first_applicable(oru_md_get_ref_constraints(ref_meta), ref_meta->name, props);
 }
 
 const char *oru_md_get_type_name(ORUMdAttrMeta *attr_meta) {

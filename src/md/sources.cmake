@@ -10,6 +10,7 @@ target_sources(oruapi PRIVATE
   md/constraint_eval.cpp
   md/constraint_list.cpp
   md/constraint_parse.cpp
+  md/eval.cpp
   md/load.cpp
   md/lookup.cpp
   md/lookup_within.cpp
@@ -17,6 +18,7 @@ target_sources(oruapi PRIVATE
   md/mr.cpp
   md/mr_list.cpp
   md/mr_meta.cpp
+  md/mr_meta_cond.cpp
   md/mr_meta_list.cpp
   md/mr_meta_props.cpp
   md/package.cpp
@@ -36,6 +38,7 @@ target_sources(oruapi PRIVATE
   md/scan.cpp
   md/store.cpp
   md/tokenize.cpp
+  md/type_check.cpp
   md/typed_value.cpp
   md/typedef.cpp
   md/typedef_meta.cpp

@@ -108,6 +108,12 @@ ORUDoConstraintList *oru_do_typedef_meta_get_constraint_list(ORUDoTypedefMeta *m
     return simple != nullptr ? simple->constraint_list : nullptr;
 }
 
+ORUDoConstraint *oru_do_typedef_meta_get_constraint(ORUDoTypedefMeta *meta, ORUDoName *name,
+                                                    ORUDoProperties *props) {
+    ORUDoConstraintList *list = oru_do_typedef_meta_get_constraint_list(meta);
+    return list != nullptr ? oru_do_constraint_list_appl_constraint(list, name, props) : nullptr;
+}
+
 ORUDoNvlist *oru_do_typedef_meta_get_enums(ORUDoTypedefMeta *meta) {
     ORU_REQUIRE(meta);
     return meta->category == ORU_TYPEDEF_ENUM ? meta->enums : nullptr;
