@@ -1,257 +1,160 @@
-// Any text as a URI: parsed, read in every way, escaped and back, derived from and compared. What
-// one way of reading a URI gives has to agree with the others.
+// Three lines, each any text as a URI: parsed, read in every way, escaped and back, derived from
+// and compared. What one way of reading a URI gives has to agree with the others, and what a maker
+// makes of parts has to parse back to them.
+#include "tests/fuzz/uri_fuzz.h"
+
 #include <oruplatform/poolheap.h>
 
-#include <cstdio>
-#include <cstdlib>
-#include <cstring>
-#include <memory>
-#include <string>
+#include <algorithm>
 
-#include "oru/name.h"
-#include "oru/nvlist.h"
-#include "oru/strbuf.h"
-#include "oru/uri.h"
 #include "oru/uri_derive.h"
-#include "oru/value.h"
-
-#define CHECK(condition)                                                 \
-    do {                                                                 \
-        if (!(condition)) {                                              \
-            std::fprintf(stderr, "line %d: " #condition "\n", __LINE__); \
-            std::abort();                                                \
-        }                                                                \
-    } while (false)
 
 namespace {
 
-struct Release {
-    void operator()(ORUDoUri *object) const { oru_do_uri_deref(object); }
-    void operator()(ORUDoNvlist *object) const { oru_do_nvlist_deref(object); }
-    void operator()(ORUDoValue *object) const { oru_do_value_deref(object); }
-    void operator()(ORUDoName *object) const { oru_do_name_deref(object); }
-    void operator()(ORUDoStrbuf *object) const { oru_do_strbuf_deref(object); }
-    void operator()(char *text) const { oru_do_uri_str_free(text); }
-};
-
-using Uri = std::unique_ptr<ORUDoUri, Release>;
-using Keys = std::unique_ptr<ORUDoNvlist, Release>;
-using Value = std::unique_ptr<ORUDoValue, Release>;
-using Name = std::unique_ptr<ORUDoName, Release>;
-using Buffer = std::unique_ptr<ORUDoStrbuf, Release>;
-using OwnText = std::unique_ptr<char, Release>;
-
-constexpr size_t kNameRoom = 64;
-
-std::string text_of(const Uri &uri) {
-    return oru_do_uri_get_uri_str(uri.get());
-}
+using namespace fuzz;
 
 // ---- Texts alone ----
-
-std::string escaped(const std::string &text) {
-    const Buffer buf(oru_do_strbuf_new());
-    CHECK(oru_do_uri_escape_str(text.c_str(), buf.get()) == 0);
-    return oru_do_strbuf_to_string(buf.get());
-}
-
-std::string unescaped(const std::string &text) {
-    const Buffer buf(oru_do_strbuf_new());
-    CHECK(oru_do_uri_unescape_str(text.c_str(), buf.get()) == 0);
-    return oru_do_strbuf_to_string(buf.get());
-}
 
 void try_escaping(const std::string &text) {
     const std::string safe = escaped(text);
     CHECK(safe.find_first_of("/?;= ") == std::string::npos);
     CHECK(unescaped(safe) == text);
     CHECK(unescaped(text).size() <= text.size());
+    const Bytes bytes(text);
+    CHECK(safe == printed([&](ORUDoStrbuf *buf) {
+              oru_do_uri_escape_str_l(bytes.get(), bytes.size(), buf);
+          }));
+    CHECK(unescaped(text) == printed([&](ORUDoStrbuf *buf) {
+              oru_do_uri_unescape_str_l(bytes.get(), bytes.size(), buf);
+          }));
 }
 
 void try_texts(const std::string &text) {
-    const char *relative = oru_do_uri_get_relative_str(text.c_str());
+    const Text block(text);
+    const char *uri = block.get();
+    const char *relative = oru_do_uri_get_relative_str(uri);
     CHECK(relative == nullptr || text.ends_with(relative));
-    CHECK(oru_do_uri_str_is_absolute(text.c_str()) + oru_do_uri_str_is_infix(text.c_str()) < 2);
-    const OwnText absolute(oru_do_uri_str_new_absolute(text.c_str(), "//l;i=1"));
-    CHECK(oru_do_uri_str_is_infix(text.c_str()) == 1 && !text.empty()
+    CHECK(oru_do_uri_str_is_absolute(uri) + oru_do_uri_str_is_infix(uri) < 2);
+    CHECK((oru_do_uri_str_is_root(uri) == 1) == (text == "//"));
+    const OwnText absolute(oru_do_uri_str_new_absolute(uri, "//l;i=1"));
+    CHECK(oru_do_uri_str_is_infix(uri) == 1 && !text.empty()
               ? text == absolute.get()
               : oru_do_uri_str_is_absolute(absolute.get()) == 1);
-    const Uri member(oru_do_uri_new_from_coll_uri_str(text.c_str(), nullptr));
+    const Uri member(oru_do_uri_new_from_coll_uri_str(uri, nullptr));
     CHECK((member != nullptr) == (text.find('?') != std::string::npos));
+    const Uri behind(oru_do_uri_new_relative(uri));
+    CHECK((behind != nullptr) == (relative != nullptr));
+    CHECK(behind == nullptr || text_of(behind) == relative);
 }
 
-// ---- Reading ----
-
-void read_keys(ORUDoUriSegment *segment) {
-    ORUDoNvlist *keys = oru_do_uri_segment_get_keys(segment);
-    const int32_t count = keys != nullptr ? oru_do_nvlist_get_len(keys) : 0;
-    for (int32_t i = -1; i <= count; ++i) {
-        int32_t rc = 0;
-        const Value text(oru_do_uri_segment_get_key_w_type(segment, i, ORU_DO_TYPE_STRING, &rc));
-        CHECK((text != nullptr) == (i >= 0 && i < count));
-        CHECK(text != nullptr || rc == 10000);
-        const Value number(oru_do_uri_segment_get_key_w_type(segment, i, ORU_DO_TYPE_LONG, &rc));
-    }
+void try_copies_of_text(const std::string &text) {
+    const Bytes bytes(text);
+    const Uri counted(oru_do_uri_new_l(bytes.get(), bytes.size()));
+    const Uri formatted(oru_do_uri_new_fmt("%s", Text(text).get()));
+    CHECK(text_of(counted) == text && text_of(formatted) == text);
+    CHECK(printed([&](ORUDoStrbuf *buf) { oru_do_uri_to_strbuf(counted.get(), 1, buf); }) ==
+          "\t" + text);
 }
 
-void read_last_keys(ORUDoUri *uri) {
-    ORUDoNvlist *keys = oru_do_uri_get_keys(uri);
-    const int32_t count = keys != nullptr ? oru_do_nvlist_get_len(keys) : 0;
-    for (int32_t i = 0; i < count; ++i) {
-        const char *name = oru_do_nvlist_item_get_name(oru_do_nvlist_get_item(keys, i));
-        CHECK(oru_do_uri_get_key(uri, i) != nullptr);
-        int32_t rc = 0;
-        const Value by_index(oru_do_uri_get_key_w_type(uri, i, ORU_DO_TYPE_STRING, &rc));
-        CHECK(by_index != nullptr && rc == 0);
-        const Value by_name(oru_do_uri_get_key_by_name_w_type(uri, name, ORU_DO_TYPE_STRING, &rc));
-        CHECK(by_name != nullptr && rc == 0);
+// ---- Texts that break the grammar ----
+
+// Too many segments and too long a name end the process when a URI is first read.
+bool may_be_read(const std::string &text) {
+    size_t length = 0;
+    for (const char c : text) {
+        length = c == '/' ? 0 : length + 1;
+        if (length > 63)
+            return false;
     }
+    return std::count(text.begin(), text.end(), '/') < URI_MAX_SEGMENTS;
 }
 
-// Every accessor, on any URI that may be parsed.
-void read(ORUDoUri *uri) {
-    const int32_t count = oru_do_uri_get_segment_count(uri);
-    CHECK(count >= -1 && count <= URI_MAX_SEGMENTS);
-    for (int32_t i = 0; i < count; ++i) {
-        ORUDoUriSegment *segment = oru_do_uri_get_segment(uri, i);
-        CHECK(std::strlen(oru_do_uri_segment_get_name(segment)) < kNameRoom);
-        const OwnText text(oru_do_uri_segment_get_str_copy(uri, segment));
-        read_keys(segment);
-    }
-    CHECK(oru_do_uri_get_segment(uri, count) == nullptr);
-    CHECK((oru_do_uri_get_segment_last(uri) != nullptr) == (count > 0));
-    read_last_keys(uri);
-    const char *query = oru_do_uri_get_query_part(uri);
-    CHECK(oru_do_uri_has_type_query_part(uri) == (query != nullptr && query[0] == ':'));
-    CHECK(oru_do_uri_get_coll_type(uri) >= 0 && oru_do_uri_get_coll_type(uri) <= 7);
-    char location[8];
-    oru_do_uri_get_location_str(uri, location, sizeof location);
-    oru_do_uri_is_at(uri, "1");
-    oru_do_uri_is_coll_uri(uri);
-    if (ORUDoUri *parent = oru_do_uri_get_parent_uri(uri)) {
-        oru_do_uri_get_segment_count(parent);
-        oru_do_uri_get_parent_uri(parent);
-    }
-}
-
-void same_model(ORUDoUri *a, ORUDoUri *b) {
-    const int32_t count = oru_do_uri_get_segment_count(a);
-    CHECK(count == oru_do_uri_get_segment_count(b));
-    for (int32_t i = 0; i < count; ++i) {
-        CHECK(std::strcmp(oru_do_uri_segment_get_name(oru_do_uri_get_segment(a, i)),
-                          oru_do_uri_segment_get_name(oru_do_uri_get_segment(b, i))) == 0);
-    }
-}
-
-// ---- Deriving ----
-
-void try_prefixes(ORUDoUri *uri) {
-    const std::string text = oru_do_uri_get_uri_str(uri);
-    for (int32_t depth = -1; depth <= URI_MAX_SEGMENTS + 1; ++depth) {
-        const char *rest = nullptr;
-        const Uri prefix(oru_do_uri_new_from_descendant(uri, depth, &rest));
-        if (!prefix)
-            continue;
-        CHECK(text_of(prefix) + rest == text);
-        read(prefix.get());
-    }
-}
-
-// A collection without a name that is too long, or a segment too many, for its members.
-bool has_members(ORUDoUri *coll) {
-    const char *query = oru_do_uri_get_query_part(coll);
-    return query == nullptr || (std::strlen(query) < kNameRoom &&
-                                oru_do_uri_get_segment_count(coll) < URI_MAX_SEGMENTS);
-}
-
-void try_collections(ORUDoUri *uri) {
-    for (const char *ref : {"c", static_cast<const char *>(nullptr)}) {
-        const Uri coll(oru_do_uri_new_coll(uri, ref));
-        if (!coll)
-            continue;
-        read(coll.get());
-        if (!has_members(coll.get()))
-            continue;
-        const Uri member(oru_do_uri_new_from_coll_uri(coll.get(), nullptr));
-        if (member)
-            read(member.get());
-    }
-    if (has_members(uri)) {
-        const Uri member(oru_do_uri_get_child_uri_from_coll_uri(uri));
-        if (member)
-            read(member.get());
-    }
-    const Uri wild(oru_do_uri_new_coll_wildcard(uri, "", "T"));
-    CHECK(wild != nullptr);
-}
-
-void try_children(ORUDoUri *uri, const std::string &value) {
-    const Value text(oru_do_value_new_string(value.c_str()));
-    const Keys keys(oru_do_nvlist_new_from_item("k", text.get()));
-    const Name name(oru_do_name_new("n"));
-    Uri child(oru_do_uri_new_from_parent_uri(uri, name.get(), keys.get()));
-    CHECK(child != nullptr);
-    if (oru_do_uri_get_segment_count(uri) >= URI_MAX_SEGMENTS)
+void try_bad(const std::string &text) {
+    if (!may_be_read(text))
         return;
-    read(child.get());
-    // What a maker knows of the segments is what a parse finds, a query part apart.
-    const Uri fresh(oru_do_uri_validate_new(oru_do_uri_get_uri_str(child.get())));
-    if (fresh && oru_do_uri_is_coll_uri(fresh.get()) == 0)
-        same_model(fresh.get(), child.get());
-    CHECK(oru_do_uri_get_parent_uri(child.get()) == uri);
-    const Uri grandchild(oru_do_uri_new_from_parent_uri(child.get(), name.get(), keys.get()));
-    CHECK(grandchild != nullptr);
-    if (oru_do_uri_get_segment_count(child.get()) < URI_MAX_SEGMENTS) {
-        read(grandchild.get());
-        try_prefixes(grandchild.get());
+    const Uri uri(oru_do_uri_new(Text(text).get()));
+    CHECK(oru_do_uri_get_segment_count(uri.get()) == 0);
+    CHECK(oru_do_uri_get_keys(uri.get()) == nullptr);
+    CHECK(oru_do_uri_get_key(uri.get(), 0) == nullptr);
+    CHECK(oru_do_uri_get_query_part(uri.get()) == nullptr);
+    CHECK(oru_do_uri_get_parent_uri(uri.get()) == nullptr);
+    read(uri.get());
+    CHECK(text_of(uri) == text);
+    const Uri raw(oru_do_uri_new_parse_unescape_key(Text(text).get()));
+    CHECK(raw == nullptr);
+}
+
+// ---- Comparing ----
+
+std::string behind_location(const std::string &text, bool *is_there) {
+    if (text.size() < 4 || !text.starts_with("//"))
+        return text;
+    const size_t slash = text.find('/', 2);
+    *is_there = slash != std::string::npos;
+    return *is_there ? text.substr(slash) : text;
+}
+
+void try_pair(const Uri &a, const Uri &b) {
+    CHECK((oru_do_uri_equals(a.get(), b.get()) == 1) == (text_of(a) == text_of(b)));
+    CHECK(oru_do_uri_equals(a.get(), b.get()) == oru_do_uri_equals(b.get(), a.get()));
+    bool both = true;
+    const std::string rest_a = behind_location(text_of(a), &both);
+    bool other = true;
+    const std::string rest_b = behind_location(text_of(b), &other);
+    both = both && other;
+    const int32_t relative = oru_do_uri_relative_equals(a.get(), b.get());
+    CHECK((relative == 1) == (both && rest_a == rest_b));
+    CHECK(relative == oru_do_uri_relative_equals(b.get(), a.get()));
+}
+
+void try_triple(const Uri (&uris)[3], int32_t (*equals)(ORUDoUri *, ORUDoUri *)) {
+    const auto same = [&](int i, int j) { return equals(uris[i].get(), uris[j].get()) == 1; };
+    for (int i = 0; i < 3; ++i) {
+        const int j = (i + 1) % 3;
+        const int k = (i + 2) % 3;
+        CHECK(!same(i, j) || !same(j, k) || same(i, k));
     }
 }
 
-void try_copies(ORUDoUri *uri) {
-    const Uri clone(oru_do_uri_clone(uri));
-    CHECK(oru_do_uri_equals(clone.get(), uri) == 1);
-    same_model(clone.get(), uri);
-    oru_do_uri_relative_equals(clone.get(), uri);
-    const Uri merged(oru_do_uri_new_from_merge(uri, "/x/y", 2, "z"));
-    CHECK(text_of(merged) == std::string("/x") + oru_do_uri_get_uri_str(uri) + "z");
-    const Uri root(oru_do_uri_new_absolute_root_from_uri(uri));
-    CHECK(root == nullptr || oru_do_uri_is_absolute(root.get()) == 1);
-    const Uri raw(oru_do_uri_new_parse_unescape_key(oru_do_uri_get_uri_str(uri)));
-    same_model(raw.get(), uri);
-}
-
-// A text that the parser takes as good.
-void try_good(const std::string &text) {
-    const Uri parsed(oru_do_uri_validate_new(text.c_str()));
-    const Uri lazy(oru_do_uri_new(text.c_str()));
-    try_prefixes(lazy.get());  // by the text alone
-    read(parsed.get());
-    same_model(parsed.get(), lazy.get());
-    try_copies(parsed.get());
-    try_prefixes(parsed.get());
-    try_collections(parsed.get());
-    try_children(parsed.get(), text);
+void try_comparing(const std::array<std::string, 3> &texts) {
+    const Uri uris[3] = {Uri(oru_do_uri_new(texts[0].c_str())),
+                         Uri(oru_do_uri_new(texts[1].c_str())),
+                         Uri(oru_do_uri_new(texts[2].c_str()))};
+    for (const Uri &a : uris) {
+        for (const Uri &b : uris)
+            try_pair(a, b);
+    }
+    try_triple(uris, oru_do_uri_equals);
+    try_triple(uris, oru_do_uri_relative_equals);
 }
 
 void try_text(const std::string &text) {
     try_escaping(text);
     try_texts(text);
-    const Uri good(oru_do_uri_validate_new(text.c_str()));
+    try_copies_of_text(text);
+    try_unparsed(text);
+    const Uri good(oru_do_uri_validate_new(Text(text).get()));
     if (good)
         try_good(text);
-    const Uri built(oru_do_uri_new_str("/", "a", "k", text.c_str()));
-    const Uri reparsed(oru_do_uri_validate_new(oru_do_uri_get_uri_str(built.get())));
-    CHECK(reparsed != nullptr);
-    int32_t rc = 0;
-    const char *value = oru_do_value_get_string(oru_do_uri_get_key(reparsed.get(), 0), &rc);
-    CHECK(rc == 0 && text == value);
+    else
+        try_bad(text);
+}
+
+void try_lines(std::array<std::string, 3> lines) {
+    for (std::string &line : lines) {
+        line = until_zero(line);
+        try_text(line);
+    }
+    try_comparing(lines);
+    try_builders(lines[0], lines[1]);
+    try_builders(lines[1], lines[2]);
 }
 
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     const uint64_t blocks = poolheap_live_blocks();
-    try_text(std::string(reinterpret_cast<const char *>(data), size).c_str());
+    try_lines(lines_of<3>(data, size));
     CHECK(poolheap_live_blocks() == blocks);
     return 0;
 }
