@@ -167,6 +167,21 @@ Value made(const Sample &sample, const std::string &raw) {
     }
 }
 
+// What stands behind the slashes of an address is its last byte.
+void check_prefix(const Sample &sample, const Value &value) {
+    const size_t start = sample.text.find_first_not_of('/');
+    const size_t slash = sample.text.find('/', start);
+    const size_t prefix = sample.text.find_first_not_of('/', slash);
+    if (sample.type != 101 || value == nullptr ||
+        sample.text.substr(start, slash - start).find_first_of(".:") == std::string::npos)
+        return;
+    const std::string bytes = bytes_of(value.get());
+    CHECK((bytes.size() == 5 || bytes.size() == 17) == (prefix < sample.text.size()));
+    if (prefix < sample.text.size())
+        CHECK(std::strtol(sample.text.c_str() + prefix, nullptr, 10) ==
+              static_cast<uint8_t>(bytes.back()));
+}
+
 void try_type_names(const Sample &sample) {
     const char *name = oru_do_get_typestr_by_typecode(sample.type);
     if (sample.type >= 0 && name != nullptr && std::strcmp(name, "__unknown__") != 0)
@@ -249,7 +264,9 @@ void try_lines(const std::array<std::string, 4> &lines, ORUDoMrMeta *meta) {
         const std::string raw = line.empty() ? line : line.substr(1);
         const Sample sample{type_of(line.empty() ? '\0' : line[0]), until_zero(raw)};
         try_text(sample, meta);
-        if (Value value = parsed(sample.type, sample.text))
+        Value value = parsed(sample.type, sample.text);
+        check_prefix(sample, value);
+        if (value)
             values.push_back(std::move(value));
         Value direct = made(sample, raw);
         if (direct && sample.text.size() == raw.size())
