@@ -69,11 +69,20 @@ Uri reparsed(const Uri &uri) {
     return again;
 }
 
+// A segment whose maker counts one character too many still ends with its text.
+void check_last_text(const Uri &uri) {
+    const OwnText last(
+        oru_do_uri_segment_get_str_copy(uri.get(), oru_do_uri_get_segment_last(uri.get())));
+    CHECK(text_of(uri).substr(text_of(uri).rfind('/') + 1) == last.get());
+}
+
 void check_made(const Uri &uri, const Plan &plan, size_t count, bool filled_in) {
     const Uri again = reparsed(uri);
     check_segments(again.get(), plan, count, false);
     check_typed_keys(again.get(), plan[count - 1]);
     check_segments(uri.get(), plan, count, filled_in);
+    check_last_text(again);
+    check_last_text(uri);
 }
 
 // ---- Makers ----
