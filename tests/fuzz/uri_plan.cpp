@@ -27,18 +27,34 @@ std::string clean(std::string text, const std::string &otherwise) {
 
 namespace {
 
+// A value that no text makes: the default, or one that holds the text.
+Value held(int32_t type, const std::string &text) {
+    const Value item(oru_do_value_new_string(text.c_str()));
+    const List list(oru_do_vlist_new());
+    oru_do_vlist_add(list.get(), item.get());
+    const Keys names(oru_do_nvlist_new_from_item("x", item.get()));
+    switch (type) {
+        case -2:
+            return Value(oru_do_value_new_default());
+        case 104:
+            return Value(oru_do_value_new_choice(names.get()));
+        case 105:
+            return Value(oru_do_value_new_sequence(names.get()));
+        case 106:
+            return Value(oru_do_value_new_array(list.get()));
+        default:
+            return nullptr;
+    }
+}
+
 // The letter in front chooses the type. What cannot be a value of it is a string.
 Value value_of(const std::string &text) {
     int32_t rc = 0;
     const int32_t type = text.empty() ? 8 : type_of(text[0]);
     const std::string rest = text.empty() ? text : text.substr(1);
-    if (type == 106) {
-        const List list(oru_do_vlist_new());
-        const Value item(oru_do_value_new_string(rest.c_str()));
-        oru_do_vlist_add(list.get(), item.get());
-        return Value(oru_do_value_new_array(list.get()));
-    }
     Value value(oru_do_value_new_from_string(Text(rest).get(), type, &rc));
+    if (!value)
+        value = held(type, rest);
     return value ? std::move(value) : Value(oru_do_value_new_string(text.c_str()));
 }
 
