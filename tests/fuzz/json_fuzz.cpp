@@ -6,17 +6,13 @@
 #include <oruplatform/poolheap.h>
 
 #include <cstdint>
-#include <cstdlib>
+
+#include "tests/fuzz/fuzz.h"
 
 namespace {
 
 constexpr int64_t kExpected[] = {0,        0x10000,  0x400100, 0x800102, 0x800103, 0x800104,
                                  0x800105, 0x80010F, 0x400114, 0x400115, 0x400119};
-
-void require(bool holds) {
-    if (!holds)
-        std::abort();
-}
 
 // Writes an object of the type, when there is a writer for it.
 bool write(int64_t type, void *object, ORUDoStrbuf *buf) {
@@ -59,7 +55,7 @@ bool write(int64_t type, void *object, ORUDoStrbuf *buf) {
 void read_written(ORUDoStrbuf *buf) {
     ORUDoJsonCtxData *ctx =
         oru_do_json_parse(oru_do_strbuf_to_string(buf), oru_do_strbuf_get_len(buf), 0);
-    require(ctx != nullptr);
+    CHECK(ctx != nullptr);
     oru_do_json_delete_ctx_data(ctx);
 }
 
@@ -73,12 +69,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     ORUDoJsonCtxData *ctx =
         oru_do_json_parse(reinterpret_cast<const char *>(data + 1), static_cast<int32_t>(size - 1),
                           kExpected[data[0] % kinds]);
-    require(ctx != nullptr);
+    CHECK(ctx != nullptr);
     ORUDoStrbuf *buf = oru_do_strbuf_new();
     if (ctx->completed_obj != nullptr && write(ctx->completed_type, ctx->completed_obj, buf))
         read_written(buf);
     oru_do_strbuf_deref(buf);
     oru_do_json_delete_ctx_data(ctx);
-    require(poolheap_live_blocks() == blocks);
+    CHECK(poolheap_live_blocks() == blocks);
     return 0;
 }

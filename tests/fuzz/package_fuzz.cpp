@@ -11,19 +11,11 @@
 #include <oruplatform/poolheap.h>
 #include <unistd.h>
 
-#include <cstdio>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <string>
 
-#define CHECK(condition)                                                 \
-    do {                                                                 \
-        if (!(condition)) {                                              \
-            std::fprintf(stderr, "line %d: " #condition "\n", __LINE__); \
-            std::abort();                                                \
-        }                                                                \
-    } while (false)
+#include "tests/fuzz/fuzz.h"
 
 // One thread needs no lock.
 extern "C" {
