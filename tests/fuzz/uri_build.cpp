@@ -202,6 +202,8 @@ void try_members(const Uri &coll, Plan &plan, const std::string &ref) {
     plan.back().keys.clear();
     const Uri bare(oru_do_uri_get_child_uri_from_coll_uri(coll.get()));
     check_made(bare, plan, plan.size(), false);
+    const OwnText bare_text(oru_do_uri_get_child_from_coll_uri(coll.get()));
+    CHECK(text_of(bare) == bare_text.get());
     const Uri back(oru_do_uri_new_coll(bare.get(), nullptr));
     CHECK(oru_do_uri_equals(back.get(), coll.get()) == 1);
     plan.pop_back();
@@ -246,6 +248,9 @@ void try_location(const Uri &uri, const std::string &text) {
     const Uri location(oru_do_uri_new(("//locations;locationId=" + id).c_str()));
     const Uri absolute(oru_do_uri_new_absolute(uri.get(), location.get()));
     CHECK(text_of(absolute) == text_of(location) + text_of(uri));
+    const Uri of_texts(oru_do_uri_new_absolute_from_uri_str(Text(text_of(uri)).get(),
+                                                            Text(text_of(location)).get()));
+    CHECK(oru_do_uri_equals(of_texts.get(), absolute.get()) == 1);
     const Uri relative(oru_do_uri_new_relative(text_of(absolute).c_str()));
     CHECK(oru_do_uri_equals(relative.get(), uri.get()) == 1);
     CHECK(oru_do_uri_relative_equals(absolute.get(), uri.get()) == 1);

@@ -52,6 +52,7 @@ void try_copies_of_text(const std::string &text) {
     const Uri counted(oru_do_uri_new_l(bytes.get(), bytes.size()));
     const Uri formatted(oru_do_uri_new_fmt("%s", Text(text).get()));
     CHECK(text_of(counted) == text && text_of(formatted) == text);
+    CHECK(oru_do_uri_is_root(counted.get()) == (text == "//"));
     CHECK(printed([&](ORUDoStrbuf *buf) { oru_do_uri_to_strbuf(counted.get(), 1, buf); }) ==
           "\t" + text);
 }

@@ -208,6 +208,13 @@ void check_formatter(ORUDoValue *value) {
               CHECK(oru_do_value_to_xml_opt("p", "n", value, buf, 3) == 6);
           }) == "pn43");
     oru_do_value_set_default_formatter(nullptr);
+    CHECK(printed([&](ORUDoStrbuf *buf) {
+              CHECK(oru_do_value_to_xml_fmt_opt("p", "n", value, &formatter, buf, 3) == 6);
+          }) == "pn43");
+    // One that is given and has no operation leaves the built-in one.
+    const ORUDoValueFormatter none = {0, nullptr, nullptr, nullptr};
+    CHECK(printed([&](ORUDoStrbuf *buf) { oru_do_value_to_strbuf_fmt(value, 0, &none, buf); }) ==
+          text_of(value));
 }
 
 }  // namespace

@@ -136,6 +136,9 @@ void try_formatter(const Sample &sample) {
     const Value value(oru_do_value_new_from_string(Text(sample.text).get(), sample.type, &rc));
     oru_do_value_set_default_formatter(nullptr);
     CHECK(rc == 11 && sample.text == oru_do_value_get_string(value.get(), &rc));
+    const Value given(
+        oru_do_value_new_from_string_fmt(Text(sample.text).get(), sample.type, &formatter, &rc));
+    CHECK(rc == 11 && same(value, given));
 }
 
 // A value straight from the bytes of the text, where its type can be made so.
