@@ -6,8 +6,25 @@
 
 namespace fuzz {
 
+struct Sample {
+    int32_t type;
+    std::string text;
+};
+
 // A value of the type from a text, null where there is none.
 Value parsed(int32_t type, const std::string &text);
+
+// A value straight from the bytes, where its type can be made so.
+Value made(const Sample &sample, const std::string &bytes);
+
+// A resource with an attribute of each type.
+MrMeta described_types();
+
+// Every other way to a value from the text has to agree.
+void try_making(const Sample &sample, ORUDoMrMeta *meta);
+
+// What stands behind the slashes of an address is its last byte.
+void check_prefix(const Sample &sample, const Value &value);
 
 std::string text_of(ORUDoValue *value);
 
