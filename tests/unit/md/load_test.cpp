@@ -37,7 +37,7 @@ TEST_F(Load, NetworkPackagesLoadWithoutAFailure) {
     ASSERT_NE(port, nullptr);
     EXPECT_EQ(text(oru_do_mr_meta_get_mr_fq_name(port->do_mr_meta)),
               "com.example.network:1.0/Port");
-    EXPECT_EQ(oru_do_mr_meta_get_prop_count(port->do_mr_meta), 14);
+    EXPECT_EQ(oru_do_mr_meta_get_prop_count(port->do_mr_meta), 15);
 }
 
 TEST_F(Load, LibrariesComeBeforeImplementations) {

@@ -50,7 +50,7 @@ TEST(StoreThreads, LoadAndReadSideBySide) {
             while (!done) {
                 read_once(kept, seen);
                 if (kept != nullptr) {
-                    EXPECT_EQ(oru_do_mr_meta_get_prop_count(kept), 14);
+                    EXPECT_EQ(oru_do_mr_meta_get_prop_count(kept), 15);
                 }
                 std::this_thread::yield();
             }
