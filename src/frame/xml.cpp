@@ -1,5 +1,6 @@
 #include "frame/xml.h"
 
+#include <libxml/SAX2.h>
 #include <libxml/parser.h>
 #include <libxml/parserInternals.h>
 #include <libxml/xmlerror.h>
@@ -41,6 +42,18 @@ void refuse_unparsed_entity(void *context, const xmlChar *, const xmlChar *, con
     refuse(context);
 }
 
+// A short document could repeat a long default without end, once for every element that leaves the
+// attribute out.
+void refuse_default(void *context, const xmlChar *element, const xmlChar *name, int type, int kind,
+                    const xmlChar *value, xmlEnumeration *words) {
+    if (value == nullptr) {
+        xmlSAX2AttributeDecl(context, element, name, type, kind, value, words);
+        return;
+    }
+    xmlFreeEnumeration(words);
+    refuse(context);
+}
+
 class Parser {
   public:
     Parser() : context_(xmlNewParserCtxt()) {
@@ -49,6 +62,7 @@ class Parser {
         context_->sax->serror = stay_silent;
         context_->sax->entityDecl = refuse_entity;
         context_->sax->unparsedEntityDecl = refuse_unparsed_entity;
+        context_->sax->attributeDecl = refuse_default;
     }
     ~Parser() { xmlFreeParserCtxt(context_); }
     Parser(const Parser &) = delete;

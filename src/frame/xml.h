@@ -1,5 +1,6 @@
-// XML documents from outside, read by libxml2: nothing is fetched, entities that a document
-// declares itself make it unreadable, nothing is printed, and nesting has the parser's own limit.
+// XML documents from outside, read by libxml2: nothing is fetched, entities and defaults of
+// attributes that a document declares itself make it unreadable, nothing is printed, and nesting
+// has the parser's own limit.
 #ifndef ORU_SRC_FRAME_XML_H
 #define ORU_SRC_FRAME_XML_H
 

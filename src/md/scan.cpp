@@ -2,6 +2,7 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <libxml/xmlversion.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -46,17 +47,32 @@ bool has_suffix(const char *name, const char *suffix) {
     return found != nullptr && found[std::strlen(suffix)] == '\0';
 }
 
+// Nobody waits for the other end of a pipe, nor for that of a device.
+std::FILE *open_without_waiting(const char *path) {
+    const int fd = open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+    std::FILE *file = fd >= 0 ? fdopen(fd, "r") : nullptr;
+    if (file == nullptr && fd >= 0)
+        close(fd);
+    return file;
+}
+
+bool is_regular(std::FILE *file) {
+    struct stat status;
+    return fstat(fileno(file), &status) == 0 && S_ISREG(status.st_mode);
+}
+
 // Looks into a file for the opening of its root element, which has to stand on one line with a
 // blank behind the name. `out_kind` is set to the kind of the package, 0 for none.
 int32_t peek(const char *path, int32_t &out_kind) {
-    std::FILE *file = std::fopen(path, "re");
+    std::FILE *file = open_without_waiting(path);
     if (file == nullptr) {
         ORU_TRACE(Level::failure, "Failed to open %s\n", path);
         return ORU_RC_GENERAL;
     }
     out_kind = 0;
+    const bool readable = is_regular(file);
     char chunk[128];
-    while (out_kind == 0 && std::fgets(chunk, sizeof chunk, file) != nullptr) {
+    while (readable && out_kind == 0 && std::fgets(chunk, sizeof chunk, file) != nullptr) {
         if (std::strstr(chunk, "<oru2dLib ") != nullptr)
             out_kind = ORU_MD_PKG_LIBRARY;
         else if (std::strstr(chunk, "<oru2dImpl ") != nullptr)
