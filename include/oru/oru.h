@@ -32,10 +32,12 @@
 #include "oru/act_meta.h"
 #include "oru/base.h"
 #include "oru/condition.h"
+#include "oru/config_op.h"
 #include "oru/constraint.h"
 #include "oru/dtl.h"
 #include "oru/dtree.h"
 #include "oru/error.h"
+#include "oru/event.h"
 #include "oru/hashtable.h"
 #include "oru/hex.h"
 #include "oru/iter.h"
@@ -57,6 +59,7 @@
 #include "oru/queue.h"
 #include "oru/range.h"
 #include "oru/rc.h"
+#include "oru/rows_properties.h"
 #include "oru/session.h"
 #include "oru/strbuf.h"
 #include "oru/thread.h"
@@ -68,6 +71,7 @@
 #include "oru/value.h"
 #include "oru/vlist.h"
 #include "oru/vtable.h"
+#include "oru/vtable_sorter.h"
 #include "oru/xml.h"
 
 #endif

@@ -24,6 +24,8 @@ ORU_API int32_t oru_do_print_properties_with_defaults(FILE *stream, int32_t tabs
                                                       ORUDoProperties *object);
 ORU_API int32_t oru_do_print_properties_list(FILE *stream, int32_t tabs,
                                              ORUDoPropertiesList *object);
+ORU_API int32_t oru_do_print_config_ops(FILE *stream, int32_t tabs, ORUDoConfigOps *object);
+ORU_API int32_t oru_do_print_event(FILE *stream, int32_t tabs, ORUDoEvent *object);
 ORU_API int32_t oru_do_print_vtable(FILE *stream, int32_t tabs, ORUDoVtable *object);
 ORU_API int32_t oru_do_print_vtable_with_defaults(FILE *stream, int32_t tabs, ORUDoVtable *object);
 

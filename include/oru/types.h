@@ -37,6 +37,8 @@ typedef struct ORUDoConfigOp ORUDoConfigOp;
 typedef struct ORUDoConfigOps ORUDoConfigOps;
 typedef struct ORUDoEvent ORUDoEvent;
 typedef struct ORUDoRowProperties ORUDoRowProperties;
+typedef struct ORUDoRowProperty ORUDoRowProperty;
+typedef struct ORUVtableSorter ORUVtableSorter;
 typedef struct ORUHashtable ORUHashtable;
 
 /* Descriptions from the metadata store. */

@@ -75,6 +75,14 @@ ORU_API int32_t oru_do_dtree_to_xml_tab(int32_t indent, const char *prefix, cons
 ORU_API int32_t oru_do_dtree_to_xml_opt(int32_t indent, const char *prefix, const char *err_prefix,
                                         ORUDoDtree *dtree, ORUDoStrbuf *strbuf, uint32_t opts);
 
+/*
+ * An element `wrapper`, "event" when it is null, with "name", "uri", "time", "severity" and "info",
+ * which holds the properties' element; empty where the event has no URI or info. Name and URI are
+ * not escaped. Asserts "event".
+ */
+ORU_API int32_t oru_do_event_to_xml(const char *prefix, const char *wrapper, ORUDoEvent *event,
+                                    ORUDoStrbuf *strbuf);
+
 ORU_END_DECLS
 
 #endif

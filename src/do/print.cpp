@@ -1,6 +1,8 @@
 #include "oru/print.h"
 
 #include "do/print.h"
+#include "oru/config_op.h"
+#include "oru/event.h"
 #include "oru/nlist.h"
 #include "oru/ntlist.h"
 #include "oru/nvlist.h"
@@ -21,6 +23,8 @@ ORU_PRINT_API(property, ORUDoProperty, property_to_strbuf)
 ORU_PRINT_API(properties, ORUDoProperties, properties_to_strbuf)
 ORU_PRINT_API(properties_with_defaults, ORUDoProperties, properties_to_strbuf_with_defaults)
 ORU_PRINT_API(properties_list, ORUDoPropertiesList, properties_list_to_strbuf)
+ORU_PRINT_API(config_ops, ORUDoConfigOps, config_ops_to_strbuf)
+ORU_PRINT_API(event, ORUDoEvent, event_to_strbuf)
 ORU_PRINT_API(vtable, ORUDoVtable, vtable_to_strbuf)
 ORU_PRINT_API(vtable_with_defaults, ORUDoVtable, vtable_to_strbuf_with_defaults)
 

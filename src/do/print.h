@@ -1,8 +1,9 @@
-// Printing to a stream, one way for all objects that have a text form.
+// Printing to a stream and logging, one way for all objects that have a text form.
 #ifndef ORU_SRC_DO_PRINT_H
 #define ORU_SRC_DO_PRINT_H
 
 #include "do/strbuf.h"
+#include "oru/logger.h"
 #include "oru/rc.h"
 
 namespace oru {
@@ -16,6 +17,34 @@ int32_t print_object(FILE *stream, int32_t tabs, Object *object) {
     ToStrbuf(object, tabs, strbuf.get());
     oru_do_strbuf_print_fp(strbuf.get(), stream);
     return ORU_OK;
+}
+
+// Prints `item` and those behind it, with the separator between them.
+template <class Item, class Print>
+void print_separated(const Item *item, const char *separator, ORUDoStrbuf *strbuf, Print &&print) {
+    for (; item != nullptr; item = item->next) {
+        print(*item);
+        if (item->next != nullptr)
+            oru_do_strbuf_add_string(strbuf, separator);
+    }
+}
+
+// Hands the text of an object to `log`. Without a buffer, or without its storage, there is none.
+template <auto ToStrbuf, class Object, class Log>
+void log_text(Object *object, Log &&log) {
+    const auto strbuf = Ref<ORUDoStrbuf>::adopt(oru_do_strbuf_new());
+    if (!strbuf || strbuf->str == nullptr)
+        return;
+    ToStrbuf(object, 0, strbuf.get());
+    log(strbuf->str);
+}
+
+// Sends the text to the tracer at one level, whatever level of the logger was asked for.
+template <auto ToStrbuf, class Object>
+void trace_text(Object *object, uint32_t level) {
+    if (oru_logger_get_level() < level)
+        return;
+    log_text<ToStrbuf>(object, [](const char *text) { ORU_TRACE(Level::detail, "%s\n", text); });
 }
 
 }  // namespace oru

@@ -3,33 +3,23 @@
 #include "do/nlist.h"
 #include "do/ntlist.h"
 #include "do/nvlist.h"
+#include "do/print.h"
 #include "do/properties.h"
 #include "do/properties_list.h"
-#include "do/strbuf.h"
 #include "do/vlist.h"
-#include "oru/logger.h"
 #include "oru/nlist.h"
 #include "oru/ntlist.h"
 #include "oru/nvlist.h"
 #include "oru/properties.h"
 #include "oru/properties_list.h"
-#include "oru/rc.h"
 #include "oru/value.h"
 #include "oru/vlist.h"
 
 namespace {
 
-using PrintValue = int32_t(ORUDoValue *, int32_t, ORUDoStrbuf *);
+using oru::print_separated;
 
-// Prints `item` and those behind it, with the separator between them.
-template <class Item, class Print>
-void print_separated(const Item *item, const char *separator, ORUDoStrbuf *strbuf, Print &&print) {
-    for (; item != nullptr; item = item->next) {
-        print(*item);
-        if (item->next != nullptr)
-            oru_do_strbuf_add_string(strbuf, separator);
-    }
-}
+using PrintValue = int32_t(ORUDoValue *, int32_t, ORUDoStrbuf *);
 
 void print_pair(const char *name, ORUDoValue *value, ORUDoStrbuf *strbuf, PrintValue *print_value) {
     oru_do_strbuf_add_string(strbuf, name);
@@ -57,16 +47,6 @@ int32_t print_property(ORUDoProperty *property, int32_t tabs, ORUDoStrbuf *strbu
     oru_do_strbuf_add_tab(strbuf, tabs);
     print_pair(property->name->str, property->value, strbuf, print_value);
     return ORU_OK;
-}
-
-// Hands the text of an object to `log`. Without a buffer, or without its storage, there is none.
-template <auto ToStrbuf, class Object, class Log>
-void log_text(Object *object, Log &&log) {
-    const auto strbuf = oru::Ref<ORUDoStrbuf>::adopt(oru_do_strbuf_new());
-    if (!strbuf || strbuf->str == nullptr)
-        return;
-    ToStrbuf(object, 0, strbuf.get());
-    log(strbuf->str);
 }
 
 int32_t print_properties(ORUDoProperties *props, ORUDoStrbuf *strbuf, PrintValue *print_value) {
@@ -156,19 +136,15 @@ int32_t oru_do_properties_list_to_strbuf(ORUDoPropertiesList *properties_list, i
     return ORU_OK;
 }
 
-// Goes to the tracer, whatever level the logger was asked for.
 void oru_do_vlist_trace(ORUDoVlist *vlist, uint32_t level) {
     ORU_REQUIRE(vlist);
-    if (oru_logger_get_level() >= level) {
-        log_text<oru_do_vlist_to_strbuf>(
-            vlist, [](const char *text) { ORU_TRACE(oru::Level::detail, "%s\n", text); });
-    }
+    oru::trace_text<oru_do_vlist_to_strbuf>(vlist, level);
 }
 
 void oru_do_properties_list_trace(ORUDoPropertiesList *list, uint32_t level) {
     ORU_REQUIRE(list);
     if (oru_logger_get_level() >= level) {
-        log_text<oru_do_properties_list_to_strbuf>(
+        oru::log_text<oru_do_properties_list_to_strbuf>(
             list, [level](const char *text) { _oru_log(level, "%s\n", text); });
     }
 }

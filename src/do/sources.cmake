@@ -1,10 +1,14 @@
 target_sources(oruapi PRIVATE
+  do/config_op.cpp
+  do/config_ops.cpp
+  do/config_ops_create.cpp
   do/dtree.cpp
   do/dtree_flatten.cpp
   do/dtree_lookup.cpp
   do/dtree_visit.cpp
   do/error.cpp
   do/error_list.cpp
+  do/event.cpp
   do/hex.cpp
   do/name.cpp
   do/nlist.cpp
@@ -22,6 +26,7 @@ target_sources(oruapi PRIVATE
   do/properties_settings.cpp
   do/properties_typed.cpp
   do/property.cpp
+  do/rows_properties.cpp
   do/strbuf.cpp
   do/uri.cpp
   do/uri_access.cpp
@@ -48,6 +53,7 @@ target_sources(oruapi PRIVATE
   do/vlist_compare.cpp
   do/vlist_typed.cpp
   do/vtable.cpp
+  do/vtable_sorter.cpp
   do/xml.cpp
   do/xml_objects.cpp
 )

@@ -1,6 +1,7 @@
-// The XML forms of property tables, value tables, errors and data trees.
+// The XML forms of property tables, value tables, errors, data trees and events.
 #include "do/dtree.h"
 #include "do/error.h"
+#include "do/event.h"
 #include "do/name.h"
 #include "do/prop_errs.h"
 #include "do/properties.h"
@@ -186,5 +187,32 @@ int32_t oru_do_dtree_to_xml_opt(int32_t indent, const char *prefix, const char *
     if (indent >= 0)
         put_line(indent, strbuf);
     oru::xml_end_tag(strbuf, prefix, name);
+    return ORU_OK;
+}
+
+int32_t oru_do_event_to_xml(const char *prefix, const char *wrapper, ORUDoEvent *event,
+                            ORUDoStrbuf *strbuf) {
+    ORU_REQUIRE(event);
+    ORU_REQUIRE(strbuf);
+    const Element element(strbuf, prefix, name_or(wrapper, "event"));
+    {
+        const Element name(strbuf, prefix, "name");
+        oru_do_strbuf_add_string(strbuf, oru_do_name_get_strname(event->name));
+    }
+    {
+        const Element uri(strbuf, prefix, "uri");
+        oru_do_uri_to_strbuf(event->uri, 0, strbuf);
+    }
+    {
+        const Element time(strbuf, prefix, "time");
+        oru_do_strbuf_add_long(strbuf, event->event_time);
+    }
+    {
+        const Element severity(strbuf, prefix, "severity");
+        oru_do_strbuf_add_long(strbuf, event->severity);
+    }
+    const Element info(strbuf, prefix, "info");
+    if (event->info != nullptr)
+        oru_do_properties_to_xml(prefix, nullptr, event->info, strbuf);
     return ORU_OK;
 }

@@ -7,6 +7,8 @@
 #include <functional>
 #include <string>
 
+#include "oru/config_op.h"
+#include "oru/event.h"
 #include "oru/name.h"
 #include "oru/nlist.h"
 #include "oru/ntlist.h"
@@ -75,6 +77,21 @@ TEST(Print, WritesTheTextFormOfScalarsAndLists) {
     expect_prints<oru_do_print_ntlist>(ntlist, 1, "[\nn 5]\n");
     oru_do_name_deref(name);
     oru_do_ntlist_deref(ntlist);
+}
+
+TEST(Print, WritesTheTextFormOfOperationsAndEvents) {
+    ORUDoUri *uri = oru_do_uri_new("/a");
+    ORUDoConfigOps *ops = oru_do_config_ops_new();
+    oru_do_config_ops_add(ops, 2, uri, nullptr, nullptr, nullptr, nullptr);
+    expect_prints<oru_do_print_config_ops>(ops, 1, "[(/a:2:-) ]");
+    oru_do_config_ops_deref(ops);
+
+    ORUDoName *name = oru_do_name_new("e");
+    ORUDoEvent *event = oru_do_event_new(name, uri, 3, 4, nullptr);
+    expect_prints<oru_do_print_event>(event, 1, "\tEvent(e):/a-3-4\n\n\t}\n");
+    oru_do_event_deref(event);
+    oru_do_name_deref(name);
+    oru_do_uri_deref(uri);
 }
 
 TEST(Print, WritesTheTextFormOfProperties) {

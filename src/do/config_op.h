@@ -1,0 +1,46 @@
+#ifndef ORU_SRC_DO_CONFIG_OP_H
+#define ORU_SRC_DO_CONFIG_OP_H
+
+#include "frame/object.h"
+#include "oru/config_op.h"
+
+struct ORUDoConfigOp {
+    uint32_t ref_count;
+    int32_t op_code;
+    int32_t noop;
+    ORUDoUri *mr_uri;
+    ORUDoProperties *props;
+    ORUDoProperties *pr_props;
+    ORUDoName *child_ref_name;
+    ORUDoName *mr_name;
+    ORUDoName *lib_mr_name;
+    ORUDoError *err;
+};
+
+struct ORUDoConfigOpsItem {
+    ORUDoConfigOp *op;
+    ORUDoConfigOpsItem *next;
+};
+
+struct ORUDoConfigOps {
+    uint32_t ref_count;
+    ORUDoConfigOpsItem *first;
+};
+
+template <>
+struct oru::ObjectType<ORUDoConfigOp> {
+    static constexpr const char *name = "oru_do_config_op";
+    static constexpr Tag tag = Tag::conf_op;
+    static auto &count(ORUDoConfigOp &self) { return self.ref_count; }
+    static void release_members(ORUDoConfigOp &self);
+};
+
+template <>
+struct oru::ObjectType<ORUDoConfigOps> {
+    static constexpr const char *name = "oru_do_config_ops";
+    static constexpr Tag tag = Tag::conf_ops;
+    static auto &count(ORUDoConfigOps &self) { return self.ref_count; }
+    static void release_members(ORUDoConfigOps &self);
+};
+
+#endif

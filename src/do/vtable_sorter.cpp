@@ -1,0 +1,248 @@
+// The sorter of rows, on the platform's balanced tree: a node for each key, with its rows.
+#include "oru/vtable_sorter.h"
+
+#include <cstring>
+
+#include "do/value.h"
+#include "do/vlist.h"
+#include "do/vtable.h"
+#include "frame/object.h"
+#include "frame/tags.h"
+#include "oru/rc.h"
+#include "oru/value.h"
+#include "oru/vlist.h"
+#include "oruplatform/balanced_tree.h"
+#include "oruplatform/poolheap.h"
+
+struct ORUVtableSorter {
+    void *tree;
+    int32_t key_start;
+    int32_t key_count;
+    char *directions;
+    int32_t index_column;
+    uint32_t next_index;
+    int32_t count_column;
+    uint32_t row_total;
+};
+
+namespace {
+
+using oru::Ref;
+
+constexpr int32_t kTreeNotFound = 2;
+constexpr int32_t kTreeNoMemory = 12;
+constexpr int32_t kComparisonFailed = -1;
+
+struct SortNode {
+    ORUVtableSorter *sorter;
+    ORUDoVlist *keys;
+    ORUDoVtable *rows;
+};
+
+// ---- Comparing ----
+
+int32_t opposite(int32_t order) {
+    if (order == BALANCED_TREE_EQUAL)
+        return order;
+    return order == BALANCED_TREE_LESS ? BALANCED_TREE_GREATER : BALANCED_TREE_LESS;
+}
+
+// Values that cannot be compared are a failure of the tree.
+int32_t compare_values(ORUDoValue *a, ORUDoValue *b) {
+    switch (oru_do_value_compare(a, b)) {
+        case -1:
+            return BALANCED_TREE_LESS;
+        case 0:
+            return BALANCED_TREE_EQUAL;
+        case 1:
+            return BALANCED_TREE_GREATER;
+        default:
+            return kComparisonFailed;
+    }
+}
+
+// Shorter texts come first; only those of one length go by their characters.
+int32_t compare_by_length(ORUDoValue *a, ORUDoValue *b) {
+    int32_t code = ORU_OK;
+    const char *text_a = oru_do_value_get_string(a, &code);
+    if (code != ORU_OK)
+        return kComparisonFailed;
+    const char *text_b = oru_do_value_get_string(b, &code);
+    if (code != ORU_OK)
+        return kComparisonFailed;
+    const size_t length_a = std::strlen(text_a);
+    const size_t length_b = std::strlen(text_b);
+    if (length_a != length_b)
+        return length_a < length_b ? BALANCED_TREE_LESS : BALANCED_TREE_GREATER;
+    return compare_values(a, b);
+}
+
+int32_t compare_key(ORUDoValue *a, ORUDoValue *b, char direction) {
+    if (a == nullptr || b == nullptr)
+        return BALANCED_TREE_LESS;
+    if (direction == 's')
+        return compare_by_length(a, b);
+    const int32_t order = compare_values(a, b);
+    return direction == 'd' && order != kComparisonFailed ? opposite(order) : order;
+}
+
+int32_t compare_nodes(const void *first, const void *second) {
+    const auto &a = *static_cast<const SortNode *>(first);
+    const auto &b = *static_cast<const SortNode *>(second);
+    const ORUVtableSorter *sorter = a.sorter;
+    if (sorter == nullptr || b.sorter == nullptr)
+        return BALANCED_TREE_EQUAL;
+    if (a.keys == nullptr || b.keys == nullptr) {
+        if (a.keys == b.keys)
+            return BALANCED_TREE_EQUAL;
+        return a.keys == nullptr ? BALANCED_TREE_LESS : BALANCED_TREE_GREATER;
+    }
+    for (int32_t i = 0; i < sorter->key_count; ++i) {
+        const int32_t order = compare_key(oru_do_vlist_get_value(a.keys, i),
+                                          oru_do_vlist_get_value(b.keys, i), sorter->directions[i]);
+        if (order != BALANCED_TREE_EQUAL)
+            return order;
+    }
+    return BALANCED_TREE_EQUAL;
+}
+
+// ---- Filing ----
+
+// A column that the row does not have is skipped, so that a later key moves up.
+Ref<ORUDoVlist> keys_of(const ORUVtableSorter &sorter, ORUDoVlist *row) {
+    auto keys = Ref<ORUDoVlist>::adopt(oru_do_vlist_new());
+    for (int32_t i = 0; keys && i < sorter.key_count; ++i) {
+        ORUDoValue *value = oru_do_vlist_get_value(row, sorter.key_start + i);
+        if (value != nullptr && oru_do_vlist_add(keys.get(), value) < 0)
+            return {};
+    }
+    return keys;
+}
+
+int32_t code_of(int32_t tree_result) {
+    return tree_result == kTreeNoMemory ? ORU_RC_MALLOC : ORU_RC_GENERAL;
+}
+
+int32_t file_under_new_key(ORUVtableSorter &sorter, Ref<ORUDoVlist> keys, ORUDoVlist *row) {
+    auto rows = Ref<ORUDoVtable>::adopt(oru_do_vtable_new());
+    if (!rows)
+        return ORU_RC_MALLOC;
+    oru_do_vtable_add(rows.get(), row);
+    void *object = nullptr;
+    int32_t result = balanced_tree_allocate_object(sorter.tree, &object, sizeof(SortNode));
+    if (result != 0)
+        return code_of(result);
+    auto *node = static_cast<SortNode *>(object);
+    *node = {&sorter, keys.get(), rows.get()};
+    result = balanced_tree_insert(sorter.tree, node, 0);
+    if (result != 0) {
+        balanced_tree_free_object(sorter.tree, node);
+        return code_of(result);
+    }
+    // The node holds them now.
+    (void)keys.release();
+    (void)rows.release();
+    return ORU_OK;
+}
+
+int32_t file_row(ORUVtableSorter &sorter, ORUDoVlist *row) {
+    auto keys = keys_of(sorter, row);
+    if (!keys)
+        return ORU_RC_MALLOC;
+    const SortNode wanted{&sorter, keys.get(), nullptr};
+    void *found = nullptr;
+    switch (balanced_tree_search(sorter.tree, BALANCED_TREE_SEARCH_EXACT, &wanted, &found, 0)) {
+        case 0:
+            // Rows of one key stay in the order of their arrival.
+            oru_do_vtable_add(static_cast<SortNode *>(found)->rows, row);
+            return ORU_OK;
+        case kTreeNotFound:
+            return file_under_new_key(sorter, std::move(keys), row);
+        default:
+            return ORU_RC_GENERAL;
+    }
+}
+
+// ---- Handing over ----
+
+// Nothing where there is no such column.
+void set_column(ORUDoVlist *row, int32_t column, uint32_t number) {
+    if (column < 0)
+        return;
+    const auto value = Ref<ORUDoValue>::adopt(oru_do_value_new_unsigned_int(number));
+    if (value)
+        oru_do_vlist_set_value(row, column, value.get());
+}
+
+void hand_over(ORUVtableSorter &sorter, ORUDoVtable *rows, ORUDoVtable *vtable) {
+    for (const ORUDoVtableItem *item = rows->first; item != nullptr; item = item->next) {
+        set_column(item->row, sorter.index_column, sorter.next_index);
+        if (sorter.index_column >= 0)
+            ++sorter.next_index;
+        set_column(item->row, sorter.count_column, sorter.row_total);
+        oru_do_vtable_add(vtable, item->row);
+    }
+}
+
+int32_t empty_node(void *object, void *vtable) {
+    auto *node = static_cast<SortNode *>(object);
+    if (vtable != nullptr && node->rows != nullptr)
+        hand_over(*node->sorter, node->rows, static_cast<ORUDoVtable *>(vtable));
+    oru_do_vtable_deref(std::exchange(node->rows, nullptr));
+    oru_do_vlist_deref(std::exchange(node->keys, nullptr));
+    return 1;
+}
+
+void free_sorter(ORUVtableSorter *sorter) {
+    if (sorter->tree != nullptr)
+        balanced_tree_shutdown(sorter->tree, 0);
+    if (sorter->directions != nullptr)
+        ph_free_named(sorter->directions);
+    ph_free_named(sorter);
+}
+
+char *copy_directions(const char *directions, int32_t count) {
+    const size_t room = count > 0 ? static_cast<size_t>(count) : 0;
+    auto *copy =
+        static_cast<char *>(ph_calloc_named(oru::tag_word(oru::Tag::vtable_sorter), room + 1, 1));
+    if (copy != nullptr && directions != nullptr)
+        std::memcpy(copy, directions, strnlen(directions, room));
+    return copy;
+}
+
+}  // namespace
+
+ORUVtableSorter *oru_vtable_sorter_new(int32_t key_start, int32_t key_count, const char *directions,
+                                       int32_t index_column, int32_t count_column) {
+    auto *sorter = static_cast<ORUVtableSorter *>(
+        ph_calloc_named(oru::tag_word(oru::Tag::vtable_sorter), 1, sizeof(ORUVtableSorter)));
+    if (sorter == nullptr)
+        return nullptr;
+    sorter->key_start = key_start;
+    sorter->key_count = key_count;
+    sorter->directions = copy_directions(directions, key_count);
+    sorter->index_column = index_column;
+    sorter->next_index = 1;
+    sorter->count_column = count_column;
+    if (sorter->directions == nullptr || balanced_tree_init(compare_nodes, 0, &sorter->tree) != 0) {
+        free_sorter(sorter);
+        return nullptr;
+    }
+    return sorter;
+}
+
+int32_t oru_vtable_sorter_add(ORUVtableSorter *sorter, ORUDoVlist *row) {
+    ORU_REQUIRE(sorter);
+    if (sorter->tree == nullptr)
+        return ORU_RC_GENERAL;
+    const int32_t code = file_row(*sorter, row);
+    ++sorter->row_total;  // a row that could not be filed counts too
+    return code;
+}
+
+void oru_vtable_sorter_delete(ORUVtableSorter *sorter, ORUDoVtable *vtable) {
+    if (sorter == nullptr)
+        return;
+    balanced_tree_walk(sorter->tree, empty_node, vtable, nullptr);
+    free_sorter(sorter);
+}
