@@ -35,6 +35,7 @@ const Walked kWalked[] = {
     WALKED(1, ORUDoVlist, oru_do_vlist),
     WALKED(2, ORUDoNvlist, oru_do_nvlist),
     WALKED(3, ORUDoProperties, oru_do_properties),
+    WALKED(4, ORUDoConfigOps, oru_do_config_ops),
     WALKED(5, ORUDoMrMetaList, oru_do_mr_meta_list),
     WALKED(5, ORUDoConstraintList, oru_do_constraint_list),
     WALKED(6, ORUDoPropMetaList, oru_do_prop_meta_list),
