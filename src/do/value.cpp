@@ -51,7 +51,7 @@ ORUDoValue *new_sized(int32_t type, const void *bytes, size_t size) {
     const StorageClass storage = kStorage.class_for(size + 1);
     char *block = take_storage<is_text>(storage, size);
     val->data.bytes = block;
-    if (block == nullptr)
+    if (block == nullptr) [[unlikely]]
         return val;
     val->storage_class = static_cast<int32_t>(storage);
     oru::copy_bytes(block, static_cast<const char *>(bytes), size);

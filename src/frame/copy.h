@@ -20,12 +20,14 @@ void copy_in_two(char *out, const char *bytes, size_t n) {
 }
 
 inline void copy_bytes(char *out, const char *bytes, size_t n) {
-    if (n > 32) {
-        std::memcpy(out, bytes, n);
-    } else if (n >= 16) {
-        copy_in_two<16>(out, bytes, n);
-    } else if (n >= 8) {
-        copy_in_two<8>(out, bytes, n);
+    if (n >= 8) {
+        if (n <= 16) {
+            copy_in_two<8>(out, bytes, n);
+        } else if (n <= 32) {
+            copy_in_two<16>(out, bytes, n);
+        } else {
+            std::memcpy(out, bytes, n);
+        }
     } else if (n >= 4) {
         copy_in_two<4>(out, bytes, n);
     } else if (n >= 2) {

@@ -79,10 +79,12 @@ template <class T>
 template <class T, class... Fields>
 T *make(Fields &&...fields) {
     T *object = make_element<T>(std::forward<Fields>(fields)...);
-    if (object == nullptr)
+    if (object == nullptr) [[unlikely]]
         return nullptr;
     ObjectType<T>::count(*object) = 1;
-    return trace_enabled(Level::reference) ? traced_ref(object) : object;
+    if (trace_enabled(Level::reference)) [[unlikely]]
+        traced_ref(object);
+    return object;
 }
 
 // One more reference. A count of zero is terminal and stays.

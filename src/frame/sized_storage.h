@@ -16,23 +16,25 @@ struct SizedPools {
 
     // The class of a payload that needs `bytes` bytes, its terminating zero included.
     StorageClass class_for(size_t bytes) const {
-        if (bytes <= small.element_size)
+        if (bytes <= small.element_size) [[likely]]
             return StorageClass::small;
         return bytes <= large.element_size ? StorageClass::large : StorageClass::heap;
     }
 
     // A pooled block of the class; null for the heap class, whose blocks the owner makes.
     char *take(StorageClass storage) const {
-        if (storage == StorageClass::heap)
+        if (storage == StorageClass::heap) [[unlikely]]
             return nullptr;
-        return static_cast<char *>(storage == StorageClass::small ? small.take() : large.take());
+        if (storage == StorageClass::small) [[likely]]
+            return static_cast<char *>(small.take());
+        return static_cast<char *>(large.take());
     }
 
     // Returns a block to where its class says. Null is ignored.
     void give(StorageClass storage, void *block) const {
-        if (block == nullptr)
+        if (block == nullptr) [[unlikely]]
             return;
-        if (storage == StorageClass::small) {
+        if (storage == StorageClass::small) [[likely]] {
             small.give(block);
         } else if (storage == StorageClass::large) {
             large.give(block);
