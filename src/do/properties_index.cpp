@@ -40,10 +40,11 @@ void oru::properties_index_add(ORUDoProperties &properties, ORUDoProperty &prope
 // A search of the table in which keys are known to be the texts of names.
 ORUDoProperty *oru::properties_index_find(const ORUDoProperties &properties, const char *name) {
     const ORUHashtable &index = *properties.hash_table;
-    const HashElement *element = &index.buckets[hash_text(name) % index.size];
+    const char *end;
+    const HashElement *element = &index.buckets[hash_text(name, end) % index.size];
     if (element->key == nullptr)
         return nullptr;
-    const NameQuery query(name);
+    const NameQuery query(name, static_cast<size_t>(end - name));
     while (element != nullptr && !query.matches(static_cast<const char *>(element->key)))
         element = element->next;
     return element != nullptr ? static_cast<ORUDoProperty *>(element->value) : nullptr;

@@ -56,12 +56,17 @@ inline uint32_t hash_end(uint32_t hash) {
     return hash + (hash << 15);
 }
 
-// The hash of a zero-terminated text, in one pass.
-inline uint32_t hash_text(const char *text) {
+// The hash of a zero-terminated text, in one pass; `end` becomes the place of the zero.
+inline uint32_t hash_text(const char *text, const char *&end) {
     uint32_t hash = 0;
-    for (; *text != '\0'; ++text)
-        hash = hash_step(hash, *text);
+    for (end = text; *end != '\0'; ++end)
+        hash = hash_step(hash, *end);
     return hash_end(hash);
+}
+
+inline uint32_t hash_text(const char *text) {
+    const char *end;
+    return hash_text(text, end);
 }
 
 // Growth of dynamic tables. False when memory for the larger bucket array cannot be had; the table

@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 #include <oruplatform/poolheap.h>
 
+#include <utility>
+
 #include "oru/name.h"
 #include "tests/support/death.h"
 #include "tests/support/oom.h"
@@ -296,7 +298,7 @@ TEST_F(Properties, AnIndexHasOneBucketAtLeast) {
 }
 
 // Names of every length around a word and around what fits into a name's record, that differ in
-// their last character at most: each is found, and nothing between them.
+// their last character at most: each is found, and nothing that differs in one place.
 void expect_told_apart(ORUDoProperties *props) {
     const std::string text(40, 'n');
     std::vector<std::string> names{""};
@@ -312,6 +314,11 @@ void expect_told_apart(ORUDoProperties *props) {
         EXPECT_EQ(oru_do_properties_get_int(props, asked.c_str(), &rc), static_cast<int32_t>(i));
         EXPECT_EQ(rc, 0) << asked;
         EXPECT_EQ(oru_do_properties_get_prop(props, (asked + 'b').c_str()), nullptr) << asked;
+        for (char &c : names[i]) {
+            const char kept = std::exchange(c, 'b');
+            EXPECT_EQ(oru_do_properties_get_prop(props, names[i].c_str()), nullptr) << names[i];
+            c = kept;
+        }
     }
     for (size_t length = 1; length < text.size(); ++length)
         EXPECT_EQ(oru_do_properties_get_prop(props, text.substr(0, length).c_str()), nullptr);
