@@ -21,7 +21,8 @@ constexpr oru::SizedPools kStorage{small_pool, large_pool};
 // The fields in their order, so that each is written once.
 ORUDoValue *new_value(int32_t type, int32_t len = -1, uint64_t word = 0) {
     constexpr char *no_typedef_name = nullptr;
-    return oru::make<ORUDoValue>(no_typedef_name, uint32_t{1}, len, word, type);
+    return oru::make<ORUDoValue>(no_typedef_name, uint32_t{1}, len,
+                                 decltype(ORUDoValue::data){word}, type);
 }
 
 template <class Number>

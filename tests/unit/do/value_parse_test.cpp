@@ -84,9 +84,37 @@ TEST(ValueParse, IntegersMayHaveBlanksInFrontAndASign) {
     }
 }
 
+TEST(ValueParse, IntegersOfManyDigitsAreExact) {
+    for (int32_t type : {6, 7, 12, 13}) {
+        int32_t err = 0;
+        const auto number = [&](const char *text) {
+            return oru_do_value_to_long(parse(text, type).val.get(), &err);
+        };
+        EXPECT_EQ(number("-0"), 0);
+        EXPECT_EQ(number("999999999999999999"), 999999999999999999);
+        EXPECT_EQ(number("-999999999999999999"), -999999999999999999);
+        EXPECT_EQ(number("1000000000000000000"), 1000000000000000000);
+        EXPECT_EQ(number("-1234567890123456789"), -1234567890123456789);
+        EXPECT_EQ(number("0000000000000000000000012"), 12);
+        EXPECT_EQ(err, 0);
+    }
+}
+
+TEST(ValueParse, AnErrorNumberFromBeforeDoesNoHarmAndIsCleared) {
+    for (const auto &[text, type] : std::vector<std::pair<const char *, int32_t>>{
+             {"12", 5}, {" 12", 6}, {"1.5", 11}, {"true", 9}, {"a", 8}}) {
+        errno = ERANGE;
+        const Outcome outcome = parse(text, type);
+        EXPECT_EQ(errno, 0) << type;
+        EXPECT_NE(outcome.val, nullptr) << type;
+        EXPECT_EQ(outcome.err, 0) << type;
+    }
+}
+
 TEST(ValueParse, IntegersOfAnotherFormAreRefused) {
     for (int32_t type : kIntegers) {
-        for (const char *text : {"", " ", "12 ", "12a", "a", "+", "0x10", "1.0",
+        for (const char *text : {"", " ", "12 ", "12a", "a", "+", "-", "--1", "-+1", "0x10", "1.0",
+                                 "123456789012345678 ", "1234567890123456789a",
                                  "99999999999999999999", "-99999999999999999999"})
             expect_status(text, type, 101);
     }
