@@ -13,10 +13,6 @@ string_peer *string_peer_new() {
     return new string_peer;
 }
 
-void string_peer_delete(string_peer *self) {
-    delete self;
-}
-
 void string_peer_clear(string_peer *self) {
     self->text.clear();
 }

@@ -13,7 +13,6 @@ extern "C" {
 typedef struct string_peer string_peer;
 
 STRING_PEER_API string_peer *string_peer_new(void);
-STRING_PEER_API void string_peer_delete(string_peer *self);
 STRING_PEER_API void string_peer_clear(string_peer *self);
 
 /* All give the new length. */
