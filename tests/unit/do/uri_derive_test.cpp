@@ -190,6 +190,30 @@ TEST(UriDerive, MemoryMayRunOut) {
         {.promised_deaths = {}, .at_least = 14});
 }
 
+// Texts of the heap too: the prefix, its parent's text, the parent of a clone.
+TEST(UriDerive, MemoryMayRunOutForLongTexts) {
+    const std::string first = "/" + run_of(10) + ";k=" + run_of(300);
+    const Uri uri = parsed(first + "/b?" + run_of(300));
+    sweep_oom(
+        [&] {
+            const Uri prefix(oru_do_uri_new_from_descendant(uri.get(), 1, nullptr));
+            EXPECT_EQ(prefix == nullptr, oom_hit());
+            if (prefix) {
+                EXPECT_EQ(text_of(prefix), first);
+            }
+        },
+        {.promised_deaths = {}, .at_least = 3});
+    sweep_oom(
+        [&] {
+            const Uri clone(oru_do_uri_clone(uri.get()));
+            EXPECT_EQ(clone == nullptr, oom_hit());
+            if (clone) {
+                EXPECT_EQ(model_of(clone), model_of(uri));
+            }
+        },
+        {.promised_deaths = {}, .at_least = 4});
+}
+
 TEST(UriDerive, NullIsAsserted) {
     const char *rest = nullptr;
     EXPECT_ASSERTION(oru_do_uri_new_from_descendant(nullptr, 1, &rest), "uri");
