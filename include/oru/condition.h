@@ -75,11 +75,11 @@ ORU_API ORUDoCondition *oru_do_condition_new_l(const char *str, int32_t length);
  *
  * "LIKE" takes a string and makes a regular expression of it, in which "%" is "*", unless it is the
  * last character, and "%%" is "%" and the end; with another value it adds nothing. One that does
- * not compile is false, traced at level 3 as "Failed to compile regex\n". An item with an unknown
- * operator is false too.
+ * not compile, such as one that begins with "%", is false, traced at level 3 as "Failed to compile
+ * regex\n". An item with an unknown operator is false too.
  *
  * Null only when there is no memory for the condition itself. When memory runs out afterwards the
- * items behind that place are left out, and the one at hand is false. Asserts "nvlist".
+ * items from there on are left out, and a comparison that was begun is false. Asserts "nvlist".
  */
 ORU_API ORUDoCondition *oru_do_condition_new_from_where(ORUDoNvlist *nvlist);
 

@@ -1,9 +1,13 @@
 // Conditions that filter rows by a where clause.
 #include <strings.h>
 
+#include <algorithm>
+
+#include "do/name.h"
 #include "do/nvlist.h"
 #include "frame/text.h"
 #include "md/condition.h"
+#include "oru/hashtable.h"
 #include "oru/name.h"
 #include "oru/range.h"
 #include "oru/rc.h"
@@ -45,12 +49,41 @@ int32_t range_op(int32_t code) {
     }
 }
 
+// The comparisons of one group by the property that they ask about: clauses may be long. The table
+// does not grow, since growth ends the process when memory runs out.
+class Comparisons {
+  public:
+    explicit Comparisons(uint32_t items) : size_(std::clamp(items, 1U, kMostBuckets)) {}
+    Comparisons(const Comparisons &) = delete;
+    Comparisons &operator=(const Comparisons &) = delete;
+    ~Comparisons() { oru_hashtable_close(table_, nullptr, nullptr); }
+
+    ConditionNode *find(const char *name) const {
+        void *leaf = nullptr;
+        oru_hashtable_search(table_, name, &leaf);
+        return static_cast<ConditionNode *>(leaf);
+    }
+    // False when memory runs out.
+    bool add(ConditionNode &leaf) {
+        if (table_ == nullptr)
+            table_ = oru_hashtable_create(ORU_HASHTABLE_KEY_TEXT, size_, nullptr, nullptr);
+        const char *name = oru::name_text(leaf.prop_name);
+        return table_ != nullptr && oru_hashtable_insert_quick(table_, name, &leaf) == 0;
+    }
+
+  private:
+    static constexpr uint32_t kMostBuckets = 1 << 16;
+    uint32_t size_;
+    ORUHashtable *table_ = nullptr;
+};
+
 // A group of the tree that grows by the items of its list. Each step is false when memory runs out.
 class Group {
   public:
-    explicit Group(ConditionNode &node) : node_(node), end_(&node.first_child) {}
+    Group(ConditionNode &node, const ORUDoNvlist &items)
+        : node_(node), items_(items), end_(&node.first_child), comparisons_(items.count) {}
 
-    bool add_items(const ORUDoNvlist &list);
+    bool add_items();
 
   private:
     bool add_item(const ORUDoNvlistItem &item);
@@ -59,14 +92,16 @@ class Group {
     bool add_group(NodeType type, ORUDoValue *value);
     ConditionNode *append(NodeType type);
     ConditionNode *append_leaf(NodeType type, const char *name);
-    ConditionNode *find_comparison(const char *name) const;
+    ConditionNode *append_comparison(const char *name, ORUDoValue *value);
 
     ConditionNode &node_;
+    const ORUDoNvlist &items_;
     ConditionNode **end_;  // where the next child goes
+    Comparisons comparisons_;
 };
 
-bool Group::add_items(const ORUDoNvlist &list) {
-    for (const auto *item = list.first; item != nullptr; item = item->next) {
+bool Group::add_items() {
+    for (const auto *item = items_.first; item != nullptr; item = item->next) {
         if (!add_item(*item))
             return false;
     }
@@ -100,34 +135,35 @@ ConditionNode *Group::append(NodeType type) {
     return node;
 }
 
+// There is no leaf without its name: it would be true of every row.
 ConditionNode *Group::append_leaf(NodeType type, const char *name) {
-    ConditionNode *leaf = append(type);
-    if (leaf == nullptr)
-        return nullptr;
-    leaf->prop_name = oru_do_name_new(name);
-    return leaf->prop_name != nullptr ? leaf : nullptr;
+    auto prop_name = oru::Ref<ORUDoName>::adopt(oru_do_name_new(name));
+    ConditionNode *leaf = prop_name ? append(type) : nullptr;
+    if (leaf != nullptr)
+        leaf->prop_name = prop_name.release();
+    return leaf;
 }
 
-ConditionNode *Group::find_comparison(const char *name) const {
-    ConditionNode *child = node_.first_child;
-    while (child != nullptr && (child->type != NodeType::values ||
-                                oru_do_name_equals_w_strname(child->prop_name, name) == 0))
-        child = child->next;
-    return child;
+// Of a range that lacks memory the leaf stays: it matches nothing.
+ConditionNode *Group::append_comparison(const char *name, ORUDoValue *value) {
+    ConditionNode *leaf = append_leaf(NodeType::values, name);
+    if (leaf == nullptr)
+        return nullptr;
+    leaf->range = oru_do_range_new_t(oru_do_value_get_type(value));
+    return leaf->range != nullptr ? leaf : nullptr;
 }
 
 // Where any term is enough, all that is compared with one property stands in one range. A value of
 // another type than the first finds no place there.
 bool Group::add_comparison(const char *name, int32_t code, ORUDoValue *value) {
-    ConditionNode *leaf = node_.type == NodeType::any ? find_comparison(name) : nullptr;
+    const bool shared = node_.type == NodeType::any;
+    ConditionNode *leaf = shared ? comparisons_.find(name) : nullptr;
     if (leaf == nullptr) {
-        leaf = append_leaf(NodeType::values, name);
-        if (leaf == nullptr)
+        leaf = append_comparison(name, value);
+        if (leaf == nullptr || (shared && !comparisons_.add(*leaf)))
             return false;
-        leaf->range = oru_do_range_new_t(oru_do_value_get_type(value));
     }
-    return leaf->range != nullptr &&
-           oru_do_range_add_value(leaf->range, range_op(code), value, nullptr) != ORU_RC_MALLOC;
+    return oru_do_range_add_value(leaf->range, range_op(code), value, nullptr) != ORU_RC_MALLOC;
 }
 
 // "%" stands for "*", "%%" for "%", and the last character for itself. Places are kept, so that the
@@ -166,7 +202,7 @@ bool Group::add_group(NodeType type, ORUDoValue *value) {
         return false;
     int32_t code = 0;
     const ORUDoNvlist *items = oru_do_value_get_sequence(value, &code);
-    return items == nullptr || Group(*group).add_items(*items);
+    return items == nullptr || Group(*group, *items).add_items();
 }
 
 }  // namespace
@@ -175,7 +211,7 @@ ORUDoCondition *oru_do_condition_new_from_where(ORUDoNvlist *nvlist) {
     ORU_REQUIRE(nvlist);
     auto condition = oru::make_condition();
     if (condition)
-        Group(*condition->root).add_items(*nvlist);
+        Group(*condition->root, *nvlist).add_items();
     return condition.release();
 }
 

@@ -168,6 +168,22 @@ TEST(ConditionWhere, DeepGroupsAreReadAndReleased) {
     EXPECT_EQ(text_of(made).size(), 2 * 1001u + std::string("a.values(1)").size());
 }
 
+TEST(ConditionWhere, LongClauseIsReadSoon) {
+    const Nvlist items(oru_do_nvlist_new());
+    const Value one = number(1);
+    for (int i = 0; i < 100'000; ++i)
+        add(items, ("x" + std::to_string(i)).c_str(), one);
+    add(items, "a >", one);
+    add(items, "x0 =", number(2));
+    const Value any(oru_do_value_new_sequence(items.get()));
+    const Nvlist clause(oru_do_nvlist_new());
+    add(clause, " OR ", any);
+    const auto made = from(clause);
+    EXPECT_TRUE(holds(made, number(2)));
+    EXPECT_FALSE(holds(made, number(1)));
+    EXPECT_EQ(text_of(made).substr(0, 24), "(x0.values(1|2) or x1.va");
+}
+
 TEST(ConditionWhere, LikeLooksForAPattern) {
     const auto like = [](const char *pattern, const char *subject) {
         const auto made = from(where(Item{"a like", text(pattern)}));
@@ -184,6 +200,13 @@ TEST(ConditionWhere, LikeLooksForAPattern) {
     EXPECT_TRUE(like("l%", "50 l%"));   // the last character stands for itself
     EXPECT_FALSE(like("l%", "ll"));
     EXPECT_TRUE(like("", "anything"));
+}
+
+TEST(ConditionWhere, PatternThatBeginsWithPercentHasNothingToRepeat) {
+    const TraceCapture traces;
+    const auto made = from(where(Item{"a LIKE", text("%ello")}));
+    EXPECT_TRUE(traces.has(3, "Failed to compile regex\n"));
+    EXPECT_FALSE(holds(made, text("hello")));
 }
 
 TEST(ConditionWhere, TextOfAPatternIsWhatWasCompiled) {
