@@ -63,6 +63,30 @@ TEST_F(ConditionTest, ValuesLooksForTheValueInARange) {
     EXPECT_FALSE(holds("s.values(\"hell\")"));
 }
 
+TEST_F(ConditionTest, FirstBoundTellsTheTypeOfALeaf) {
+    set("r", Value(oru_do_value_new_double(0.75)));
+    set("y", Value(oru_do_value_new_boolean(1)));
+    set("p", Value(oru_do_value_new_ip_address("\x04\x0a\x00\x00\x01", 5)));
+    EXPECT_TRUE(holds("r.values(0.5..1.5)"));
+    EXPECT_FALSE(holds("r.values(0..1)"));
+    EXPECT_TRUE(holds("y.values(true)"));
+    EXPECT_FALSE(holds("y.values(false)"));
+    EXPECT_FALSE(holds("c.values(-5..5)"));  // a sign or an open side makes strings
+    EXPECT_FALSE(holds("c.values(*..5)"));
+    EXPECT_TRUE(holds("s.values(*..worlds)"));
+    EXPECT_TRUE(holds("c.values(1|\"x\"|3)"));  // what is no number is left out
+}
+
+TEST_F(ConditionTest, PatternEndsAtASignOrALiteral) {
+    EXPECT_TRUE(holds("s.regex(\"a b\")") == holds("s.regex(a)"));
+    EXPECT_TRUE(holds("s.regex(\"hel b\")"));
+    EXPECT_TRUE(holds("s.regex(\"hel|xyz\")"));
+    EXPECT_FALSE(holds("s.regex(\"xyz|hel\")"));
+    EXPECT_TRUE(holds("s.regex(\"hel,xyz\")"));
+    EXPECT_TRUE(holds("s.regex(\"(xyz)\")"));  // nothing is left in front of the parenthesis
+    EXPECT_FALSE(holds("s.regex(\"l{2}\")"));  // a literal takes the place of the word
+}
+
 TEST_F(ConditionTest, ValuesWithoutARangeOrAValueIsFalse) {
     EXPECT_FALSE(holds("c.values()"));
     EXPECT_FALSE(holds("x.values(1..5)"));
