@@ -5,47 +5,26 @@
 #include <oru/constraint.h>
 #include <oru/error.h>
 #include <oru/json.h>
-#include <oru/name.h>
 #include <oru/nlist.h>
-#include <oru/nvlist.h>
-#include <oru/properties.h>
-#include <oru/strbuf.h>
 #include <oru/typedef_meta.h>
-#include <oru/value.h>
-#include <oru/vlist.h>
 #include <oruplatform/poolheap.h>
 
 #include <algorithm>
-#include <cstdio>
-#include <cstdlib>
-#include <cstring>
 #include <iterator>
-#include <memory>
-#include <string>
 #include <vector>
 
-#define CHECK(condition)                                                 \
-    do {                                                                 \
-        if (!(condition)) {                                              \
-            std::fprintf(stderr, "line %d: " #condition "\n", __LINE__); \
-            std::abort();                                                \
-        }                                                                \
-    } while (false)
+#include "tests/fuzz/fuzz.h"
 
 namespace {
 
-struct Release {
+struct Release : fuzz::Release {
+    using fuzz::Release::operator();
     void operator()(ORUDoCondition *object) const { oru_do_condition_deref(object); }
     void operator()(ORUDoConstraint *object) const { oru_do_constraint_deref(object); }
     void operator()(ORUDoConstraintList *object) const { oru_do_constraint_list_deref(object); }
     void operator()(ORUDoError *object) const { oru_do_error_deref(object); }
-    void operator()(ORUDoName *object) const { oru_do_name_deref(object); }
     void operator()(ORUDoNlist *object) const { oru_do_nlist_deref(object); }
-    void operator()(ORUDoProperties *object) const { oru_do_properties_deref(object); }
-    void operator()(ORUDoStrbuf *object) const { oru_do_strbuf_deref(object); }
     void operator()(ORUDoTypedefMeta *object) const { oru_do_typedef_meta_deref(object); }
-    void operator()(ORUDoValue *object) const { oru_do_value_deref(object); }
-    void operator()(ORUDoVlist *object) const { oru_do_vlist_deref(object); }
 };
 
 template <class Object>

@@ -2,34 +2,22 @@
 // byte says which type the range is given, the rest is its text.
 #include <oru/condition.h>
 #include <oru/range.h>
-#include <oru/value.h>
 #include <oruplatform/poolheap.h>
 
-#include <cstdio>
-#include <cstdlib>
-#include <cstring>
 #include <iterator>
-#include <memory>
-#include <string>
 #include <vector>
 
-#define CHECK(condition)                                                 \
-    do {                                                                 \
-        if (!(condition)) {                                              \
-            std::fprintf(stderr, "line %d: " #condition "\n", __LINE__); \
-            std::abort();                                                \
-        }                                                                \
-    } while (false)
+#include "tests/fuzz/fuzz.h"
 
 namespace {
 
-struct Release {
+using fuzz::Value;
+
+struct ReleaseRange {
     void operator()(ORUDoRange *object) const { oru_do_range_deref(object); }
-    void operator()(ORUDoValue *object) const { oru_do_value_deref(object); }
 };
 
-using Range = std::unique_ptr<ORUDoRange, Release>;
-using Value = std::unique_ptr<ORUDoValue, Release>;
+using Range = std::unique_ptr<ORUDoRange, ReleaseRange>;
 
 constexpr int32_t kTypes[] = {-3,  -1,  0,   1,   2,   3,   4,   5,  6,   7,
                               8,   9,   10,  11,  12,  13,  14,  15, 101, 102,
