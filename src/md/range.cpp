@@ -134,7 +134,7 @@ int32_t oru_do_range_add_double(ORUDoRange *range, double lower, double upper) {
 
 int32_t oru_do_range_add_string(ORUDoRange *range, const char *text) {
     ORU_REQUIRE(range);
-    return add_owned(range, ORU_RANGE_EQUAL, oru_do_value_new_string(text), nullptr);
+    return add_owned(range, ORU_RANGE_EQUAL, oru::string_value(text), nullptr);
 }
 
 int32_t oru_do_range_is_single_value(ORUDoRange *range) {

@@ -5,6 +5,7 @@
 #include "frame/object.h"
 #include "frame/text.h"
 #include "oru/range.h"
+#include "oru/value.h"
 
 struct oru_range_el {
     ORUDoValue *lower;  // never null
@@ -46,6 +47,12 @@ inline bool is_single_value(const ORUDoRange &range) {
 // A value as metadata writes it: JSON in braces, a string with or without quotes around it, or the
 // text form of the type. Empty, with a code or without memory, when it is none.
 Ref<ORUDoValue> value_from_constraint_text(const char *text, int32_t typecode, int32_t &code);
+
+// A string that is null when only its text cannot be had. A null text gives a null value.
+inline ORUDoValue *string_value(const char *text) {
+    return oru_do_value_new_string_l(text,
+                                     text != nullptr ? static_cast<int32_t>(std::strlen(text)) : 0);
+}
 
 // The text form of a value; empty when memory runs out.
 Text text_of_value(ORUDoValue *value);

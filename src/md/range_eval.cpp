@@ -99,7 +99,7 @@ int32_t oru_do_range_eval_double(ORUDoRange *range, double number) {
 
 int32_t oru_do_range_eval_string(ORUDoRange *range, const char *text) {
     ORU_REQUIRE(range);
-    return eval_owned(range, oru_do_value_new_string(text));
+    return eval_owned(range, oru::string_value(text));
 }
 
 int32_t oru_do_range_eval_max_long(ORUDoRange *range, int64_t number) {

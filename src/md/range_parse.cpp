@@ -56,6 +56,21 @@ Ref<ORUDoValue> value_from_json(const char *text, int32_t &code) {
     return value;
 }
 
+Ref<ORUDoValue> value_from_text(const char *text, int32_t typecode, int32_t &code) {
+    if (text[0] == '{')
+        return value_from_json(text, code);
+    const size_t length = std::strlen(text);
+    if (typecode == ORU_DO_TYPE_STRING && length > 1 && text[0] == '"' && text[length - 1] == '"')
+        return Ref<ORUDoValue>::adopt(
+            oru_do_value_new_string_l(text + 1, static_cast<int32_t>(length - 2)));
+    return Ref<ORUDoValue>::adopt(oru_do_value_new_from_string(text, typecode, &code));
+}
+
+// A text whose storage could not be had would read as an empty one, and let that in.
+bool is_whole(const ORUDoValue &value) {
+    return !oru::is_sized_type(value.type) || value.data.bytes != nullptr;
+}
+
 // One side of an element. A side without a text is neither open nor bounded.
 struct Bound {
     Ref<ORUDoValue> value;
@@ -124,13 +139,8 @@ bool token_is(const char *const *tokens, int32_t count, int32_t index, const cha
 }  // namespace
 
 Ref<ORUDoValue> oru::value_from_constraint_text(const char *text, int32_t typecode, int32_t &code) {
-    if (text[0] == '{')
-        return value_from_json(text, code);
-    const size_t length = std::strlen(text);
-    if (typecode == ORU_DO_TYPE_STRING && length > 1 && text[0] == '"' && text[length - 1] == '"')
-        return Ref<ORUDoValue>::adopt(
-            oru_do_value_new_string_l(text + 1, static_cast<int32_t>(length - 2)));
-    return Ref<ORUDoValue>::adopt(oru_do_value_new_from_string(text, typecode, &code));
+    auto value = value_from_text(text, typecode, code);
+    return value && is_whole(*value) ? std::move(value) : Ref<ORUDoValue>();
 }
 
 int32_t oru_do_range_add_lower_upper(ORUDoRange *range, const char *lower, const char *upper) {

@@ -569,14 +569,17 @@ TEST(RangeLife, NullIsRefusedByName) {
 
 TEST(RangeMemory, ReadingATextLeavesOutWhatCannotBeHad) {
     sweep_oom([] {
-        const Range range(oru_do_range_new_s("\"a\"|b..c|{\"%string\":\"d\"}"));
+        const Range range(oru_do_range_new_s("\"a\"|b..c|a|{\"%string\":\"d\"}"));
         if (range == nullptr)
             return;
         int count = 0;
         for (auto *el = oru_do_range_get_range_el(range.get()); el != nullptr;
-             el = oru_do_range_get_next_range_el(el))
+             el = oru_do_range_get_next_range_el(el)) {
             ++count;
-        EXPECT_TRUE(oom_hit() ? count <= 3 : count == 3) << count;
+            int32_t status = 0;
+            EXPECT_NE(oru_do_value_get_string(oru_do_range_el_get_lower(el), &status), nullptr);
+        }
+        EXPECT_TRUE(oom_hit() ? count <= 4 : count == 4) << count;
         oru_do_range_get_range_str(range.get());
     });
 }
@@ -609,6 +612,11 @@ TEST(RangeMemory, TypedAdditionsAndScalarsAnswer) {
         EXPECT_TRUE(code == 0 || (oom_hit() && code == 10002)) << code;
         match = oru_do_range_eval_string(texts.get(), "a");
         EXPECT_TRUE(match == 1 || oom_hit());
+        auto *first = oru_do_range_get_first_value(texts.get());
+        EXPECT_EQ(first != nullptr, code == 0);
+        int32_t status = 0;
+        EXPECT_TRUE(first == nullptr || oru_do_value_get_string(first, &status) != nullptr);
+        EXPECT_EQ(oru_do_range_eval_string(texts.get(), ""), 0);
     });
 }
 
