@@ -5,7 +5,6 @@
 #include <oru/iter.h>
 
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "tests/support/death.h"
@@ -508,19 +507,6 @@ TEST(RangeRead, TextWithoutElementsStays) {
         "bad|worse");
     EXPECT_STREQ(oru_do_range_get_range_str(Range(oru_do_range_new_s("")).get()), "");
     EXPECT_STREQ(oru_do_range_get_range_str(Range(oru_do_range_new_t(kInt)).get()), "");
-}
-
-TEST(RangeRead, TextIsFilledByManyThreadsAtOnce) {
-    const Range range(oru_do_range_new_s("1..5|7"));
-    const char *texts[4];
-    std::vector<std::thread> threads;
-    for (auto &text : texts)
-        threads.emplace_back([&] { text = oru_do_range_get_range_str(range.get()); });
-    for (auto &thread : threads)
-        thread.join();
-    for (const char *text : texts)
-        EXPECT_EQ(text, texts[0]);
-    EXPECT_STREQ(texts[0], "1..5|7");
 }
 
 /* ---- Life, null and memory ---- */

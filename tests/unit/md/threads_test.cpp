@@ -5,6 +5,7 @@
 #include <oru/prop_meta.h>
 #include <oru/typedef_meta.h>
 #include <oru/uri.h>
+#include <oru/value.h>
 
 #include <atomic>
 #include <thread>
@@ -101,6 +102,35 @@ TEST(StoreThreads, DescriptionsOfTypesAreMadeOnce) {
             EXPECT_EQ(description, type->do_typedef_meta);
         oru_md_delete_typedef_meta(type);
     }
+}
+
+TEST(StoreThreads, ConstraintsAreReadByAllAtOnce) {
+    ASSERT_EQ(oru_md_load_dir(NETWORK_PACKAGES, "", ".oru2d", nullptr), 0);
+    auto *attr = oru_md_get_attr_meta_by_name("com.example.network.lib/Port.mtu");
+    ASSERT_NE(attr, nullptr);
+    auto *values = oru_do_constraint_get_values(oru_md_get_attr_constraint(attr, nullptr));
+    ASSERT_NE(values, nullptr);
+    std::thread readers[4];
+    const char *texts[4];
+    for (int i = 0; i < 4; ++i) {
+        readers[i] = std::thread([&, i] {
+            auto *fits = oru_do_value_new_unsigned_short(1500);
+            auto *small = oru_do_value_new_unsigned_short(67);
+            for (int round = 0; round < kRounds; ++round) {
+                EXPECT_EQ(oru_md_eval_attr_constraint(attr, fits, nullptr), 0);
+                EXPECT_EQ(oru_md_eval_attr_constraint(attr, small, nullptr), 114);
+            }
+            texts[i] = oru_do_range_get_range_str(values);
+            oru_do_value_deref(fits);
+            oru_do_value_deref(small);
+        });
+    }
+    for (auto &reader : readers)
+        reader.join();
+    for (const char *text : texts)
+        EXPECT_EQ(text, texts[0]);
+    EXPECT_STREQ(texts[0], "68..9216");
+    EXPECT_EQ(oru_md_free(), 0);
 }
 
 }  // namespace
