@@ -11,20 +11,11 @@
 #include <oru/value.h>
 #include <oruplatform/poolheap.h>
 
-#include <cstdio>
-#include <cstdlib>
-#include <cstring>
 #include <set>
 #include <string>
 #include <vector>
 
-#define CHECK(condition)                                                 \
-    do {                                                                 \
-        if (!(condition)) {                                              \
-            std::fprintf(stderr, "line %d: " #condition "\n", __LINE__); \
-            std::abort();                                                \
-        }                                                                \
-    } while (false)
+#include "tests/fuzz/fuzz.h"
 
 // One thread needs no lock.
 extern "C" {
@@ -274,10 +265,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     const std::string address =
         data[0] % 4 != 0 ? built_address(choices)
                          : std::string(reinterpret_cast<const char *>(data) + 1, size - 1).c_str();
-    if (auto *uri = oru_do_uri_validate_new(address.c_str())) {
-        walk(uri, choices);
-        oru_do_uri_deref(uri);
-    }
+    if (const fuzz::Uri uri{oru_do_uri_validate_new(address.c_str())})
+        walk(uri.get(), choices);
     look_up(address);
     CHECK(poolheap_live_blocks() == live);
     return 0;
