@@ -15,7 +15,6 @@
 
 #include <functional>
 #include <map>
-#include <regex>
 #include <set>
 #include <sstream>
 
@@ -146,28 +145,39 @@ struct Constructs {
     void read(const std::filesystem::path &path) {
         std::stringstream all;
         all << std::ifstream(path).rdbuf();
-        const std::string content =
-            std::regex_replace(all.str(), std::regex("<!--[^]*?-->|<\\?[^]*?\\?>"), " ");
-        const std::regex tag("<(\\w+)((?:\\s+\\w+=\"[^\"]*\")*)\\s*/?>([^<]*)");
-        for (std::sregex_iterator it(content.begin(), content.end(), tag), end; it != end; ++it)
-            read_element((*it)[1], (*it)[2], (*it)[3]);
+        const std::string content = all.str();
+        for (size_t at = 0; (at = content.find('<', at)) != std::string::npos;) {
+            const bool is_comment = content.compare(at, 4, "<!--") == 0;
+            const size_t end = content.find(is_comment ? "-->" : ">", at);
+            if (content[at + 1] != '!' && content[at + 1] != '?' && content[at + 1] != '/')
+                read_element(content.substr(at + 1, end - at - 1),
+                             content.substr(end + 1, content.find('<', end) - end - 1));
+            at = end;
+        }
     }
-    void read_element(const std::string &element, const std::string &attributes,
-                      const std::string &content) {
+    // `tag` is what stands between the angles, `content` the text behind them.
+    void read_element(const std::string &tag, const std::string &content) {
+        const std::string element = tag.substr(0, tag.find_first_of(" \n/"));
         names.insert(element);
-        const std::regex attribute("(\\w+)=\"([^\"]*)\"");
-        for (std::sregex_iterator it(attributes.begin(), attributes.end(), attribute), end;
-             it != end; ++it) {
-            const std::string name = (*it)[1], value = (*it)[2];
-            names.insert(element + "@" + name);
-            names.insert(element + "@" + name + "=" + value);
-            if (name == "constraint")
-                constraints += value + "\n";
+        size_t quote = element.size();
+        while ((quote = tag.find('"', quote)) != std::string::npos) {
+            const size_t name = tag.find_last_of(" \n", quote) + 1;
+            const size_t end = tag.find('"', quote + 1);
+            read_attribute(element, tag.substr(name, quote - 1 - name),
+                           tag.substr(quote + 1, end - quote - 1));
+            quote = end + 1;
         }
         if (element == "condition")
             conditions += content + "\n";
         if (element == "constraint")
             constraints += content + "\n";
+    }
+    void read_attribute(const std::string &element, const std::string &name,
+                        const std::string &value) {
+        names.insert(element + "@" + name);
+        names.insert(element + "@" + name + "=" + value);
+        if (name == "constraint")
+            constraints += value + "\n";
     }
 };
 
