@@ -63,7 +63,7 @@ ORU_API ORUDoPropMeta *oru_do_mr_meta_get_prop_meta(ORUDoMrMeta *meta, ORUDoName
 ORU_API ORUDoPropMeta *oru_do_mr_meta_get_prop_meta_str(ORUDoMrMeta *meta, const char *name);
 
 /* Add to `out` every property, the keys, the references to children, those to peers. The result is
-   how many were added. */
+   how many were added, -1 when memory runs out on the way. */
 ORU_API int32_t oru_do_mr_meta_get_all_prop_meta(ORUDoMrMeta *meta, ORUDoPropMetaList *out);
 ORU_API int32_t oru_do_mr_meta_get_key_prop_meta(ORUDoMrMeta *meta, ORUDoPropMetaList *out);
 ORU_API int32_t oru_do_mr_meta_get_child_ref_meta(ORUDoMrMeta *meta, ORUDoPropMetaList *out);
@@ -72,7 +72,7 @@ ORU_API int32_t oru_do_mr_meta_get_peer_ref_meta(ORUDoMrMeta *meta, ORUDoPropMet
 /*
  * Add to `out` the configuration attributes, or the operational ones: all of them for a null
  * `prefix`, those in no group for the empty text, those of the group `prefix` otherwise. The result
- * is how many were added.
+ * is how many were added, -1 when memory runs out on the way.
  */
 ORU_API int32_t oru_do_mr_meta_get_cfg_prop_meta(ORUDoMrMeta *meta, const char *prefix,
                                                  ORUDoPropMetaList *out);

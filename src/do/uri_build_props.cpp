@@ -69,8 +69,8 @@ ORUDoUri *oru_do_uri_new_from_parent_uri_props(ORUDoUri *parent_uri, ORUDoName *
     const auto keys = Ref<ORUDoNvlist>::adopt(oru_do_nvlist_new());
     ORUDoUri *child = nullptr;
     if (metas != nullptr && keys) {
-        oru_do_mr_meta_get_key_prop_meta(child_do_mr_meta, metas);
-        if (add_primary_keys(keys.get(), props, metas))
+        if (oru_do_mr_meta_get_key_prop_meta(child_do_mr_meta, metas) >= 0 &&
+            add_primary_keys(keys.get(), props, metas))
             child = oru_do_uri_new_from_parent_uri(parent_uri, child_ref_name, keys.get());
     }
     oru_do_prop_meta_list_deref(metas);

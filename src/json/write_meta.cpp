@@ -163,12 +163,12 @@ int32_t oru_do_mr_meta_to_json(ORUDoMrMeta *meta, ORUDoStrbuf *buf) {
     put_number(buf, "max_access", static_cast<uint8_t>(oru_do_mr_meta_get_max_access(meta)));
     put(buf, ",\"prop_meta_list\":");
     ORUDoPropMetaList *list = oru_do_prop_meta_list_new();
-    if (list == nullptr)
-        return 0;  // the text stays open
-    oru_do_mr_meta_get_all_prop_meta(meta, list);
-    oru_do_prop_meta_list_to_json(list, buf);
+    // Without memory the text stays open.
+    if (list != nullptr && oru_do_mr_meta_get_all_prop_meta(meta, list) >= 0) {
+        oru_do_prop_meta_list_to_json(list, buf);
+        put(buf, "}}");
+    }
     oru_do_prop_meta_list_deref(list);
-    put(buf, "}}");
     return 0;
 }
 

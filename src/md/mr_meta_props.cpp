@@ -7,15 +7,19 @@
 
 namespace {
 
-// Adds the properties that `matches` to `out` and counts those that could be added.
+// Adds the properties that `matches` to `out`. Their number, or -1 without memory, so that nobody
+// takes a part of them for all.
 template <class Matches>
 int32_t select(const ORUDoMrMeta &meta, ORUDoPropMetaList *out, Matches &&matches) {
     if (meta.prop_meta_list == nullptr)
         return 0;
     int32_t added = 0;
     for (auto *item = meta.prop_meta_list->first; item != nullptr; item = item->next) {
-        if (matches(*item->object) && oru_do_prop_meta_list_add(out, item->object) > 0)
-            ++added;
+        if (!matches(*item->object))
+            continue;
+        if (oru_do_prop_meta_list_add(out, item->object) < 0)
+            return -1;
+        ++added;
     }
     return added;
 }

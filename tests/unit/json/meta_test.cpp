@@ -219,6 +219,29 @@ TEST_F(JsonMeta, ResourcesReadWithoutProperties) {
     EXPECT_EQ(one(R"({"mr_name":"M"})"), "none");
 }
 
+// A resource that lacks a property is never written whole.
+TEST_F(JsonMeta, ResourceWithoutMemoryForItsPropertiesStaysOpen) {
+    ORUDoMrMeta *meta = oru_do_mr_meta_new(name, nullptr, name, 15, nullptr, nullptr);
+    ORUDoPropMeta *prop = oru_do_prop_meta_new(name, 2, 0, 0, nullptr, 5, name, 1, 0, 1, 0);
+    for (int i = 0; i < 3; ++i)
+        oru_do_mr_meta_add_prop_meta(meta, prop);
+    const std::string whole = form<oru_do_mr_meta_to_json, ORUDoMrMeta>(meta);
+    oru::test::sweep_oom([&] {
+        ORUDoStrbuf *buf = oru_do_strbuf_new();
+        if (buf == nullptr)
+            return;
+        EXPECT_EQ(oru_do_mr_meta_to_json(meta, buf), 0);
+        const char *text = oru_do_strbuf_to_string(buf);
+        const std::string made = text != nullptr ? text : "";
+        if (oru_do_strbuf_get_err(buf) == 0) {
+            EXPECT_EQ(made.ends_with("}}"), made == whole) << made;
+        }
+        oru_do_strbuf_deref(buf);
+    });
+    oru_do_prop_meta_deref(prop);
+    oru_do_mr_meta_deref(meta);
+}
+
 TEST_F(JsonMeta, EveryAllocationMayFail) {
     for (const char *text :
          {R"({"%ntlist":{"a":{"%typedef_meta":{"name":"N","simple_type":"int","constraint_list":)"

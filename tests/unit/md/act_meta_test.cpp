@@ -43,6 +43,21 @@ TEST(ActMeta, EverythingMayBeLeftOut) {
     oru_do_act_meta_deref(meta);
 }
 
+TEST(ActMeta, WithoutMemoryThereIsNone) {
+    auto *params = oru_do_prop_meta_list_new();
+    oru::test::sweep_oom([&] {
+        auto *meta = oru_do_act_meta_new(nullptr, params, params, params);
+        EXPECT_EQ(meta == nullptr, oru::test::oom_hit());
+        oru_do_act_meta_deref(meta);
+    });
+    oru::test::sweep_oom([] {
+        auto *list = oru_do_act_meta_list_new();
+        EXPECT_EQ(list == nullptr, oru::test::oom_hit());
+        oru_do_act_meta_list_deref(list);
+    });
+    oru_do_prop_meta_list_deref(params);
+}
+
 TEST(ActMeta, NullIsRefusedByName) {
     EXPECT_EQ(oru_do_act_meta_get_name(nullptr), nullptr);
     EXPECT_ASSERTION(oru_do_act_meta_get_in_params(nullptr), "meta");

@@ -4,6 +4,7 @@
 #include <oru/act_meta.h>
 #include <oru/name.h>
 #include <oru/prop_meta.h>
+#include <oruplatform/poolheap.h>
 
 #include <string>
 #include <vector>
@@ -167,6 +168,27 @@ TEST_F(MrProps, AreSelectedByGroup) {
     EXPECT_EQ(added(oru_do_mr_meta_get_oper_prop_meta(meta, "ab", out)), Names{"ab.count"});
 }
 
+TEST_F(MrProps, SelectionThatIsNotWholeIsToldAsAFailure) {
+    oru::test::sweep_oom([this] {
+        int32_t (*const selections[])(ORUDoMrMeta *, ORUDoPropMetaList *) = {
+            oru_do_mr_meta_get_all_prop_meta, oru_do_mr_meta_get_key_prop_meta,
+            oru_do_mr_meta_get_child_ref_meta, oru_do_mr_meta_get_peer_ref_meta};
+        const int32_t whole[] = {10, 1, 1, 1};
+        for (int i = 0; i < 4; ++i) {
+            const int32_t result = selections[i](meta, out);
+            EXPECT_EQ(result, oru_do_prop_meta_list_get_len(out) == whole[i] ? whole[i] : -1);
+            EXPECT_TRUE(result > 0 || oru::test::oom_hit());
+            oru_do_prop_meta_list_clear(out);
+        }
+        const int32_t config = oru_do_mr_meta_get_cfg_prop_meta(meta, "ab", out);
+        EXPECT_EQ(config, oru_do_prop_meta_list_get_len(out) == 2 ? 2 : -1);
+        oru_do_prop_meta_list_clear(out);
+        const int32_t oper = oru_do_mr_meta_get_oper_prop_meta(meta, nullptr, out);
+        EXPECT_EQ(oper, oru_do_prop_meta_list_get_len(out) == 2 ? 2 : -1);
+        oru_do_prop_meta_list_clear(out);
+    });
+}
+
 TEST_F(MrProps, AreAddedAtAnIndex) {
     auto *name = oru_do_name_new("second");
     auto *prop = oru_do_prop_meta_new(name, ORU_PROP_KEY, 1, 1, nullptr, 5, name, 1, 0, 1, 0);
@@ -252,6 +274,60 @@ TEST(MrMeta, NullIsRefusedByName) {
     EXPECT_EQ(oru_do_mr_meta_bool_ref(nullptr), nullptr);
     oru_do_mr_meta_deref(nullptr);
     oru_do_mr_meta_bool_deref(nullptr);
+}
+
+TEST(MrMeta, WithoutMemoryThereIsNone) {
+    auto *name = oru_do_name_new("a.name.too.long.to.be.kept.inside.of.its.record");
+    oru::test::sweep_oom([name] {
+        auto *meta = oru_do_mr_meta_new(name, "1.0", name, 15, nullptr, nullptr);
+        EXPECT_EQ(meta == nullptr, oru::test::oom_hit());
+        oru_do_mr_meta_deref(meta);
+    });
+    oru::test::sweep_oom([] {
+        auto *flag = oru_do_mr_meta_bool_new(1);
+        EXPECT_EQ(flag == nullptr, oru::test::oom_hit());
+        oru_do_mr_meta_bool_deref(flag);
+    });
+    oru::test::sweep_oom([] {
+        auto *list = oru_do_mr_meta_list_new();
+        EXPECT_EQ(list == nullptr, oru::test::oom_hit());
+        oru_do_mr_meta_list_deref(list);
+    });
+    oru_do_name_deref(name);
+}
+
+// The list of properties that cannot be made gives 0, an entry of it -1.
+TEST(MrMeta, PropertyWithoutMemoryIsNotAdded) {
+    auto *name = oru_do_name_new("a");
+    auto *prop = oru_do_prop_meta_new(name, 2, 0, 0, nullptr, 5, name, 1, 0, 1, 0);
+    const auto add = [prop](ORUDoMrMeta *meta, bool at_index) {
+        return at_index ? oru_do_mr_meta_add_prop_meta_at_index(meta, prop, 0)
+                        : oru_do_mr_meta_add_prop_meta(meta, prop);
+    };
+    for (const bool at_index : {false, true}) {
+        auto *meta = new_mr();
+        poolheap_fail_nth(1, 0);
+        EXPECT_EQ(add(meta, at_index), 0);
+        poolheap_fail_nth(2, 0);
+        EXPECT_EQ(add(meta, at_index), -1);
+        poolheap_fail_off();
+        EXPECT_EQ(oru_do_mr_meta_get_prop_count(meta), 0);
+        EXPECT_EQ(add(meta, at_index), 1);
+        oru_do_mr_meta_deref(meta);
+    }
+    oru_do_prop_meta_deref(prop);
+    oru_do_name_deref(name);
+}
+
+TEST(MrMeta, ImplementationWithoutMemoryIsNotAdded) {
+    auto *library = new_mr(), *impl = new_mr("Impl");
+    poolheap_fail_nth(1, 0);
+    EXPECT_EQ(oru_do_mr_meta_add_impl_mr_meta(library, impl), 0);
+    poolheap_fail_nth(2, 0);
+    EXPECT_EQ(oru_do_mr_meta_add_impl_mr_meta(library, impl), -1);
+    poolheap_fail_off();
+    oru_do_mr_meta_deref(library);
+    oru_do_mr_meta_deref(impl);
 }
 
 TEST(MrMeta, WithoutMemoryNothingStaysBehind) {

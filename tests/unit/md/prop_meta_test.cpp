@@ -109,6 +109,21 @@ TEST(PropMeta, FiveAttributesAreBuiltIn) {
     EXPECT_ASSERTION(oru_attribute_is_builtin(nullptr), "name");
 }
 
+TEST(PropMeta, WithoutMemoryThereIsNone) {
+    auto *name = oru_do_name_new("a");
+    oru::test::sweep_oom([name] {
+        auto *meta = oru_do_prop_meta_new(name, 2, 0, 0, nullptr, 5, name, 1, 0, 1, 0);
+        EXPECT_EQ(meta == nullptr, oru::test::oom_hit());
+        oru_do_prop_meta_deref(meta);
+    });
+    oru::test::sweep_oom([] {
+        auto *list = oru_do_prop_meta_list_new();
+        EXPECT_EQ(list == nullptr, oru::test::oom_hit());
+        oru_do_prop_meta_list_deref(list);
+    });
+    oru_do_name_deref(name);
+}
+
 TEST(PropMeta, NullIsRefusedByName) {
     EXPECT_ASSERTION(oru_do_prop_meta_get_name(nullptr), "meta");
     EXPECT_ASSERTION(oru_do_prop_meta_get_category(nullptr), "meta");

@@ -82,6 +82,42 @@ TEST_F(TypedefMeta, NullIsRefusedByName) {
     oru_do_typedef_meta_deref(nullptr);
 }
 
+TEST_F(TypedefMeta, SimpleTypeWithoutMemoryForItsPartComesWithoutIt) {
+    auto *constraints = oru_do_constraint_list_new();
+    oru::test::sweep_oom(
+        [&] {
+            auto *meta = oru_do_typedef_meta_new_simpletype(name, 5, constraints);
+            if (meta != nullptr) {
+                const bool whole = !oru::test::oom_hit();
+                EXPECT_EQ(oru_do_typedef_meta_get_name(meta), name);
+                EXPECT_EQ(oru_do_typedef_meta_get_category(meta), 1);
+                EXPECT_EQ(oru_do_typedef_meta_get_simple_type(meta), whole ? 5 : -3);
+                EXPECT_EQ(oru_do_typedef_meta_get_constraint_list(meta),
+                          whole ? constraints : nullptr);
+                EXPECT_EQ(oru_do_typedef_meta_get_constraint(meta, name, nullptr), nullptr);
+            }
+            oru_do_typedef_meta_deref(meta);
+        },
+        {.promised_deaths = {}, .at_least = 2});
+    oru_do_constraint_list_deref(constraints);
+}
+
+TEST_F(TypedefMeta, OthersWithoutMemoryAreNull) {
+    auto *labels = oru_do_nvlist_new();
+    auto *members = oru_do_ntlist_new();
+    for (int kind = 0; kind < 3; ++kind) {
+        oru::test::sweep_oom([&] {
+            auto *meta = kind == 0   ? oru_do_typedef_meta_new_enum(name, labels)
+                         : kind == 1 ? oru_do_typedef_meta_new_sequence(name, members)
+                                     : oru_do_typedef_meta_new_choice(name, members);
+            EXPECT_EQ(meta == nullptr, oru::test::oom_hit());
+            oru_do_typedef_meta_deref(meta);
+        });
+    }
+    oru_do_nvlist_deref(labels);
+    oru_do_ntlist_deref(members);
+}
+
 TEST_F(TypedefMeta, BuiltinWithoutMemoryForItsPartComesWithoutIt) {
     oru::test::sweep_oom([] {
         auto *meta = oru_do_typedef_meta_new_builtin(5, nullptr);
