@@ -1,26 +1,55 @@
 // The merge of a library resource into one that implements it. Nothing is inherited at lookup time.
 #include "md/merge.h"
 
+#include "frame/trace.h"
 #include "md/records.h"
-#include "oru/md_lookup.h"
 #include "oru/mr_meta.h"
 
 namespace {
 
-ORUMdAttrMeta *copy_attr(const ORUMdAttrMeta &attr) {
+constexpr int32_t kAtEnd = -1;
+
+ORUMdAttrMeta *copy_of(const ORUMdAttrMeta &attr) {
     auto *copy = oru_md_new_attr_meta(attr.name, attr.group_name, attr.prop_meta);
     if (copy != nullptr)
         copy->typedef_meta = attr.typedef_meta;
     return copy;
 }
 
-ORUMdRefMeta *copy_ref(const ORUMdRefMeta &ref) {
+ORUMdRefMeta *copy_of(const ORUMdRefMeta &ref) {
     auto *copy = oru_md_new_ref_meta(ref.name, ref.prop_meta);
     if (copy != nullptr) {
         copy->is_child = ref.is_child;
         copy->target_mr = ref.target_mr;
     }
     return copy;
+}
+
+void release(ORUMdAttrMeta *attr) {
+    oru_md_delete_attr_meta(attr);
+}
+
+void release(ORUMdRefMeta *ref) {
+    oru_md_delete_ref_meta(ref);
+}
+
+bool describe(const ORUMdMrMeta &impl, ORUDoPropMeta *prop, int32_t index) {
+    return index == kAtEnd
+               ? oru_do_mr_meta_add_prop_meta(impl.do_mr_meta, prop) > 0
+               : oru_do_mr_meta_add_prop_meta_at_index(impl.do_mr_meta, prop, index) > 0;
+}
+
+// A copy for the implementation, whose property stands in its description then. Null without
+// memory: resolution goes on without this one, and says so.
+template <class Record>
+Record *take(const Record &record, const ORUMdMrMeta &impl, int32_t index) {
+    Record *copy = copy_of(record);
+    if (copy != nullptr && describe(impl, copy->prop_meta, index))
+        return copy;
+    release(copy);
+    ORU_TRACE(oru::Level::failure, "Failed to merge %s into %s\n", oru::text_of(record.name),
+              oru::text_of(impl.name));
+    return nullptr;
 }
 
 template <class Record>
@@ -31,43 +60,29 @@ void push_front(Record *&first, Record *record) {
 
 // Keys stand ahead of the implementation's own, in the order of the library, in the record's chain
 // and among the properties.
-void merge_keys(ORUMdAttrMeta *library, ORUMdAttrMeta *&own, ORUDoMrMeta *description) {
+void merge_keys(const ORUMdAttrMeta *library, ORUMdAttrMeta *&own, const ORUMdMrMeta &impl) {
     ORUMdAttrMeta *copies = nullptr;
     int32_t index = 0;
     for (auto *key = library; key != nullptr; key = key->next) {
         if (oru::find_named(own, key->name) != nullptr)
             continue;
-        auto *copy = copy_attr(*key);
-        if (copy == nullptr)
-            continue;
-        oru::append_record(copies, copy);
-        oru_do_mr_meta_add_prop_meta_at_index(description, copy->prop_meta, index++);
+        if (auto *copy = take(*key, impl, index)) {
+            oru::append_record(copies, copy);
+            ++index;
+        }
     }
     oru::chain_end(copies) = own;
     own = copies;
 }
 
-void merge_refs(const ORUMdMrMeta &library, ORUMdMrMeta &impl) {
-    for (auto *ref = library.refs; ref != nullptr; ref = ref->next) {
-        if (oru::find_named(impl.refs, ref->name) != nullptr)
+// References and configuration come in reverse, their properties behind all others.
+template <class Record>
+void merge_in_front(const Record *library, Record *&own, const ORUMdMrMeta &impl) {
+    for (auto *record = library; record != nullptr; record = record->next) {
+        if (oru::find_named(own, record->name) != nullptr)
             continue;
-        auto *copy = copy_ref(*ref);
-        if (copy == nullptr)
-            continue;
-        push_front(impl.refs, copy);
-        oru_do_mr_meta_add_prop_meta(impl.do_mr_meta, copy->prop_meta);
-    }
-}
-
-void merge_config(const ORUMdMrMeta &library, ORUMdMrMeta &impl) {
-    for (auto *attr = library.cd_attrs; attr != nullptr; attr = attr->next) {
-        if (oru::find_named(impl.cd_attrs, attr->name) != nullptr)
-            continue;
-        auto *copy = copy_attr(*attr);
-        if (copy == nullptr)
-            continue;
-        push_front(impl.cd_attrs, copy);
-        oru_do_mr_meta_add_prop_meta(impl.do_mr_meta, copy->prop_meta);
+        if (auto *copy = take(*record, impl, kAtEnd))
+            push_front(own, copy);
     }
 }
 
@@ -77,7 +92,7 @@ void merge_oper(const ORUMdMrMeta &library, ORUMdMrMeta &impl) {
     for (auto *attr = library.od_attrs; attr != nullptr; attr = attr->next) {
         if (oru::find_named(impl.od_attrs, attr->name) != nullptr)
             continue;
-        auto *copy = copy_attr(*attr);
+        auto *copy = take(*attr, impl, kAtEnd);
         if (copy == nullptr)
             continue;
         if (auto *replaced = impl.od_attrs; replaced != nullptr) {
@@ -85,16 +100,15 @@ void merge_oper(const ORUMdMrMeta &library, ORUMdMrMeta &impl) {
             oru_md_delete_attr_meta(replaced);
         }
         push_front(impl.od_attrs, copy);
-        oru_do_mr_meta_add_prop_meta(impl.do_mr_meta, copy->prop_meta);
     }
 }
 
 }  // namespace
 
 void oru::merge_library(const ORUMdMrMeta &library, ORUMdMrMeta &impl) {
-    merge_keys(library.primary_keys, impl.primary_keys, impl.do_mr_meta);
-    merge_keys(library.secondary_keys, impl.secondary_keys, impl.do_mr_meta);
-    merge_refs(library, impl);
-    merge_config(library, impl);
+    merge_keys(library.primary_keys, impl.primary_keys, impl);
+    merge_keys(library.secondary_keys, impl.secondary_keys, impl);
+    merge_in_front<ORUMdRefMeta>(library.refs, impl.refs, impl);
+    merge_in_front<ORUMdAttrMeta>(library.cd_attrs, impl.cd_attrs, impl);
     merge_oper(library, impl);
 }

@@ -37,11 +37,9 @@ void check_schema(const xmlNode *root) {
 // A package with the attributes of the root. Package and version are mandatory: a file without
 // them ends the process.
 ORUMdPkgMeta *new_package(const xmlNode *root, bool is_lib) {
-    const oru::XmlAttribute package_attribute(root, "package");
+    const oru::XmlAttribute package(root, "package");
     const oru::XmlAttribute version(root, "version");
-    const char *package = package_attribute.text();
-    ORU_REQUIRE(package);
-    const auto name = oru::Ref<ORUDoName>::adopt(oru_do_name_new(package));
+    const auto name = oru::Ref<ORUDoName>::adopt(oru_do_name_new(package.text()));
     if (!name)
         return nullptr;
     return oru_md_new_pkg_meta(name.get(), version.text(),

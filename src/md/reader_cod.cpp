@@ -157,10 +157,7 @@ int32_t read_definition(const PackageReader &reader, const CodElement &cod, ORUD
 
 // The mandatory name of a definition: a file without it ends the process.
 Ref<ORUDoName> definition_name(const xmlNode *element) {
-    const XmlAttribute attribute(element, "name");
-    const char *name = attribute.text();
-    ORU_REQUIRE(name);
-    return Ref<ORUDoName>::adopt(oru_do_name_new(name));
+    return Ref<ORUDoName>::adopt(oru_do_name_new(XmlAttribute(element, "name").text()));
 }
 
 int32_t read_config_definition(const PackageReader &reader, const xmlNode *element) {

@@ -131,13 +131,30 @@ bool is_circle(const ORUMdMrMeta *library, const ORUMdMrMeta &mr) {
     return library == &mr;
 }
 
+// Lists the resource at its library, as a record and as a description: both or none.
+bool list_impl(ORUMdMrMeta &library, ORUMdMrMeta &mr) {
+    if (oru_md_mr_meta_add_impl_mr_meta(&library, &mr) == nullptr)
+        return false;
+    if (oru_do_mr_meta_add_impl_mr_meta(library.do_mr_meta, mr.do_mr_meta) > 0)
+        return true;
+    auto *&link = oru::find_link(library.impl_mr_metas,
+                                 [&mr](ORUMdMrMetaList &entry) { return entry.mr == &mr; });
+    oru_md_mr_meta_list_delete(std::exchange(link, nullptr));
+    return false;
+}
+
+void tell_unresolved_impl(const ORUMdMrMeta &mr) {
+    ORU_TRACE(Level::failure, "Can't resolve impl mr extension %s from %s\n",
+              text_of(mr.parent_name), text_of(mr.name));
+}
+
+// What memory does not allow to list stays unresolved, for a later load to try again.
 void resolve_impl_parent(ORUMdMrMeta &mr) {
     if (mr.parent_name == nullptr)
         return;
     auto *library = oru_md_get_mr_meta_by_name(text_of(mr.parent_name));
     if (library == nullptr || is_circle(library, mr)) {
-        ORU_TRACE(Level::failure, "Can't resolve impl mr extension %s from %s\n",
-                  text_of(mr.parent_name), text_of(mr.name));
+        tell_unresolved_impl(mr);
         return;
     }
     if (oru_md_mr_meta_get_impl_mr_meta(library, &mr) != nullptr) {
@@ -147,8 +164,10 @@ void resolve_impl_parent(ORUMdMrMeta &mr) {
                   text_of(mr.name));
         return;
     }
-    oru_md_mr_meta_add_impl_mr_meta(library, &mr);
-    oru_do_mr_meta_add_impl_mr_meta(library->do_mr_meta, mr.do_mr_meta);
+    if (!list_impl(*library, mr)) {
+        tell_unresolved_impl(mr);
+        return;
+    }
     oru::merge_library(*library, mr);
     mr.parent_mr = library;
 }

@@ -185,17 +185,107 @@ TEST_F(Load, DirectoryWithThatSuffixIsNoPackage) {
     EXPECT_EQ(scan(1), 10000);
 }
 
-TEST_F(Load, LastFileDecides) {
-    // One of the two orders of the directory shows the good file last.
-    folder.write("a.oru2d", "<oru2dLib broken");
-    folder.write("b.oru2d", lib_package("", "good"));
-    folder.write("c.oru2d", "<oru2dLib broken");
-    Texts order;
+// The names in the order in which the directory shows them, which stays while files are written
+// anew.
+Texts shown(const Folder &folder) {
+    Texts names;
     for (const auto &entry : std::filesystem::directory_iterator(folder.path()))
-        order.push_back(entry.path().filename());
-    const bool good_last = order.back() == "b.oru2d";
-    EXPECT_EQ(scan(1), good_last ? 0 : 107);
-    EXPECT_NE(store->oru_md_get_pkg(store, "good", nullptr), nullptr);
+        names.push_back(entry.path().filename());
+    return names;
+}
+
+TEST_F(Load, LastFileDecides) {
+    for (const char *name : {"a.oru2d", "b.oru2d", "c.oru2d"})
+        folder.write(name, "");
+    const auto order = shown(folder);
+    ASSERT_EQ(order.size(), 3u);
+    folder.write(order[0], lib_package("", "first"));
+    folder.write(order[1], "<oru2dLib broken");
+    folder.write(order[2], lib_package("", "last"));
+    EXPECT_EQ(scan(1), 0);
+    EXPECT_NE(store->oru_md_get_pkg(store, "first", nullptr), nullptr);
+    EXPECT_NE(store->oru_md_get_pkg(store, "last", nullptr), nullptr);
+    oru_md_map_delete(std::exchange(store, nullptr));
+    folder.write(order[2], "<oru2dLib broken");
+    EXPECT_EQ(scan(1), 107);
+    EXPECT_NE(store->oru_md_get_pkg(store, "first", nullptr), nullptr);
+    oru_md_map_delete(std::exchange(store, nullptr));
+    folder.write(order[2], impl_package(""));  // of the other kind
+    EXPECT_EQ(scan(1), 0);
+}
+
+TEST_F(Load, BadFileBeforeAGoodOneIsForgotten) {
+    folder.write("a.oru2d", "");
+    folder.write("b.oru2d", "");
+    const auto order = shown(folder);
+    folder.write(order[0],
+                 lib_package("<typeDef><complexType name='x'> </complexType></typeDef>", "bad"));
+    folder.write(order[1], lib_package("", "good"));
+    auto *bundle = load();
+    ASSERT_NE(bundle, nullptr);
+    EXPECT_EQ(text(bundle->pkgs->name), "good");
+    EXPECT_EQ(oru_md_get_pkg_meta_by_name("bad"), nullptr);
+}
+
+// Every step of a load in its order.
+TEST_F(Load, EventsComeInOrder) {
+    folder.write("a.oru2d", lib_package(resources(resource("L", ""))));
+    folder.write("b.oru2d", impl_package(resources(resource("I", "", "implements='com.lib/L'"))));
+    TraceCapture traces;
+    EXPECT_EQ(oru_md_load_dir(folder.path().c_str(), "", ".oru2d", nullptr), 0);
+    const std::string skip =
+        "skipping ref resolution since the oru2d type is different from requested type\n";
+    const std::string minor =
+        "Minor Version Supported : 8, but also accepts all other Minor Versions\n";
+    const Texts expected{"Pending requests terminated, holding new requests\n",
+                         "Scanning " + folder.path() + " for metadata\n",
+                         "Loading " + folder.file("a.oru2d") + "...\n",
+                         "Schema version 1.8 found in oru2d file\n",
+                         "SUPPORTED MAJOR Version 1 \n",
+                         minor,
+                         "Added meta package com.lib...\n",
+                         "ORU2D type 1 resolution pass on bundle quill_default_bundle\n",
+                         "resolving refs in com.lib\n",
+                         "Scanning " + folder.path() + " for metadata\n",
+                         "Loading " + folder.file("b.oru2d") + "...\n",
+                         "Schema version 1.8 found in oru2d file\n",
+                         "SUPPORTED MAJOR Version 1 \n",
+                         minor,
+                         "Added meta package com.impl...\n",
+                         "ORU2D type 2 resolution pass on bundle quill_default_bundle\n",
+                         "resolving refs in com.lib\n",
+                         skip,
+                         "resolving refs in com.impl\n",
+                         "adding subclass I to L\n",
+                         "Request lock released\n"};
+    EXPECT_EQ(traces.at(7), expected);
+    EXPECT_EQ(traces.at(3), Texts{});
+}
+
+// The file goes between the look into it and the parse.
+TEST_F(Load, FileThatIsGoneWhenItIsParsedIsTold) {
+    folder.write("a.oru2d", lib_package(""));
+    struct Seen {
+        std::string path;
+        Texts failures;
+    } seen{folder.file("a.oru2d"), {}};
+    tracelet_set_sink(
+        [](void *context, const char *, uint32_t level, const char *words, const tracelet_place *) {
+            auto &told = *static_cast<Seen *>(context);
+            if (words == "Loading " + told.path + "...\n")
+                std::filesystem::remove(told.path);
+            if (level == 3)
+                told.failures.push_back(words);
+        },
+        &seen);
+    const uint32_t before = tracelet_get_threshold();
+    tracelet_set_threshold(7);
+    EXPECT_EQ(scan(1), 107);
+    tracelet_set_threshold(before);
+    tracelet_set_sink(nullptr, nullptr);
+    EXPECT_EQ(seen.failures,
+              (Texts{"Failed to open file '" + seen.path + "': No such file or directory\n",
+                     "Failed to load " + seen.path + "\n"}));
 }
 
 TEST_F(Load, SamePackageTwiceCollides) {
@@ -332,11 +422,11 @@ TEST_F(Load, GarbageIsRefusedWithoutAWordOfTheParser) {
 
 TEST_F(Load, PackageNeedsItsNameAndVersion) {
     folder.write("a.oru2d", "<oru2dLib version='1'/>");
-    EXPECT_ASSERTION(scan(1), "package");
+    EXPECT_ASSERTION(scan(1), "text");  // of the name that cannot be made
     folder.write("a.oru2d", "<oru2dLib package='p'/>");
     EXPECT_ASSERTION(scan(1), "version");
     folder.write("a.oru2d", lib_package("<configDataDef><configData/></configDataDef>"));
-    EXPECT_ASSERTION(scan(1), "name");
+    EXPECT_ASSERTION(scan(1), "text");
 }
 
 TEST_F(Load, NullIsRefusedByName) {
@@ -434,186 +524,6 @@ TEST_F(Load, SchemaVersionIsToldThoughThePackageCannotBeHad) {
                   traces.has(7, "Schema version 1.8 found in oru2d file\n"));
         oru_md_map_delete(store);
         store = nullptr;
-    });
-}
-
-// ---- Bundles ----
-
-class Bundles : public StoreTest {
-  protected:
-    Bundles() {
-        here_ = std::filesystem::current_path();
-        std::filesystem::current_path(folder.path());
-    }
-    ~Bundles() override { std::filesystem::current_path(here_); }
-
-    void write_bundle(const std::string &bundle, const std::string &content,
-                      const std::string &file = "a.oru2d") {
-        folder.write(bundle + "/usr/halden/etc/oru2d/" + file, content);
-    }
-
-  private:
-    std::filesystem::path here_;
-};
-
-const char *const kOnlyA[] = {"A", nullptr};
-const char *const kAB[] = {"A", "B", nullptr};
-const char *const kOnlyB[] = {"B", nullptr};
-
-TEST_F(Bundles, AreLoadedInTheOrderOfTheList) {
-    write_bundle("A", lib_package("", "pa"));
-    write_bundle("B", impl_package("", "pb"));
-    TraceCapture traces;
-    ORUMdPkgBundle *first = nullptr, *removed = nullptr;
-    EXPECT_EQ(oru_md_load_pkg_list(kAB, &first, &removed), 0);
-    ASSERT_NE(first, nullptr);
-    EXPECT_STREQ(first->name, "A");
-    EXPECT_STREQ(first->next->name, "B");
-    EXPECT_EQ(removed, nullptr);
-    const auto details = traces.at(7);
-    EXPECT_EQ(
-        std::count(details.begin(), details.end(), "Bundle A is new, scanning for metadata\n"), 2);
-    EXPECT_TRUE(traces.has(7, "Scanning A//usr/halden/etc//oru2d for metadata\n"));
-    EXPECT_FALSE(traces.has(7, "Pending requests terminated, holding new requests\n"));
-}
-
-TEST_F(Bundles, LockIsTakenOnlyWithoutOutputs) {
-    write_bundle("A", lib_package("", "pa"));
-    TraceCapture traces;
-    EXPECT_EQ(oru_md_load_pkg_list(kOnlyA, nullptr, nullptr), 0);
-    EXPECT_TRUE(traces.has(7, "Pending requests terminated, holding new requests\n"));
-    EXPECT_TRUE(traces.has(7, "Request lock released\n"));
-}
-
-TEST_F(Bundles, KnownOnesStayAndNewOnesAreGiven) {
-    write_bundle("A", lib_package("", "pa"));
-    write_bundle("B", lib_package("", "pb"));
-    EXPECT_EQ(oru_md_load_pkg_list(kOnlyA, nullptr, nullptr), 0);
-    TraceCapture traces;
-    ORUMdPkgBundle *first = nullptr;
-    EXPECT_EQ(oru_md_load_pkg_list(kAB, &first, nullptr), 0);
-    EXPECT_TRUE(traces.has(7, "Bundle A confirmed as active\n"));
-    ASSERT_NE(first, nullptr);
-    EXPECT_STREQ(first->name, "B");
-    EXPECT_EQ(oru_md_load_pkg_list(kAB, &first, nullptr), 0);
-    EXPECT_EQ(first, nullptr);  // nothing is new
-}
-
-TEST_F(Bundles, FirstOneThatIsNotNamedIsHandedOut) {
-    write_bundle("A", lib_package("", "pa"));
-    write_bundle("B", lib_package("", "pb"));
-    EXPECT_EQ(oru_md_load_pkg_list(kAB, nullptr, nullptr), 0);
-    TraceCapture traces;
-    ORUMdPkgBundle *removed = nullptr;
-    EXPECT_EQ(oru_md_load_pkg_list(kOnlyA, nullptr, &removed), 0);
-    EXPECT_TRUE(traces.has(7, "Bundle B is not in the new active list and will be removed\n"));
-    ASSERT_NE(removed, nullptr);
-    EXPECT_STREQ(removed->name, "B");
-    EXPECT_EQ(removed->next, nullptr);
-    EXPECT_EQ(oru_md_get_pkg_meta_by_name("pb"), nullptr);
-    oru_md_pkg_bundle_delete(removed);
-}
-
-TEST_F(Bundles, OnesBehindARemovedOneAreTakenForNew) {
-    write_bundle("A", lib_package("", "pa"));
-    write_bundle("B", lib_package("", "pb"));
-    EXPECT_EQ(oru_md_load_pkg_list(kAB, nullptr, nullptr), 0);
-    TraceCapture traces(3);
-    ORUMdPkgBundle *removed = nullptr;
-    // A goes, B stays unchecked, is scanned again and collides; with the failure goes the store.
-    EXPECT_EQ(oru_md_load_pkg_list(kOnlyB, nullptr, &removed), 10000);
-    EXPECT_TRUE(traces.has(3, "Metadata collision detected: pb is already present\n"));
-    EXPECT_TRUE(traces.has(3, "Failed to load metadata from B\n"));
-    ASSERT_NE(removed, nullptr);
-    EXPECT_STREQ(removed->name, "A");
-    EXPECT_EQ(oru_md_get_pkg_meta_by_name("pb"), nullptr);
-    oru_md_pkg_bundle_delete(removed);
-}
-
-TEST_F(Bundles, DeletedOneLeavesTheTableWithAllItsPackages) {
-    write_bundle("A", lib_package(resources(resource("L", "")), "pa"));
-    write_bundle("B", impl_package(resources(resource("I1", "", "implements='pa/L'")), "p1"));
-    write_bundle("B", impl_package(resources(resource("I2", "", "implements='pa/L'")), "p2"),
-                 "b.oru2d");
-    EXPECT_EQ(oru_md_load_pkg_list(kAB, nullptr, nullptr), 0);
-    auto *library = oru_md_get_mr_meta_by_name("pa/L");
-    ASSERT_NE(library->impl_mr_metas, nullptr);
-    EXPECT_EQ(oru_md_load_pkg_list(kOnlyA, nullptr, nullptr), 0);
-    EXPECT_EQ(oru_md_get_pkg_meta_by_name("p1"), nullptr);
-    EXPECT_EQ(oru_md_get_pkg_meta_by_name("p2"), nullptr);
-    EXPECT_EQ(library->impl_mr_metas, nullptr);
-}
-
-TEST_F(Bundles, ResolvedImplementationsAreNotAddedAgain) {
-    write_bundle("A", lib_package(resources(resource("L", "")), "pa"));
-    write_bundle("A", impl_package(resources(resource("I", "", "implements='pa/L'")), "pi"),
-                 "b.oru2d");
-    write_bundle("B", lib_package("", "pb"));
-    EXPECT_EQ(oru_md_load_pkg_list(kOnlyA, nullptr, nullptr), 0);
-    TraceCapture traces;
-    EXPECT_EQ(oru_md_load_pkg_list(kAB, nullptr, nullptr), 0);
-    EXPECT_TRUE(traces.has(7,
-                           "the reference between I and its parent library has already been "
-                           "resolved, no action needs to betaken\n"));
-    auto *library = oru_md_get_mr_meta_by_name("pa/L");
-    EXPECT_EQ(library->impl_mr_metas->next, nullptr);
-    EXPECT_EQ(oru_do_mr_meta_list_get_len(oru_do_mr_meta_get_impl_mr_meta(library->do_mr_meta)), 1);
-}
-
-TEST_F(Bundles, OfTwoWithTheSamePackageTheSecondFailsTheLoad) {
-    write_bundle("A", lib_package("", "twin"));
-    write_bundle("B", lib_package("", "twin", "2.0"));
-    TraceCapture traces(3);
-    EXPECT_EQ(oru_md_load_pkg_list(kAB, nullptr, nullptr), 10000);
-    EXPECT_EQ(traces.at(3), (Texts{"Metadata collision detected: twin is already present\n",
-                                   "Failed to load B//usr/halden/etc//oru2d/a.oru2d\n",
-                                   "Failed to load metadata from B\n"}));
-    EXPECT_EQ(oru_md_get_pkg_meta_by_name("twin"), nullptr);
-}
-
-TEST_F(Bundles, OutputsOfAFailedLoad) {
-    ORUMdPkgBundle some{};
-    ORUMdPkgBundle *first = &some, *removed = &some;
-    EXPECT_EQ(oru_md_load_pkg_list(kOnlyA, &first, &removed), 10004);
-    EXPECT_EQ(first, &some);  // there was no store
-    EXPECT_EQ(removed, nullptr);
-}
-
-TEST_F(Bundles, EmptyListIsRefusedAndTakesTheStoreWithIt) {
-    const char *const none[] = {nullptr};
-    const char *const empty[] = {"", "A", nullptr};
-    for (const char *const *list : {static_cast<const char *const *>(nullptr), none, empty}) {
-        write_bundle("A", lib_package("", "pa"));
-        EXPECT_EQ(oru_md_load_pkg_list(kOnlyA, nullptr, nullptr), 0);
-        TraceCapture traces(3);
-        EXPECT_EQ(oru_md_load_pkg_list(list, nullptr, nullptr), 10000);
-        EXPECT_EQ(traces.at(3), Texts{"Package list appears to be empty\n"});
-        EXPECT_EQ(oru_md_get_pkg_meta_by_name("pa"), nullptr);
-    }
-}
-
-TEST_F(Bundles, WithoutItsDirectoryABundleFailsTheLoad) {
-    TraceCapture traces;
-    EXPECT_EQ(oru_md_load_pkg_list(kOnlyA, nullptr, nullptr), 10004);
-    EXPECT_TRUE(traces.has(7, "Bundle A doesn't contain metadata\n"));
-    EXPECT_EQ(traces.at(3), Texts{"Failed to load metadata from A\n"});
-}
-
-TEST_F(Bundles, DirectoriesWithoutPackagesAreRefused) {
-    std::filesystem::create_directories(folder.file("A/usr/halden/etc/oru2d"));
-    TraceCapture traces(3);
-    EXPECT_EQ(oru_md_load_pkg_list(kOnlyA, nullptr, nullptr), 10000);
-    EXPECT_EQ(traces.at(3), Texts{"no package containing oru2ds was found\n"});
-}
-
-TEST_F(Bundles, WithoutMemoryTheStoreIsGone) {
-    write_bundle("A", lib_package("", "pa"));
-    write_bundle("B", impl_package("", "pb"));
-    sweep_oom([] {
-        const int32_t code = oru_md_load_pkg_list(kAB, nullptr, nullptr);
-        EXPECT_EQ(code == 0, oru_md_get_pkg_meta_by_name("pb") != nullptr);
-        EXPECT_TRUE(code == 0 || oom_hit());
-        oru_md_free();
     });
 }
 

@@ -88,6 +88,24 @@ class StoreTest : public testing::Test {
     Folder folder;
 };
 
+// A test whose bundles stand in its folder, the current one while it runs.
+class BundleTest : public StoreTest {
+  protected:
+    BundleTest() {
+        here_ = std::filesystem::current_path();
+        std::filesystem::current_path(folder.path());
+    }
+    ~BundleTest() override { std::filesystem::current_path(here_); }
+
+    void write_bundle(const std::string &bundle, const std::string &content,
+                      const std::string &file = "a.oru2d") {
+        folder.write(bundle + "/usr/halden/etc/oru2d/" + file, content);
+    }
+
+  private:
+    std::filesystem::path here_;
+};
+
 inline std::string text(ORUDoName *name) {
     return name != nullptr ? oru_do_name_get_strname(name) : "(null)";
 }
