@@ -4,7 +4,23 @@
 #include "md/records.h"
 #include "oru/md.h"
 #include "oru/mr_meta.h"
+#include "oru/rc.h"
 #include "oru/value.h"
+
+namespace {
+
+// A string value without memory for its text reads as empty; as a key it would be another one.
+ORUDoValue *new_key(const char *text) {
+    ORUDoValue *value = oru_do_value_new_string(text);
+    int32_t code = ORU_OK;
+    if (value != nullptr && oru_do_value_get_string(value, &code) == nullptr) {
+        oru_do_value_deref(value);
+        return nullptr;
+    }
+    return value;
+}
+
+}  // namespace
 
 ORUMdMrMeta *oru_md_new_mr_meta(ORUMdPkgMeta *package, ORUDoName *mr_name, ORUDoMrMeta *do_mr_meta,
                                 const char *parent_name, const char *const_key, int32_t is_lib) {
@@ -20,7 +36,7 @@ ORUMdMrMeta *oru_md_new_mr_meta(ORUMdPkgMeta *package, ORUDoName *mr_name, ORUDo
     if (parent_name != nullptr)
         mr->parent_name = oru_do_name_new(parent_name);
     if (const_key != nullptr)
-        mr->const_key = oru_do_value_new_string(const_key);
+        mr->const_key = new_key(const_key);
     if ((parent_name != nullptr && mr->parent_name == nullptr) ||
         (const_key != nullptr && mr->const_key == nullptr)) {
         oru_md_delete_mr_meta(mr);

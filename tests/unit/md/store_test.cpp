@@ -294,6 +294,10 @@ TEST(Resource, KeepsItsFields) {
     EXPECT_EQ(oru_md_is_impl_mr(mr), 0);
     oru_md_delete_mr_meta(mr);
     oru_md_delete_mr_meta(nullptr);
+    auto *empty = new_mr(package, "Port", "", "");
+    EXPECT_EQ(text(empty->parent_name), "");
+    EXPECT_STREQ(oru_do_value_get_string(oru_md_get_const_key(empty), &code), "");
+    oru_md_delete_mr_meta(empty);
     auto *plain = new_mr(package, "Slot");
     EXPECT_EQ(plain->parent_name, nullptr);
     EXPECT_EQ(oru_md_get_const_key(plain), nullptr);
