@@ -1,4 +1,6 @@
-// What the store does when its lock fails. The program brings a thread layer of three operations.
+// What the store does when its lock fails, or the resolution of a store. The program brings a
+// thread layer of three operations, and stores whose resolution can be made to fail.
+#include <dlfcn.h>
 #include <oru/md.h>
 #include <oru/md_lookup.h>
 #include <oru/uri.h>
@@ -8,7 +10,14 @@
 
 namespace {
 int32_t lock_result, unlock_result, unlocks;
+int32_t resolve_result, failing_pass;
+int32_t (*resolve_refs)(ORUMdMap *, int32_t);
+
+int32_t resolve_or_fail(ORUMdMap *store, int32_t pass) {
+    const int32_t code = resolve_refs(store, pass);
+    return pass == failing_pass ? resolve_result : code;
 }
+}  // namespace
 
 extern "C" {
 ORU_API int32_t oru_rwlock_wrlock(oru_rwlock_t *) {
@@ -20,6 +29,13 @@ ORU_API int32_t oru_rwlock_rdlock(oru_rwlock_t *) {
 ORU_API int32_t oru_rwlock_unlock(oru_rwlock_t *) {
     ++unlocks;
     return unlock_result;
+}
+ORU_API ORUMdMap *oru_md_map_new() {
+    const auto real = reinterpret_cast<ORUMdMap *(*)()>(dlsym(RTLD_NEXT, "oru_md_map_new"));
+    auto *store = real();
+    resolve_refs = store->oru_md_resolve_refs;
+    store->oru_md_resolve_refs = resolve_or_fail;
+    return store;
 }
 }
 
@@ -104,6 +120,61 @@ TEST_F(LockFailure, RootTypeStaysAsItIs) {
     EXPECT_EQ(oru_md_get_mr_meta_by_uri(uri, 0, nullptr, &rest, nullptr, nullptr, nullptr),
               oru_md_get_mr_meta_by_name("com.impl/System"));
     oru_do_uri_deref(uri);
+}
+
+// ---- Bundles, and resolution that fails ----
+
+class BundleFailure : public BundleTest {
+  protected:
+    void SetUp() override {
+        lock_result = unlock_result = resolve_result = failing_pass = 0;
+        write_bundle("A", lib_package(resources(resource("M", ""))));
+    }
+    void TearDown() override {
+        lock_result = unlock_result = resolve_result = failing_pass = 0;
+        oru_md_free();
+    }
+    static bool loaded() { return oru_md_get_mr_meta_by_name("com.lib/M") != nullptr; }
+    const char *const names[2] = {"A", nullptr};
+};
+
+TEST_F(BundleFailure, UnlockThatFailedIsToldOfALoadThatDidNot) {
+    unlock_result = 22;
+    EXPECT_EQ(oru_md_load_pkg_list(names, nullptr, nullptr), 10001);
+    EXPECT_TRUE(loaded());
+}
+
+TEST_F(BundleFailure, LockIsTheCallersWithOutputs) {
+    lock_result = unlock_result = 22;
+    unlocks = 0;
+    ORUMdPkgBundle *first = nullptr;
+    EXPECT_EQ(oru_md_load_pkg_list(names, &first, nullptr), 0);
+    EXPECT_EQ(unlocks, 0);
+    EXPECT_TRUE(loaded());
+}
+
+TEST_F(BundleFailure, ResolutionThatFailsFailsTheLoadInEachPass) {
+    for (const int32_t pass : {1, 2}) {
+        failing_pass = pass;
+        resolve_result = 107;
+        TraceCapture traces(3);
+        EXPECT_EQ(oru_md_load_pkg_list(names, nullptr, nullptr), 107);
+        EXPECT_EQ(traces.at(3),
+                  std::vector<std::string>{"Failed to resolve references in the metadata\n"});
+        EXPECT_FALSE(loaded());
+    }
+}
+
+TEST_F(BundleFailure, ResolutionThatFailsLeavesNoStoreOfADirectory) {
+    for (const int32_t pass : {1, 2}) {
+        failing_pass = pass;
+        resolve_result = 107;
+        TraceCapture traces(3);
+        EXPECT_EQ(oru_md_load_dir("A/usr", "/halden/etc/oru2d", ".oru2d", nullptr), 0);
+        EXPECT_EQ(traces.at(3),
+                  std::vector<std::string>{"Failed to resolve refs in /halden/etc/oru2d"});
+        EXPECT_FALSE(loaded());
+    }
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 #include <oru/prop_meta.h>
 #include <oru/strbuf.h>
 #include <oru/value.h>
+#include <oruplatform/poolheap.h>
 
 #include "tests/support/trace_capture.h"
 #include "tests/unit/md/store_support.h"
@@ -379,6 +380,73 @@ TEST_F(Reader, ConstraintAttributeOfAnEmptyElementIsNotRead) {
     EXPECT_EQ(oru_do_prop_meta_get_constraint_list(prop), nullptr);
 }
 
+TEST_F(Reader, ConstraintAttributeOfAnEmptyReferenceIsNotReadAndThatOfAMemberIs) {
+    auto *ref = read_prop("<reference name='r' targetIsA='T' constraint='size(1)'/>");
+    EXPECT_EQ(oru_do_prop_meta_get_constraint_list(ref), nullptr);
+    oru_md_free();
+    auto *type = read_type(
+        "<complexType name='C'><choice><m name='a' type='int' constraint='values(1)'/></choice>"
+        "</complexType>");
+    EXPECT_EQ(constraint_texts(type->complex_els->constraint_list),
+              Texts{"Constraint: values(1)\n"});
+}
+
+TEST_F(Reader, AssertIsReadByItsFirstChildNodes) {
+    auto *prop = read_prop(
+        "<configData><attribute name='a' type='int'><assert><constraint/></assert><assert>"
+        "<constraint>values(1)<!-- x -->default(2)</constraint></assert></attribute></configData>");
+    EXPECT_EQ(constraint_texts(oru_do_prop_meta_get_constraint_list(prop)),
+              Texts{"Constraint: values(1)\n"});
+}
+
+// A failed constraint of a type or member fails the package, that of an attribute only itself.
+TEST_F(Reader, ConstraintThatCannotBeHadFailsThePackageOfATypeOnly) {
+    const std::string assertion =
+        "<assert><condition>b.is_null()</condition><constraint>values(1)</constraint></assert>";
+    const struct {
+        std::string content;
+        bool fails;
+    } rows[] = {
+        {"<typeDef><simpleType name='T' base='int'>" + assertion + "</simpleType></typeDef>", true},
+        {"<typeDef><complexType name='C'><choice><m name='a' type='int'>" + assertion +
+             "</m></choice></complexType></typeDef>",
+         true},
+        {resources(resource("M", "<configData><attribute name='a' type='int'>" + assertion +
+                                     "</attribute></configData>")),
+         false},
+        {resources(resource(
+             "M", "<key><attribute name='a' type='int'>" + assertion + "</attribute></key>")),
+         false},
+        {resources(
+             resource("M", "<reference name='a' targetIsA='M'>" + assertion + "</reference>")),
+         false},
+    };
+    for (const auto &row : rows) {
+        folder.write("a.oru2d", lib_package(row.content));
+        int told = 0;
+        for (uint64_t nth = 1;; ++nth) {
+            ASSERT_LT(nth, 10000u);
+            TraceCapture traces(3);
+            poolheap_fail_nth(nth, 0);
+            EXPECT_EQ(oru_md_load_dir(folder.path().c_str(), "", ".oru2d", nullptr), 0);
+            const bool failed = poolheap_fail_hits() > 0;
+            poolheap_fail_off();
+            if (traces.has(3, "oru_do_condition creation failed.\n") ||
+                traces.has(3, "oru_do_constraint creation failed.\n")) {
+                ++told;
+                EXPECT_EQ(oru_md_get_pkg_meta_by_name("com.lib") == nullptr, row.fails);
+                EXPECT_TRUE(traces.has(3, row.fails
+                                              ? "Error occured processing typedef in com.lib...\n"
+                                              : "Error 10002 while parsing assert element"));
+            }
+            oru_md_free();
+            if (!failed)
+                break;
+        }
+        EXPECT_GE(told, 4) << row.content;  // condition and constraint, each a record and a text
+    }
+}
+
 TEST_F(Reader, ConditionBehindTheConstraintHasNoEffect) {
     auto *prop = read_prop(
         "<configData><attribute name='a' type='int'><assert>"
@@ -676,6 +744,35 @@ TEST_F(Reader, FaultyParameterFailsItsPackage) {
     EXPECT_EQ(traces.at(3)[0], "ORU2D property names and types are mandatory\n");
     EXPECT_EQ(traces.at(3)[1], "Error instantiating oru_do_prop_meta\n");
     EXPECT_EQ(traces.at(3)[2], "Error processing action node\n");
+}
+
+TEST_F(Reader, SmallImplementationIsReadWhole) {
+    folder.write("a.oru2d", lib_package(resources(resource("Port", "")), "com.example.lib"));
+    folder.write("b.oru2d",
+                 "<oru2dImpl package='com.example.net' version='1.0' schemaVersion='1.8'>"
+                 "<managedResourceDef><managedResource name='Port' "
+                 "implements='com.example.lib:1.0/Port'>"
+                 "<key><attribute name='id' type='unsignedInt'/></key>"
+                 "<reference name='peer' targetIsA='Link' targetRole='peer'/>"
+                 "<configData name='cfg'><attribute name='mtu' type='int'><assert><constraint>"
+                 "values(68..9216) default(1500)</constraint></assert></attribute></configData>"
+                 "<action name='reset'><inputParameter name='delay' type='int'/></action>"
+                 "</managedResource></managedResourceDef></oru2dImpl>");
+    ASSERT_NE(load(), nullptr);
+    auto *port = oru_md_get_mr_meta_by_name("com.example.net/Port");
+    ASSERT_NE(port, nullptr);
+    EXPECT_EQ(port->parent_mr, oru_md_get_mr_meta_by_name("com.example.lib/Port"));
+    EXPECT_EQ(text(port->primary_keys->name), "id");
+    EXPECT_EQ(oru_do_prop_meta_get_typecode(port->primary_keys->prop_meta), 4);
+    EXPECT_EQ(text(port->refs->target_name), "com.example.net:1.0/Link");
+    EXPECT_EQ(port->refs->is_child, 0);
+    EXPECT_EQ(port->refs->target_mr, nullptr);
+    EXPECT_EQ(text(port->cd_attrs->name), "cfg.mtu");
+    auto *constraint = oru_do_prop_meta_get_constraint(port->cd_attrs->prop_meta, 0);
+    EXPECT_STREQ(oru_do_constraint_get_str(constraint), "values(68..9216)default(1500)");
+    int32_t code = 0;
+    EXPECT_EQ(oru_do_value_get_int(oru_do_constraint_get_default_value(constraint), &code), 1500);
+    EXPECT_NE(oru_do_mr_meta_get_act_meta(port->do_mr_meta, "reset"), nullptr);
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 #include <oru/act_meta.h>
 #include <oru/constraint.h>
 #include <oru/mr_meta.h>
+#include <oru/ntlist.h>
 #include <oru/prop_meta.h>
 #include <oru/typedef_meta.h>
 
@@ -155,6 +156,68 @@ TEST_F(Resolve, TypesInACircleStopNothing) {
         "<complexType name='B'><choice><m name='a' type='A'/></choice></complexType></typeDef>" +
         resources(resource("M", "<configData>" + attribute("a", "A") + "</configData>")));
     EXPECT_NE(bundle, nullptr);
+}
+
+// Members are resolved behind the attributes of resources, so what is described on their way knows
+// the members of named types by their names alone.
+TEST_F(Resolve, TypeThatIsDescribedBeforeItsMembersAreResolvedKeepsThemUnknown) {
+    const std::string types =
+        "<typeDef><simpleType name='Inner' base='int'/><complexType name='C'><sequence>"
+        "<m name='a' type='Inner'/></sequence></complexType></typeDef>";
+    const auto member_type = [] {
+        auto *type = oru_md_get_typedef_meta_by_name("com.lib/C");
+        auto *members = oru_do_typedef_meta_get_sequence_members(oru_md_get_do_typedef_meta(type));
+        EXPECT_EQ(type->complex_els->typedef_meta,
+                  oru_md_get_typedef_meta_by_name("com.lib/Inner"));
+        return oru_do_ntlist_item_get_typedef(oru_do_ntlist_get_item(members, 0));
+    };
+    load_lib(types +
+             resources(resource("M", "<configData>" + attribute("c", "C") + "</configData>")));
+    EXPECT_EQ(oru_do_typedef_meta_get_simple_type(member_type()), -3);
+    EXPECT_EQ(text(oru_do_typedef_meta_get_name(member_type())), "");
+    oru_md_free();
+    // An implementation comes when the members of libraries are known.
+    load_both(types, resources(resource(
+                         "M", "<configData>" + attribute("c", "com.lib/C") + "</configData>")));
+    EXPECT_EQ(oru_do_typedef_meta_get_simple_type(member_type()), 5);
+    EXPECT_EQ(text(oru_do_typedef_meta_get_name(member_type())), "Inner");
+}
+
+TEST_F(Resolve, StepsOfAPackageComeInOrder) {
+    const auto resource_with_faults = [](const std::string &name) {
+        return resource(name,
+                        "<reference name='r' targetIsA='NoTarget" + name + "'/><operationalData>" +
+                            attribute("o", "NoOper" + name) + "</operationalData><configData>" +
+                            attribute("c", "NoConfig" + name) + "</configData><key>" +
+                            attribute("k", "NoKey" + name) + "</key><key>" +
+                            attribute("s", "NoSecond" + name) +
+                            "</key><action name='a'><errorParameter name='e' type='NoErr" + name +
+                            "'/><outputParameter name='u' type='NoOut" + name +
+                            "'/><inputParameter name='i' type='NoIn" + name + "'/></action>",
+                        "extends='NoBase" + name + "'");
+    };
+    const auto definition = [](const std::string &element) {
+        return "<" + element + "Def><" + element + " name='D' extends='No" + element + "'>" +
+               attribute("a") + "</" + element + "></" + element + "Def>";
+    };
+    TraceCapture traces(3);
+    load_lib(definition("operationalData") + definition("configData") +
+             resources(resource_with_faults("A") + resource_with_faults("B")) +
+             "<typeDef><complexType name='T'><choice><m name='m' type='NoMember'/></choice>"
+             "</complexType></typeDef>");
+    Texts expected{"Unresolved reference mr com.lib:1.0/NoTargetA\n",
+                   "Unresolved reference mr com.lib:1.0/NoTargetB\n"};
+    for (const std::string mr : {"A", "B"}) {
+        for (const char *type :
+             {"NoKey", "NoSecond", "NoConfig", "NoOper", "NoIn", "NoOut", "NoErr"})
+            expected.push_back("type " + (type + mr) + " unresolved\n");
+    }
+    const std::string cant = "Can't resolve library mr extension com.lib:1.0/No";
+    for (const std::string &line :
+         {std::string("Complex element type NoMember unresolved\n"), cant + "BaseA from A\n",
+          cant + "BaseB from B\n", cant + "configData from D\n", cant + "operationalData from D\n"})
+        expected.push_back(line);
+    EXPECT_EQ(traces.at(3), expected);
 }
 
 // ---- Parents ----

@@ -1,8 +1,12 @@
 // One thread loads and frees the store again and again while others read it under the lock and keep
 // descriptions beyond it.
+#include <oru/constraint.h>
 #include <oru/mr_meta.h>
+#include <oru/nlist.h>
 #include <oru/nvlist.h>
 #include <oru/prop_meta.h>
+#include <oru/properties.h>
+#include <oru/strbuf.h>
 #include <oru/typedef_meta.h>
 #include <oru/uri.h>
 #include <oru/value.h>
@@ -15,7 +19,7 @@
 namespace {
 
 constexpr int kRounds = 40;
-constexpr int kReaders = 3;
+constexpr int kReaders = 4;
 
 // What a reader finds: everything of the loaded store, or nothing of an absent one.
 void read_once(ORUDoMrMeta *&kept, std::atomic<int> &seen) {
@@ -68,6 +72,61 @@ TEST(StoreThreads, LoadAndReadSideBySide) {
     for (auto &reader : readers)
         reader.join();
     EXPECT_GT(seen, 0);
+}
+
+// Everything that a reader may ask of one resource: lookups, descriptions, constraints, conditions.
+void ask_all(ORUMdMrMeta &mr, ORUDoProperties *props) {
+    auto *value = oru_do_value_new_int(1);
+    for (auto *attr = mr.cd_attrs; attr != nullptr; attr = attr->next) {
+        EXPECT_NE(oru_md_get_attr_meta(&mr, attr->name), nullptr);
+        oru_md_eval_attr_constraint(attr, value, props);
+        oru_md_get_attr_constraint(attr, props);
+        if (attr->typedef_meta != nullptr)
+            oru_do_typedef_meta_get_category(oru_md_get_do_typedef_meta(attr->typedef_meta));
+        auto *strbuf = oru_do_strbuf_new();
+        if (auto *list = oru_md_get_attr_constraints(attr))
+            oru_do_constraint_list_to_strbuf(list, strbuf);
+        oru_do_strbuf_deref(strbuf);
+    }
+    char *message = nullptr;
+    oru_md_eval_mr_constraint(&mr, props, &message);
+    ORUDoNlist *names = nullptr;
+    for (const int32_t kind : {-1, 1})
+        oru_do_mr_meta_get_cond_prop_names(mr.do_mr_meta, props, kind, &names);
+    oru_do_nlist_deref(names);
+    auto *children = oru_do_mr_meta_list_new();
+    oru_md_get_descendant_mr_meta_list(&mr, children);
+    oru_do_mr_meta_list_deref(children);
+    oru_do_value_deref(value);
+}
+
+// The first readers of a store fill its caches side by side; then it is loaded anew.
+TEST(StoreThreads, FourReadersAskAllOfAStoreThatIsLoadedAgainAndAgain) {
+    for (int round = 0; round < kRounds / 8; ++round) {
+        ORUMdPkgBundle *bundle = nullptr;
+        EXPECT_EQ(oru_md_load_dir(NETWORK_PACKAGES, "", ".oru2d", &bundle), 0);
+        ASSERT_NE(bundle, nullptr);
+        std::atomic<int> ready = 0;
+        std::thread readers[kReaders];
+        for (auto &reader : readers) {
+            reader = std::thread([&] {
+                auto *props = oru_do_properties_new();
+                ready.fetch_add(1);
+                while (ready < kReaders)
+                    std::this_thread::yield();
+                EXPECT_EQ(oru_md_rdlock(), 0);
+                for (auto *package = bundle->pkgs; package != nullptr; package = package->next) {
+                    for (auto *mr = package->mrs; mr != nullptr; mr = mr->next)
+                        ask_all(*mr, props);
+                }
+                EXPECT_EQ(oru_md_unlock(), 0);
+                oru_do_properties_deref(props);
+            });
+        }
+        for (auto &reader : readers)
+            reader.join();
+        EXPECT_EQ(oru_md_free(), 0);
+    }
 }
 
 TEST(StoreThreads, FourLoadersAgreeOnOneStore) {
