@@ -21,28 +21,40 @@ inline long resident_bytes() {
                                                                    : 0;
 }
 
-// Prints the bytes of one object of those that `make(i)` makes and keeps. `prepare` runs before.
-template <class Prepare, class Make>
-void print_bytes_of(const char *what, const char *where, Prepare prepare, Make make) {
-    constexpr int kWarm = 1000;
-    constexpr int kCount = 200000;
+// Prints the bytes of one of the `count` objects that `make_all` makes and keeps. `prepare` runs
+// before.
+template <class Prepare, class MakeAll>
+void print_bytes_each(const char *what, const char *where, int count, Prepare prepare,
+                      MakeAll make_all) {
     std::fflush(stdout);
     const pid_t child = fork();
     if (child == 0) {
         prepare();
-        for (int i = 0; i < kWarm; i++) {
-            make(i);
-        }
         const long before = resident_bytes();
-        for (int i = 0; i < kCount; i++) {
-            make(i);
-        }
-        const double bytes = static_cast<double>(resident_bytes() - before) / kCount;
+        make_all();
+        const double bytes = static_cast<double>(resident_bytes() - before) / count;
         std::printf("%-32s %-10s %7.1f bytes\n", what, where, bytes);
         std::fflush(stdout);
         _exit(0);
     }
     waitpid(child, nullptr, 0);
+}
+
+// The same for objects that `make(i)` makes one by one.
+template <class Prepare, class Make>
+void print_bytes_of(const char *what, const char *where, Prepare prepare, Make make) {
+    constexpr int kWarm = 1000;
+    constexpr int kCount = 200000;
+    const auto make_many = [&make](int count) {
+        for (int i = 0; i < count; i++) {
+            make(i);
+        }
+    };
+    const auto prepare_and_warm = [&] {
+        prepare();
+        make_many(kWarm);
+    };
+    print_bytes_each(what, where, kCount, prepare_and_warm, [&] { make_many(kCount); });
 }
 
 }  // namespace oru::bench

@@ -43,8 +43,9 @@ inline void expect(const std::string &work, const std::string &peer, Bound bound
 // Registers a work for one contender, on one thread. The best of the repetitions counts, in time of
 // the processor: of many short ones, since on a machine that others use a long one is never left
 // alone.
-inline void compare(const std::string &name, void (*body)(benchmark::State &)) {
-    benchmark::RegisterBenchmark(name.c_str(), body)->Repetitions(100)->MinTime(0.002);
+inline void compare(const std::string &name, void (*body)(benchmark::State &),
+                    int repetitions = 100) {
+    benchmark::RegisterBenchmark(name.c_str(), body)->Repetitions(repetitions)->MinTime(0.002);
 }
 
 class RatioReporter : public benchmark::ConsoleReporter {
