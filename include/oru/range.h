@@ -38,11 +38,9 @@ enum {
 ORU_API ORUDoRange *oru_do_range_new_t(int32_t typecode);
 
 /*
- * A range from its text, asserted under "str": elements between "|", each a bound or two bounds
- * with
- * ".." between them, "*" for an open side, as in "1..5|7|10..*". All parentheses and blanks are
- * removed first. The first form takes the type from the first bound, see
- * `oru_do_range_add_lower_upper`.
+ * A range from its text, asserted under "str": elements between "|", each a bound, or two bounds
+ * around "..", "*" for an open side, as in "1..5|7|10..*". All parentheses and blanks are removed
+ * first. The first form takes the type from the first bound, see `oru_do_range_add_lower_upper`.
  */
 ORU_API ORUDoRange *oru_do_range_new_s(const char *str);
 ORU_API ORUDoRange *oru_do_range_new_s_t(int32_t typecode, const char *str);
@@ -94,7 +92,7 @@ ORU_API int32_t oru_do_range_add_string(ORUDoRange *range, const char *text);
 /*
  * 1 when an element matches the value, asserted under "value"; 0 when none does, and for an empty
  * range. Elements are tried in order up to one whose op is none, which is traced at level 6 as
- * "range constraint failed at op %d - %s\n" with the values.
+ * "range constraint failed at op %d - %s\n" with the values, when the logger's level is 6 or more.
  */
 ORU_API int32_t oru_do_range_eval_value(ORUDoRange *range, ORUDoValue *value);
 

@@ -3,6 +3,7 @@
 #include "do/value.h"
 #include "frame/trace.h"
 #include "md/range.h"
+#include "oru/logger.h"
 
 namespace {
 
@@ -10,6 +11,7 @@ using oru::Level;
 using oru::Ref;
 
 constexpr int32_t kNotComparable = -2;
+constexpr uint32_t kUnknownOpLogLevel = 6;
 
 bool is_known_op(int32_t op) {
     return op >= ORU_RANGE_EQUAL && op <= ORU_RANGE_BETWEEN;
@@ -51,8 +53,9 @@ void add_part(ORUDoStrbuf *strbuf, const char *label, ORUDoValue *value) {
     oru_do_value_to_strbuf(value, 0, strbuf);
 }
 
+// Building the text costs more than most messages: only a logger that asks gets it.
 void trace_unknown_op(const oru_range_el &el, ORUDoValue *value) {
-    if (!oru::trace_enabled(Level::action))
+    if (oru_logger_get_level() < kUnknownOpLogLevel || !oru::trace_enabled(Level::action))
         return;
     const auto strbuf = Ref<ORUDoStrbuf>::adopt(oru_do_strbuf_new());
     if (!strbuf)

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 #include <oru/iter.h>
+#include <oru/logger.h>
 
 #include <string>
 #include <vector>
@@ -400,7 +401,20 @@ TEST(RangeEval, MaximumIsTheLowerBoundOfTheFirstElement) {
     EXPECT_EQ(oru_do_range_eval_max_long(texts.get(), 0), 0);
 }
 
+// The logger's level for a scope.
+class LogLevel {
+  public:
+    explicit LogLevel(uint32_t level) { oru_logger_set_level(level); }
+    LogLevel(const LogLevel &) = delete;
+    LogLevel &operator=(const LogLevel &) = delete;
+    ~LogLevel() { oru_logger_set_level(before_); }
+
+  private:
+    uint32_t before_ = oru_logger_get_level();
+};
+
 TEST(RangeEval, UnknownOperatorEndsTheWalkAndIsTold) {
+    const LogLevel level(6);
     for (int32_t op : {0, 8, -1}) {
         const Range range(oru_do_range_new_t(kInt));
         const Value low(oru_do_value_new_int(2));
@@ -416,6 +430,7 @@ TEST(RangeEval, UnknownOperatorEndsTheWalkAndIsTold) {
 }
 
 TEST(RangeEval, PartsOfTheMessageAreThereWhenTheirValuesAre) {
+    const LogLevel level(7);
     const Range range = with_op(0, oru_do_value_new_string("x"));
     TraceCapture traces;
     EXPECT_FALSE(eval(range, oru_do_value_new_string("y")));
@@ -425,7 +440,14 @@ TEST(RangeEval, PartsOfTheMessageAreThereWhenTheirValuesAre) {
 
 TEST(RangeEval, UnknownOperatorIsSilentBelowItsLevel) {
     const Range range = with_op(0, oru_do_value_new_int(1));
-    TraceCapture traces(5);
+    const LogLevel told(6);
+    {
+        TraceCapture traces(5);
+        EXPECT_FALSE(eval(range, oru_do_value_new_int(1)));
+        EXPECT_EQ(traces.lines(), std::vector<Trace>{});
+    }
+    const LogLevel silent(5);
+    TraceCapture traces;
     EXPECT_FALSE(eval(range, oru_do_value_new_int(1)));
     EXPECT_EQ(traces.lines(), std::vector<Trace>{});
 }
@@ -507,6 +529,52 @@ TEST(RangeRead, TextWithoutElementsStays) {
         "bad|worse");
     EXPECT_STREQ(oru_do_range_get_range_str(Range(oru_do_range_new_s("")).get()), "");
     EXPECT_STREQ(oru_do_range_get_range_str(Range(oru_do_range_new_t(kInt)).get()), "");
+}
+
+/* ---- Records ---- */
+
+struct ElementRecord {
+    ORUDoValue *lower;
+    ORUDoValue *upper;
+    oru_range_el *next;
+    int32_t op;
+};
+
+struct RangeRecord {
+    char *range_str;
+    oru_range_el *first_el;
+    uint32_t ref;
+    int32_t typecode;
+};
+
+TEST(RangeRecords, HaveTheirFieldsInOrder) {
+    const Range range(oru_do_range_new_s_t(kInt, "( 1 .. 5 | 7 )"));
+    const auto &record = *reinterpret_cast<RangeRecord *>(range.get());
+    EXPECT_EQ(record.range_str, nullptr);  // the first element took it away
+    EXPECT_EQ(record.ref, 1u);
+    EXPECT_EQ(record.typecode, kInt);
+    ASSERT_EQ(record.first_el, oru_do_range_get_range_el(range.get()));
+    const auto &first = *reinterpret_cast<ElementRecord *>(record.first_el);
+    EXPECT_EQ(text_of(first.lower), "1");
+    EXPECT_EQ(text_of(first.upper), "5");
+    EXPECT_EQ(first.op, 7);
+    ASSERT_NE(first.next, nullptr);
+    const auto &second = *reinterpret_cast<ElementRecord *>(first.next);
+    EXPECT_EQ(text_of(second.lower), "7");
+    EXPECT_EQ(second.upper, nullptr);
+    EXPECT_EQ(second.op, 1);
+    EXPECT_EQ(second.next, nullptr);
+    EXPECT_EQ(oru_do_range_get_range_str(range.get()), record.range_str);
+}
+
+TEST(RangeRecords, TypeIsUnknownUntilAnElementIsAdded) {
+    const Range range(oru_do_range_new_t(kUnknown));
+    const auto &record = *reinterpret_cast<RangeRecord *>(range.get());
+    EXPECT_EQ(record.typecode, -3);
+    EXPECT_EQ(oru_do_range_add_lower_upper(range.get(), nullptr, nullptr), 0);
+    EXPECT_EQ(record.typecode, -3);
+    EXPECT_EQ(oru_do_range_add_lower_upper(range.get(), "0.5", nullptr), 0);
+    EXPECT_EQ(record.typecode, kDouble);
 }
 
 /* ---- Life, null and memory ---- */
@@ -623,6 +691,8 @@ TEST(RangeMemory, TextIsNullUntilItCanBeHad) {
 }
 
 TEST(RangeMemory, UnknownOperatorIsNotToldWithoutMemory) {
+    const LogLevel level(6);
+    const TraceCapture traces;
     sweep_oom([] {
         const Range range(oru_do_range_new_t(kInt));
         const Value value(oru_do_value_new_int(1));
