@@ -7,11 +7,14 @@
  * A constraint is a run of keywords, in any order, each with its arguments in parentheses:
  *
  *     values(1..5|7|10..*)   a range of allowed values, of the constraint's type
- *     size(..), strlen(..)   ranges of the count of elements of an array and of the bytes of a
- * string regex("[a-z]+")        an extended regular expression that a string has to match somewhere
- * in it; it can hold no parentheses, blanks, quotes, commas, bars or braces default(5) the default
- * value ordered_by(user), unique()   accepted and kept; each stands last, since it takes what
- * follows
+ *     size(1..3)             a range for the count of the elements of an array
+ *     strlen(1..9)           a range for the count of the bytes of a string
+ *     regex("[a-z]+")        an extended regular expression that is found somewhere in a string
+ *     default(5)             the default value
+ *     ordered_by(user)       accepted and kept; stands last, since it takes what follows
+ *     unique()               likewise
+ *
+ * A regular expression can hold no parentheses, blanks, quotes, commas, bars or braces.
  *
  * All blanks are removed first, also between quotes. A text has at most 100 words and signs; what
  * cannot be read is left out without a word, and the constraint stands as far as it got.
@@ -41,9 +44,10 @@ enum {
 
 /* ---- Making ----
  * The result has one reference, which is the caller's, and takes one of its own to `condition`,
- * null for a constraint that always applies. `str` is asserted and copied; `_l` takes `length`
- * bytes of it. Null when memory runs out and for a negative length. A pattern that does not compile
- * is told as "Unable to regcomp", at level 3, and the constraint stays without it. */
+ * null for a constraint that always applies. `str` is asserted and copied; `_l` takes at most
+ * `length` bytes of it, none when that is negative. Null when memory runs out, for no fault in a
+ * text. A pattern that does not compile is told as "Unable to regcomp", at level 3, and the
+ * constraint stays without it. */
 
 /* A constraint whose type is not known: the range of values takes the type of its first bound, and
    a default is a string. */

@@ -113,8 +113,9 @@ int32_t oru_do_constraint_to_json(ORUDoConstraint *constraint, ORUDoStrbuf *buf)
     ORU_REQUIRE(constraint);
     put(buf, "{\"%constraint\":{");
     if (ORUDoCondition *condition = oru_do_constraint_get_condition(constraint)) {
+        const char *expr = oru_do_condition_get_expr(condition);  // null without memory
         put_key(buf, "condition");
-        oru::json::put_escaped(buf, oru_do_condition_get_expr(condition));
+        oru::json::put_escaped(buf, expr != nullptr ? expr : "");
         put(buf, ",");
     }
     put_key(buf, "constraint_str");

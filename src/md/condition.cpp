@@ -128,7 +128,7 @@ oru::Ref<ORUDoCondition> oru::make_condition() {
 
 void oru::ObjectType<ORUDoCondition>::release_members(ORUDoCondition &self) {
     free_nodes(self.root);
-    const Text expr(self.expr);
+    replace_text(self.expr, nullptr);
     oru_do_nlist_deref(self.ext_prop_names);
 }
 

@@ -12,7 +12,13 @@
 
 namespace {
 
-using oru::Text;
+// A where clause whose text cannot be had prints as nothing.
+void put_condition(ORUDoCondition *condition, ORUDoStrbuf *strbuf) {
+    const char *expr = oru_do_condition_get_expr(condition);
+    oru_do_strbuf_add_string(strbuf, "Condition: ");
+    oru_do_strbuf_add_string(strbuf, expr != nullptr ? expr : "");
+    oru_do_strbuf_add_char(strbuf, '\n');
+}
 
 // Printing hands on an indent, which these texts do not have.
 void constraint_text(ORUDoConstraint *constraint, int32_t, ORUDoStrbuf *strbuf) {
@@ -24,7 +30,7 @@ void release_parts(ORUDoConstraint &constraint) {
     oru_do_range_deref(std::exchange(constraint.size, nullptr));
     oru_do_range_deref(std::exchange(constraint.values, nullptr));
     oru_do_range_deref(std::exchange(constraint.strlen, nullptr));
-    const Text pattern(std::exchange(constraint.regex_str, nullptr));
+    oru::replace_text(constraint.regex_str, nullptr);
     oru::free_regex(constraint.regex);
     constraint.ordered_by_user = 0;
     constraint.unique = 0;
@@ -55,7 +61,7 @@ void stamp(ORUDoValue *value, ORUDoTypedefMeta *meta) {
 }  // namespace
 
 void oru::ObjectType<ORUDoConstraint>::release_members(ORUDoConstraint &self) {
-    const Text text(self.constraint_str);
+    replace_text(self.constraint_str, nullptr);
     oru_do_condition_deref(self.condition);
     release_parts(self);
 }
@@ -80,12 +86,11 @@ ORUDoConstraint *oru_do_constraint_new_l_t(ORUDoCondition *condition, const char
                                            int32_t length, int32_t typecode,
                                            ORUDoEnumResolver resolver) {
     ORU_REQUIRE(str);
-    if (length < 0)
-        return nullptr;
+    const size_t size = length > 0 ? strnlen(str, static_cast<size_t>(length)) : 0;
     auto constraint = oru::make_ref<ORUDoConstraint>();
     if (!constraint)
         return nullptr;
-    char *text = oru::duplicate(str, static_cast<size_t>(length));
+    char *text = oru::duplicate(str, size);
     if (text == nullptr)
         return nullptr;
     *std::remove(text, text + std::strlen(text), ' ') = '\0';
@@ -131,11 +136,8 @@ int32_t oru_do_constraint_get_type(ORUDoConstraint *constraint) {
 void oru_do_constraint_to_strbuf(ORUDoConstraint *constraint, ORUDoStrbuf *strbuf) {
     if (constraint == nullptr)
         return;
-    if (constraint->condition != nullptr) {
-        oru_do_strbuf_add_string(strbuf, "Condition: ");
-        oru_do_strbuf_add_string(strbuf, oru_do_condition_get_expr(constraint->condition));
-        oru_do_strbuf_add_char(strbuf, '\n');
-    }
+    if (constraint->condition != nullptr)
+        put_condition(constraint->condition, strbuf);
     oru_do_strbuf_add_string(strbuf, "Constraint: ");
     oru_do_strbuf_add_string(strbuf, constraint->constraint_str);
     oru_do_strbuf_add_char(strbuf, '\n');

@@ -154,8 +154,10 @@ TEST(ConstraintParse, CountedTextEndsWhereItIsTold) {
     EXPECT_EQ(size_of(typed), "(none)");
     const Constraint none(oru_do_constraint_new_l(nullptr, "values(1)", 0));
     EXPECT_STREQ(oru_do_constraint_get_str(none.get()), "");
-    EXPECT_EQ(oru_do_constraint_new_l(nullptr, "values(1)", -1), nullptr);
-    EXPECT_EQ(oru_do_constraint_new_l_t(nullptr, "values(1)", -1, kInt, nullptr), nullptr);
+    const Constraint below(oru_do_constraint_new_l_t(nullptr, "values(1)", -1, kInt, nullptr));
+    EXPECT_STREQ(oru_do_constraint_get_str(below.get()), "");
+    const Constraint all(oru_do_constraint_new_l(nullptr, "values(1)", 1000));
+    EXPECT_STREQ(oru_do_constraint_get_str(all.get()), "values(1)");
 }
 
 TEST(ConstraintParse, UntypedFormsInferTheirTypes) {
