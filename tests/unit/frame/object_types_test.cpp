@@ -50,12 +50,15 @@ const Type kTypes[] = {
     {"oru_do_act_meta",
      [] { return static_cast<void *>(oru_do_act_meta_new(nullptr, nullptr, nullptr, nullptr)); }},
     {"oru_do_act_meta_list", made<oru_do_act_meta_list_new>},
+    {"oru_do_condition", [] { return static_cast<void *>(oru_do_condition_new("a.values(1)")); }},
     {"oru_do_config_op",
      [] {
          return static_cast<void *>(
              oru_do_config_op_new(1, nullptr, nullptr, nullptr, nullptr, nullptr));
      }},
     {"oru_do_config_ops", made<oru_do_config_ops_new>},
+    {"oru_do_constraint",
+     [] { return static_cast<void *>(oru_do_constraint_new(nullptr, "values(1)")); }},
     {"oru_do_constraint_list", made<oru_do_constraint_list_new>},
     {"oru_do_dtree", [] { return static_cast<void *>(oru_do_dtree_new_str("a")); }},
     {"oru_do_error", [] { return static_cast<void *>(oru_do_error_new(1, nullptr)); }},
@@ -74,6 +77,7 @@ const Type kTypes[] = {
     {"oru_do_prop_meta_list", made<oru_do_prop_meta_list_new>},
     {"oru_do_properties", made<oru_do_properties_new>},
     {"oru_do_properties_list", made<oru_do_properties_list_new>},
+    {"oru_do_range", [] { return static_cast<void *>(oru_do_range_new_s("1..5")); }},
     {"oru_do_rows_properties", made<oru_do_rows_properties_new>},
     {"oru_do_strbuf", made<oru_do_strbuf_new>},
     {"oru_do_typedef_meta",

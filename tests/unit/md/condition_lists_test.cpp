@@ -1,5 +1,7 @@
 // Conditions over parallel lists of names and values: whether they hold, and whether what is known
 // makes them false.
+#include <oruplatform/poolheap.h>
+
 #include "tests/support/death.h"
 #include "tests/support/oom.h"
 #include "tests/unit/md/condition_support.h"
@@ -129,6 +131,28 @@ TEST_F(ConditionLists, WhatIsNotKnownMakesNothingFalse) {
           "x.not_null()", "late.values(1)", "values(77)", "not_null()", "a.values()", "a.size(3)",
           "a.strlen(3)", "a.regex(\"y\")", "s.size(77)", "l.strlen(77)", "s.regex(\"[\")"})
         EXPECT_FALSE(made_false(term)) << term;
+}
+
+TEST_F(ConditionLists, StringWithoutATextIsNeitherMatchedNorMadeFalse) {
+    poolheap_fail_nth(2, false);
+    const Value without_text(oru_do_value_new_string("hello"));
+    poolheap_fail_off();
+    oru_do_nlist_clear(names.get());
+    oru_do_vlist_clear(values.get());
+    add("s", without_text);
+    for (const std::string term : {"s.strlen(0..9)", "s.regex(\"\")"}) {
+        EXPECT_FALSE(holds(term)) << term;
+        EXPECT_FALSE(holds("not " + term)) << term;
+        EXPECT_FALSE(made_false(term)) << term;
+        EXPECT_TRUE(made_false("not " + term)) << term;
+    }
+}
+
+TEST_F(ConditionLists, BitsAreNoArray) {
+    const Vlist words(oru_do_vlist_new());
+    add("w", Value(oru_do_value_new_bits(words.get())));
+    EXPECT_FALSE(holds("w.size(0)"));
+    EXPECT_FALSE(made_false("w.size(1)"));
 }
 
 TEST_F(ConditionLists, NotTurnsTheAnswerRoundForUnknownValuesToo) {

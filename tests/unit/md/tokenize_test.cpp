@@ -129,6 +129,9 @@ TEST(Tokenize, NullIsRefusedByName) {
     int32_t types[1];
     int32_t code = 0;
     EXPECT_ASSERTION(oru_do_condition_tokenize(nullptr, 1, texts, types, &code), "str");
+    EXPECT_ASSERTION(oru_do_condition_tokenize("a ", 1, nullptr, types, &code), "tokens");
+    EXPECT_ASSERTION(oru_do_condition_tokenize("a ", 1, texts, nullptr, &code), "types");
+    EXPECT_ASSERTION(oru_do_condition_tokenize("a ", 1, texts, types, nullptr), "errp");
 }
 
 TEST(Tokenize, WithoutMemoryTheCodeSaysSo) {
