@@ -78,6 +78,18 @@ ORU_API int32_t oru_do_prop_errs_to_json(ORUDoPropErrs *prop_errs, ORUDoStrbuf *
    out; nodes in the list of children have no tag of their own. */
 ORU_API int32_t oru_do_dtree_to_json(ORUDoDtree *dtree, ORUDoStrbuf *buf);
 
+/* {"%config_ops":[{"mr_uri":"...","op_code":n,"props":properties,"child_ref_name":"...",
+   "mr_name":"...","lib_mr_name":"...","err":error},...]} without the parts that an operation has
+   not; texts as they stand. The options are for the properties. Asserts "config_ops". */
+ORU_API int32_t oru_do_config_ops_to_json(ORUDoConfigOps *config_ops, ORUDoStrbuf *buf);
+ORU_API int32_t oru_do_config_ops_to_json_opt(ORUDoConfigOps *config_ops, ORUDoStrbuf *buf,
+                                              uint32_t options);
+
+/* {"%event":{"name":"...","mr_uri":"...","time":n,"sev":n,"info":properties}} without the parts
+   that the event has not; texts as they stand. The options are for `info`. Asserts "event". */
+ORU_API int32_t oru_do_event_to_json(ORUDoEvent *event, ORUDoStrbuf *buf);
+ORU_API int32_t oru_do_event_to_json_opt(ORUDoEvent *event, ORUDoStrbuf *buf, uint32_t options);
+
 /*
  * {"%typedef_meta":{"name":"...",...}} with "simple_type" and its "constraint_list", "enum",
  * "sequence" or "choice"; a description that lacks its part ends with a comma, which is no JSON.
@@ -149,6 +161,17 @@ ORU_API ORUDoError *oru_do_error_from_json(const char *text, int32_t length, ORU
 ORU_API ORUDoPropErrs *oru_do_prop_errs_from_json(const char *text, int32_t length,
                                                   ORUDoError **errp);
 ORU_API ORUDoDtree *oru_do_dtree_from_json(const char *text, int32_t length, ORUDoError **errp);
+
+/*
+ * Operations: one is made as soon as its code (-1 when it comes later), its URI and its properties
+ * are there, so names behind the properties are lost; without properties, or with the code 0, there
+ * is none. Errors are not read.
+ */
+ORU_API ORUDoConfigOps *oru_do_config_ops_from_json(const char *text, int32_t length,
+                                                    ORUDoError **errp);
+
+/* An event, which needs name, URI and info. */
+ORU_API ORUDoEvent *oru_do_event_from_json(const char *text, int32_t length, ORUDoError **errp);
 
 /*
  * Descriptions. Types of a kind that is not told give nothing. Of a property "category" and
@@ -229,6 +252,59 @@ ORU_API const oru_json_type_info *oru_json_get_type_info_by_value_type_code(int3
 /* Clears `errno` and feeds yajl's parser `handle`; the result is yajl's status. */
 struct yajl_handle_t;
 ORU_API int32_t oru_do_yajl_parse(struct yajl_handle_t *handle, const char *text, size_t length);
+
+/* ---- Expressions ----
+ * {"_add()":[1,"$n"]}: functions of values, which are computed where they are closed, innermost
+ * first, in every text that is read. docs/expressions.md tells them. */
+
+/*
+ * Evaluates a text. `resolve_fn` gives the value of a reference, a new reference, or null;
+ * `default_value` is what to give for one that is not known. `set_fn` stores a value. Both may be
+ * null, both get `user`.
+ *
+ * The result is a new value for the caller; null for a text that gives none. `errp`, which may be
+ * null, gets a reference to the last error whenever there was one, with a value or without.
+ *
+ * A division by zero, or of the lowest number by -1, ends the process with the processor's fault.
+ */
+ORU_API ORUDoValue *oru_do_json_eval_expr(
+    const char *text, int32_t length,
+    ORUDoValue *(*resolve_fn)(void *user, const char *text, ORUDoValue *default_value),
+    void (*set_fn)(void *user, const char *text, ORUDoValue *value), void *user, ORUDoError **errp);
+
+/* One function by its JSON type code, of a list of arguments that is not null. A new value; null
+   for a code that is no function and when there is none. An error overwrites `*errp`. */
+ORU_API ORUDoValue *oru_do_json_eval_expr_internal(
+    int64_t code, ORUDoVlist *args,
+    ORUDoValue *(*resolve_fn)(void *user, const char *text, ORUDoValue *default_value),
+    void (*set_fn)(void *user, const char *text, ORUDoValue *value), void *user, ORUDoError **errp);
+
+/* What the rows of functions in the table of types call: the value, or null with the failure in the
+   context. */
+ORU_API void *oru_json_expr_deser(ORUDoJsonCtxData *ctx, ORUDoJsonTmpObj *element);
+
+/* ---- Files and stored texts ---- */
+
+/*
+ * Read an object from a file. 0; the code of oru_read_file when that fails, traced at level 3; the
+ * code of the reader's error, or 10000 without one, traced at level 3 as well. `*plist`, `*props`
+ * and `*nlist` hold what was read, also beside an error, and stay as they are when there is no
+ * text. Assert "filename" and the place of the result.
+ */
+ORU_API int32_t oru_json_file_to_prop_list(const char *filename, ORUDoPropertiesList **plist);
+ORU_API int32_t oru_json_file_to_properties(const char *filename, ORUDoProperties **props);
+ORU_API int32_t oru_json_file_to_nlist(const char *filename, ORUDoNlist **nlist);
+
+/*
+ * The pending attributes that a provider keeps as a text in `val`: a new table in `*out`, an empty
+ * one for a null value. 0; 10002 when memory runs out for that; otherwise the code of what is wrong
+ * with the value or the text, which `holder` is told too.
+ */
+ORU_API int32_t oru_pending_attrs_from_oru_do_value_to_properties(ORUErrorIfc *holder,
+                                                                  ORUDoValue *val,
+                                                                  ORUDoProperties **out);
+
+/* ---- Life ---- */
 
 /* Sizes the pool of the reader's records. */
 ORU_API void *init_chunk_poolheap_json(intptr_t count, uintptr_t flags);

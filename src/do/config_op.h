@@ -27,6 +27,23 @@ struct ORUDoConfigOps {
     ORUDoConfigOpsItem *first;
 };
 
+namespace oru {
+
+// The link behind the last operation of a set, and how many stand in front of it: many are appended
+// without a walk for each.
+struct ConfigOpsEnd {
+    ORUDoConfigOpsItem **link;
+    int32_t length = 0;
+
+    explicit ConfigOpsEnd(ORUDoConfigOps &ops);
+    explicit ConfigOpsEnd(ORUDoConfigOpsItem **known) : link(known) {}
+    // Shares the operation. False when it finds no memory, which is told; it is left out then.
+    bool append(ORUDoConfigOp *op);
+    void step();
+};
+
+}  // namespace oru
+
 template <>
 struct oru::ObjectType<ORUDoConfigOp> {
     static constexpr const char *name = "oru_do_config_op";

@@ -6,6 +6,7 @@
 namespace {
 
 using Item = ORUDoConfigOpsItem;
+using oru::ConfigOpsEnd;
 using oru::Level;
 using oru::Ref;
 
@@ -26,29 +27,6 @@ void release_item(Item *item) {
     ph_free_named(item);
 }
 
-// The link behind the last item, and how many items stand in front of it.
-struct End {
-    Item **link;
-    int32_t length = 0;
-
-    explicit End(ORUDoConfigOps &ops) : link(&ops.first) {
-        while (*link != nullptr)
-            step();
-    }
-    void step() {
-        link = &(*link)->next;
-        ++length;
-    }
-    // An operation that finds no memory is left out.
-    bool append(ORUDoConfigOp *op) {
-        *link = make_item(op);
-        if (*link == nullptr)
-            return false;
-        step();
-        return true;
-    }
-};
-
 // The link that leads to the item at `index`, or to none; null for a negative index.
 Item **link_at(ORUDoConfigOps &ops, int32_t index) {
     if (index < 0)
@@ -67,6 +45,24 @@ void unlink(Item **link) {
 
 }  // namespace
 
+oru::ConfigOpsEnd::ConfigOpsEnd(ORUDoConfigOps &ops) : link(&ops.first) {
+    while (*link != nullptr)
+        step();
+}
+
+void oru::ConfigOpsEnd::step() {
+    link = &(*link)->next;
+    ++length;
+}
+
+bool oru::ConfigOpsEnd::append(ORUDoConfigOp *op) {
+    *link = make_item(op);
+    if (*link == nullptr)
+        return false;
+    step();
+    return true;
+}
+
 void oru::ObjectType<ORUDoConfigOps>::release_members(ORUDoConfigOps &self) {
     while (self.first != nullptr)
         unlink(&self.first);
@@ -81,7 +77,7 @@ ORUDoConfigOps *oru_do_config_ops_clone(ORUDoConfigOps *ops) {
     auto clones = oru::make_ref<ORUDoConfigOps>();
     if (!clones)
         return nullptr;
-    End end(*clones);
+    ConfigOpsEnd end(*clones);
     for (const Item *item = ops->first; item != nullptr; item = item->next) {
         const auto clone = Ref<ORUDoConfigOp>::adopt(oru_do_config_op_clone(item->op));
         if (!clone)
@@ -108,7 +104,7 @@ ORUDoConfigOps *oru_do_config_ops_reverse_order(ORUDoConfigOps *ops) {
 
 int32_t oru_do_config_ops_get_len(ORUDoConfigOps *config_ops) {
     ORU_REQUIRE(config_ops);
-    return End(*config_ops).length;
+    return ConfigOpsEnd(*config_ops).length;
 }
 
 ORUDoConfigOp *oru_do_config_ops_get_op(ORUDoConfigOps *config_ops, int32_t index) {
@@ -153,7 +149,7 @@ int32_t oru_do_config_ops_add(ORUDoConfigOps *ops, int32_t op_code, ORUDoUri *mr
 int32_t oru_do_config_ops_add_op(ORUDoConfigOps *ops, ORUDoConfigOp *op) {
     ORU_REQUIRE(ops);
     ORU_REQUIRE(op);
-    End end(*ops);
+    ConfigOpsEnd end(*ops);
     return end.append(op) ? end.length : 0;
 }
 
@@ -161,8 +157,8 @@ int32_t oru_do_config_ops_add_op(ORUDoConfigOps *ops, ORUDoConfigOp *op) {
 void oru_do_config_ops_add_ops(ORUDoConfigOps *config_ops, ORUDoConfigOps *new_ops) {
     ORU_REQUIRE(config_ops);
     ORU_REQUIRE(new_ops);
-    int32_t left = End(*new_ops).length;
-    End end(*config_ops);
+    int32_t left = ConfigOpsEnd(*new_ops).length;
+    ConfigOpsEnd end(*config_ops);
     for (const Item *item = new_ops->first; left > 0; item = item->next, --left)
         end.append(item->op);
 }

@@ -46,24 +46,6 @@ ValueRef next_child_index(ORUDoDtree *parent) {
     return next;
 }
 
-// A value, or null when the text gives none. `error` tells what was wrong on the way, which may
-// come along with a value.
-ValueRef evaluate(const char *text, RowContext &context, Ref<ORUDoError> &error) {
-    constexpr int64_t kValueKinds = 0x1010000;  // values, and what expressions give
-    constexpr int64_t kNull = 0x200000;
-    ORUDoJsonCtxData *parse = oru_do_json_parse_allow_expr(
-        text, static_cast<int32_t>(std::strlen(text)), 0, resolve_row, set_param, &context);
-    if (parse == nullptr)
-        return {};
-    ValueRef value;
-    if ((parse->completed_type & kValueKinds) != 0 || parse->completed_type == kNull)
-        value = ValueRef::adopt(
-            static_cast<ORUDoValue *>(std::exchange(parse->completed_obj, nullptr)));
-    error = Ref<ORUDoError>::share(parse->err);
-    oru_do_json_delete_ctx_data(parse);
-    return value;
-}
-
 // A default is a reference or an expression. What is wrong with it stays on the document's node.
 ValueRef default_of(const Fill &fill, ORUDtlNode &attr) {
     const char *text = attr.default_expr;
@@ -72,10 +54,12 @@ ValueRef default_of(const Fill &fill, ORUDtlNode &attr) {
     RowContext context = fill.row;
     if (is_variable(text))
         return ValueRef::adopt(resolve_row(&context, text, nullptr));
-    Ref<ORUDoError> error;
-    ValueRef value = evaluate(text, context, error);
-    if (error)
-        oru_dtl_tree_set_error(&attr, error.get());
+    ORUDoError *error = nullptr;
+    ValueRef value = ValueRef::adopt(oru_do_json_eval_expr(
+        text, static_cast<int32_t>(std::strlen(text)), resolve_row, set_param, &context, &error));
+    const auto owned = Ref<ORUDoError>::adopt(error);
+    if (owned)
+        oru_dtl_tree_set_error(&attr, owned.get());
     return value;
 }
 

@@ -91,5 +91,7 @@ FROM_JSON(ORUDoPropMeta, prop_meta, kTypePropMeta)
 FROM_JSON(ORUDoPropMetaList, prop_meta_list, kTypePropMetaList)
 FROM_JSON(ORUDoMrMeta, mr_meta, kTypeMrMeta)
 FROM_JSON(ORUDoMrMetaList, mr_meta_list, kTypeMrMetaList)
+FROM_JSON(ORUDoConfigOps, config_ops, kTypeConfigOps)
+FROM_JSON(ORUDoEvent, event, kTypeEvent)
 
 #undef FROM_JSON

@@ -9,8 +9,10 @@
 #include "frame/require.h"
 #include "frame/text.h"
 #include "json/yajl_memory.h"
+#include "oru/config_op.h"
 #include "oru/constraint.h"
 #include "oru/error.h"
+#include "oru/event.h"
 #include "oru/mr_meta.h"
 #include "oru/nlist.h"
 #include "oru/ntlist.h"
@@ -114,7 +116,8 @@ Element *make_element(Element *parent) {
 void free_element(Element *element) {
     free_items(element->items);
     free_items(element->tag_items);
-    oru_do_vtable_deref(static_cast<ORUDoVtable *>(element->obj));
+    if (element->obj != nullptr)
+        oru_do_json_free_obj(element->type_info->type_code, element->obj);
     if (element->owns_tag)
         ph_free_named(const_cast<char *>(element->tag));
     pool.give(element);
@@ -229,6 +232,8 @@ void oru_do_json_free_obj(int64_t type, void *object) {
         RELEASE(PropMetaList, prop_meta_list)
         RELEASE(MrMeta, mr_meta)
         RELEASE(MrMetaList, mr_meta_list)
+        RELEASE(ConfigOps, config_ops)
+        RELEASE(Event, event)
 #undef RELEASE
         default:
             break;

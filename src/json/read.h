@@ -14,6 +14,8 @@
 #include "frame/pool.h"
 #include "json/types.h"
 
+struct ORUDoConfigOpsItem;
+
 namespace oru::json {
 
 // A member of an object or an element of an array.
@@ -62,11 +64,12 @@ struct ORUDoJsonTmpObj {
     oru::json::Item *tag_items;  // of further keys that begin with "%"
     oru::json::Item *tag_items_tail;
     oru::json::Item *pending;  // waits for its value; the last one of its list
-    void *obj;                 // the table of a "%vtable"
+    void *obj;                 // the table of a "%vtable", the set of "%config_ops"
     int32_t depth;             // open brackets within this element
     oru::json::Element *parent;
     oru::json::Item *before_pending;
     bool owns_tag;
+    ORUDoConfigOpsItem **ops_end;  // the link behind the last operation of the set
 };
 
 namespace oru::json {
@@ -142,6 +145,8 @@ void *prop_errs_deser(ORUDoJsonCtxData *ctx, Element *element);
 void *dtree_deser(ORUDoJsonCtxData *ctx, Element *element);
 void *ntlist_deser(ORUDoJsonCtxData *ctx, Element *element);
 void *typedef_meta_deser(ORUDoJsonCtxData *ctx, Element *element);
+void *config_ops_deser(ORUDoJsonCtxData *ctx, Element *element);
+void *event_deser(ORUDoJsonCtxData *ctx, Element *element);
 void *constraint_deser(ORUDoJsonCtxData *ctx, Element *element);
 void *constraint_list_deser(ORUDoJsonCtxData *ctx, Element *element);
 void *prop_meta_deser(ORUDoJsonCtxData *ctx, Element *element);

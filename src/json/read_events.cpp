@@ -120,15 +120,6 @@ void leave_out_pending(Element &element) {
     free_items(item);
 }
 
-void *deserialise(Reader &reader, Element &element) {
-    if (element.type_info->deserialiser != nullptr)
-        return element.type_info->deserialiser(&reader.data, &element);
-    fail_type(reader, element);
-    ORU_TRACE(Level::failure, "error: no deserializer found for type %s",
-              rest_of_input(reader, element));
-    return nullptr;
-}
-
 void give_to_parent(Reader &reader, Element &parent, int64_t type, void *object) {
     Item *item = parent.pending;
     if (item == nullptr)
@@ -177,7 +168,7 @@ void pop(Reader &reader) {
         return;
     }
     const int64_t type = element.type_info->type_code;
-    void *object = deserialise(reader, element);
+    void *object = element.type_info->deserialiser(&reader.data, &element);
     if (element.parent != nullptr) {
         if (object != nullptr)
             give_to_parent(reader, *element.parent, type, object);

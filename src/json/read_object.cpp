@@ -194,7 +194,8 @@ void *vlist_deser(ORUDoJsonCtxData *ctx, Element *element) {
             fail_memory(ctx);
     }
     const Element *parent = element->parent;
-    if (list && parent != nullptr && parent->obj != nullptr) {
+    if (list && parent != nullptr && parent->obj != nullptr &&
+        parent->type_info->type_code == kTypeVtable) {
         auto *table = static_cast<ORUDoVtable *>(parent->obj);
         oru_do_vtable_add(table, list.get());
         if (table->last == nullptr)

@@ -1,11 +1,17 @@
 target_sources(oruapi PRIVATE
+  json/eval.cpp
+  json/eval_numbers.cpp
+  json/eval_texts.cpp
+  json/file.cpp
   json/from_json.cpp
   json/read.cpp
+  json/read_config.cpp
   json/read_events.cpp
   json/read_meta.cpp
   json/read_object.cpp
   json/read_value.cpp
   json/types.cpp
+  json/write_config.cpp
   json/write_list.cpp
   json/write_meta.cpp
   json/write_object.cpp

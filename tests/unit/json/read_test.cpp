@@ -232,15 +232,6 @@ TEST(JsonReadFailures, TheLastUnknownTagIsShownUnlessSomethingElseFailsBehindIt)
     EXPECT_TRUE(capture.has(3, "oru_do_json: unknown type %nope"));
 }
 
-TEST(JsonReadFailures, AnObjectWithoutATagThatNothingReads) {
-    const TraceCapture capture(3);
-    const Context ctx = parsed(R"({"a":1})", 0x400117);
-    EXPECT_EQ(code_of(ctx), 8);
-    EXPECT_STREQ(oru_do_error_get_msg(ctx->err), "(null)");
-    EXPECT_EQ(capture.at(3),
-              (std::vector<std::string>{"error: no deserializer found for type (null)"}));
-}
-
 TEST(JsonReadFailures, DefaultAndUnknownHaveNoRow) {
     for (const char *text : {R"({"%default":""})", R"({"%unknown":""})"}) {
         ORUDoError *err = nullptr;
@@ -292,16 +283,6 @@ TEST(JsonReadFailures, AnArrayIsReplacedWithoutAWord) {
     const Context ctx = parsed(R"([{"%array":[1]}])");
     EXPECT_EQ(code_of(ctx), 0);
     EXPECT_EQ(ctx->completed_type, 0x810014);
-}
-
-TEST(JsonReadFailures, TypesThatNothingReads) {
-    const TraceCapture capture(3);
-    const Context ctx = parsed(R"({"%event":{"a":1}})");
-    EXPECT_EQ(code_of(ctx), 8);
-    EXPECT_EQ(ctx->completed_obj, nullptr);
-    EXPECT_EQ(
-        capture.at(3),
-        (std::vector<std::string>{R"(error: no deserializer found for type %event":{"a":1}})"}));
 }
 
 TEST(JsonReadFailures, UnknownMembersAreLeftOut) {
