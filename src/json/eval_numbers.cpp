@@ -10,12 +10,14 @@ namespace oru::json {
 namespace {
 
 // Division is not guarded: by zero, and of the lowest number by -1, the processor ends the process.
-[[gnu::no_sanitize("undefined")]] uint64_t divide(uint64_t a, uint64_t b, bool is_unsigned) {
+__attribute__((no_sanitize("undefined"))) uint64_t divide(uint64_t a, uint64_t b,
+                                                          bool is_unsigned) {
     return is_unsigned ? a / b
                        : static_cast<uint64_t>(static_cast<int64_t>(a) / static_cast<int64_t>(b));
 }
 
-[[gnu::no_sanitize("undefined")]] uint64_t remainder(uint64_t a, uint64_t b, bool is_unsigned) {
+__attribute__((no_sanitize("undefined"))) uint64_t remainder(uint64_t a, uint64_t b,
+                                                             bool is_unsigned) {
     return is_unsigned ? a % b
                        : static_cast<uint64_t>(static_cast<int64_t>(a) % static_cast<int64_t>(b));
 }
