@@ -492,6 +492,45 @@ TEST_F(EvalPackage, MandatoryAttributeHasToBeThere) {
     EXPECT_ASSERTION(oru_md_eval_mr_constraint(record, properties({}).get(), nullptr), "message");
 }
 
+// Only a size of one bound, in the first constraint without a condition of an attribute of the
+// configuration.
+TEST_F(EvalPackage, SizeOfOneBoundMakesAnAttributeMandatory) {
+    const auto assertion = [](const std::string &constraint, const std::string &condition = "") {
+        const std::string when =
+            condition.empty() ? "" : "<condition>" + condition + "</condition>";
+        return "<assert>" + when + "<constraint>" + constraint + "</constraint></assert>";
+    };
+    const struct {
+        std::string group;
+        std::string asserts;
+        int32_t code;
+    } rows[] = {
+        {"configData", "", 0},
+        {"configData", assertion("size(1)"), 133},
+        {"configData", assertion("size(*..5)"), 133},
+        {"configData", assertion("size(5..*)"), 133},
+        {"configData", assertion("size(1..5)"), 0},
+        {"configData", assertion("size(1|2)"), 0},
+        {"configData", assertion("strlen(1)values(1)"), 0},
+        {"configData", assertion("size(1)", "b.is_null()"), 0},
+        {"configData", assertion("size(1..2)", "b.is_null()") + assertion("size(1)"), 133},
+        {"configData", assertion("strlen(1)") + assertion("size(1)"), 0},
+        {"operationalData", assertion("size(1)"), 0},
+        {"key", assertion("size(1)"), 0},
+    };
+    for (const auto &row : rows) {
+        oru_md_free();
+        load_lib(resources(resource("M", "<" + row.group + "><attribute name='a' type='int'>" +
+                                             row.asserts + "</attribute></" + row.group + ">")));
+        char *message = nullptr;
+        EXPECT_EQ(oru_md_eval_mr_constraint(oru_md_get_mr_meta_by_name("com.lib/M"),
+                                            properties({}).get(), &message),
+                  row.code)
+            << row.group << row.asserts;
+        EXPECT_EQ(message, nullptr);
+    }
+}
+
 TEST_F(EvalPackage, ConditionsWithoutADefaultConcernAllProperties) {
     EXPECT_EQ(extra(properties({{"code", 1}}), -1), (std::vector<std::string>{"state", "n"}));
     EXPECT_EQ(extra(properties({{"code", 1}, {"n", 1}}), -1), (std::vector<std::string>{"state"}));

@@ -6,7 +6,6 @@
 #include <oru/nvlist.h>
 #include <oru/prop_meta.h>
 #include <oru/properties.h>
-#include <oru/strbuf.h>
 #include <oru/typedef_meta.h>
 #include <oru/uri.h>
 #include <oru/value.h>
@@ -83,10 +82,11 @@ void ask_all(ORUMdMrMeta &mr, ORUDoProperties *props) {
         oru_md_get_attr_constraint(attr, props);
         if (attr->typedef_meta != nullptr)
             oru_do_typedef_meta_get_category(oru_md_get_do_typedef_meta(attr->typedef_meta));
-        auto *strbuf = oru_do_strbuf_new();
-        if (auto *list = oru_md_get_attr_constraints(attr))
-            oru_do_constraint_list_to_strbuf(list, strbuf);
-        oru_do_strbuf_deref(strbuf);
+        for (int32_t i = 0; auto *each = oru_do_prop_meta_get_constraint(attr->prop_meta, i); ++i) {
+            if (auto *values = oru_do_constraint_get_values(each)) {
+                EXPECT_NE(oru_do_range_get_range_str(values), nullptr);
+            }
+        }
     }
     char *message = nullptr;
     oru_md_eval_mr_constraint(&mr, props, &message);

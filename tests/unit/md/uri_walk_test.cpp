@@ -1,8 +1,10 @@
 // The walk of a URI through the metadata.
 #include <oru/mr_meta.h>
 #include <oru/nvlist.h>
+#include <oru/prop_meta.h>
 #include <oru/uri.h>
 #include <oru/value.h>
+#include <oruplatform/poolheap.h>
 
 #include "tests/support/death.h"
 #include "tests/support/trace_capture.h"
@@ -91,7 +93,9 @@ TEST_F(UriWalk, RootWithLastSegmentsIsNoRoot) {
 TEST_F(UriWalk, UnknownRootTypeReachesNothing) {
     oru_md_set_root_mr_type("com.none/System");
     EXPECT_EQ(walk("/shelves;id=1"), "(null)");
+    EXPECT_EQ(remainder, 0);
     EXPECT_EQ(walk("//"), "(null)");
+    EXPECT_EQ(remainder, 0);
 }
 
 TEST_F(UriWalk, ReachesTheEnd) {
@@ -179,6 +183,54 @@ TEST_F(UriWalk, TwoImplementationsThatFitAreAmbiguous) {
     EXPECT_EQ(walk("/both", 0, card()), "(null)");
     EXPECT_EQ(traces.at(3),
               (Texts{"ambiguous ref meta exiting\n", "seg_idx 0 in /both unresolved\n"}));
+}
+
+TEST_F(UriWalk, ImplementationWhoseReferenceHasNoTargetDoesNotCount) {
+    oru_md_get_ref_meta_w_str(mr("EthCard"), "both")->target_mr = nullptr;
+    EXPECT_EQ(walk("/both", 0, card()), "Laser");
+    oru_md_get_ref_meta_w_str(mr("OptCard"), "both")->target_mr = nullptr;
+    EXPECT_EQ(walk("/both", 0, card()), "(null)");
+}
+
+TEST_F(UriWalk, PeerReferenceOfAnImplementationEndsAtTheLibraryResource) {
+    auto *ports = oru_md_get_ref_meta_w_str(mr("EthCard"), "ports");
+    oru_do_prop_meta_set_ref_role(ports->prop_meta, ORU_REF_PEER);
+    EXPECT_EQ(walk("/ports;id=1/more", 0, card()), "Card");
+    EXPECT_EQ(remainder, 1);
+    EXPECT_EQ(peer, ports);
+}
+
+TEST_F(UriWalk, KeysOfAPeerAreCheckedToo) {
+    TraceCapture traces(3);
+    EXPECT_EQ(walk("/shelves;id=1/owner;none=1"), "(null)");
+    EXPECT_EQ(peer, nullptr);
+    EXPECT_EQ(traces.at(3), (Texts{"Incorrect keys in target MR\n",
+                                   "seg_idx 1 in /shelves;id=1/owner;none=1 unresolved\n"}));
+}
+
+TEST_F(UriWalk, SomeOfTheKeysAreEnough) {
+    TraceCapture traces(3);
+    auto *color = mr("Laser")->primary_keys;
+    auto *id = oru_md_new_attr_meta(color->name, nullptr, color->prop_meta);
+    oru_md_add_key_meta(mr("Laser"), id, 1);  // two keys, of which one is given
+    EXPECT_EQ(walk("/lasers;color=red", 0, mr("OptCard")), "Laser");
+    EXPECT_EQ(remainder, 0);
+    EXPECT_EQ(traces.at(3), Texts{});
+}
+
+// What a walk goes through asks for no memory.
+TEST_F(UriWalk, NeedsNoMemory) {
+    auto *uri = oru_do_uri_new("/shelves;id=1/cards;id=9/ports;id=2");
+    oru_do_uri_get_segment_count(uri);  // parses it
+    auto *root = mr("System");
+    int32_t rest = 0;
+    poolheap_fail_nth(1, 1);
+    auto *found = oru_md_get_mr_meta_by_uri(uri, 0, root, &rest, nullptr, nullptr, nullptr);
+    EXPECT_EQ(poolheap_fail_hits(), 0u);
+    poolheap_fail_off();
+    EXPECT_EQ(found, card());
+    EXPECT_EQ(rest, 1);
+    oru_do_uri_deref(uri);
 }
 
 TEST_F(UriWalk, OnlyTheImplementationThatIsTakenMarksASecondaryKey) {
