@@ -196,8 +196,8 @@ ORU_API int32_t oru_md_load_dir(const char *dir, const char *sub, const char *su
  * a call.
  *
  * `out_new` gets the first new bundle, `out_removed` the bundle that was taken out, which is then
- * the caller's, or null; without `out_removed` it is deleted. Only with both null the call takes
- * the write lock itself.
+ * the caller's, or null; without `out_removed` it is deleted, and no record of the others links
+ * to it any more. Only with both null the call takes the write lock itself.
  *
  * 0 or the code of the first failure: 10000 for an empty list or when nothing was found, 10001 for
  * the lock, 10002 without memory, 10004 for a bundle without packages. After a failure there is no

@@ -2,6 +2,7 @@
 #include "do/nlist.h"
 #include "frame/object.h"
 #include "frame/trace.h"
+#include "md/forget.h"
 #include "md/records.h"
 #include "md/store.h"
 #include "oru/nlist.h"
@@ -74,20 +75,18 @@ int32_t BundleLoad::read_names(const char *const *texts) {
     return ORU_OK;
 }
 
-// The store forgets the first package of the bundle, and all of them when they go with it.
+// The store forgets the first package of the bundle, and all of it when it is deleted.
 void BundleLoad::take_out(ORUMdPkgBundle *&link) {
     auto *bundle = link;
-    auto *package = bundle->pkgs;
-    if (package != nullptr)
-        md_store->oru_md_remove_pkg(md_store, package);
+    if (bundle->pkgs != nullptr)
+        md_store->oru_md_remove_pkg(md_store, bundle->pkgs);
     link = bundle->next;
     bundle->next = nullptr;
     if (out_removed != nullptr) {
         *out_removed = bundle;
         return;
     }
-    while (package != nullptr && (package = package->next) != nullptr)
-        md_store->oru_md_remove_pkg(md_store, package);
+    oru::forget_bundle(*md_store, *bundle);
     oru_md_pkg_bundle_delete(bundle);
 }
 

@@ -11,6 +11,7 @@ target_sources(oruapi PRIVATE
   md/constraint_list.cpp
   md/constraint_parse.cpp
   md/eval.cpp
+  md/forget.cpp
   md/load.cpp
   md/lookup.cpp
   md/lookup_within.cpp

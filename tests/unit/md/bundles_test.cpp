@@ -104,6 +104,76 @@ TEST_F(Bundles, DeletedOneLeavesTheTableWithAllItsPackages) {
     EXPECT_EQ(library->impl_mr_metas, nullptr);
 }
 
+// What stays has names to resolve again where its links led.
+TEST_F(Bundles, DeletedOneLeavesNoLinkToItsRecords) {
+    const std::string definitions =
+        "<typeDef><simpleType name='T' base='int'/></typeDef>"
+        "<configDataDef><configData name='D'><attribute name='a' type='int'/></configData>"
+        "</configDataDef><operationalDataDef><operationalData name='O'><attribute name='a' "
+        "type='int'/></operationalData></operationalDataDef>";
+    const std::string attribute = "<attribute name='t' type='pa.T'/>";
+    write_bundle("A", lib_package(definitions + resources(resource("L", "")), "pa"));
+    write_bundle(
+        "B",
+        impl_package(resources(resource("I",
+                                        "<reference name='r' targetIsA='pa/L'/><key>" + attribute +
+                                            "</key><configData name='c'>" + attribute +
+                                            "</configData><operationalData name='o'>" + attribute +
+                                            "</operationalData>",
+                                        "implements='pa/L'")),
+                     "pi"));
+    write_bundle("B",
+                 lib_package("<typeDef><complexType name='C'><choice><m name='m' type='pa.T'/>"
+                             "</choice></complexType></typeDef><configDataDef><configData name='E' "
+                             "extends='pa/D'><attribute name='a' type='int'/></configData>"
+                             "</configDataDef><operationalDataDef><operationalData name='P' "
+                             "extends='pa/O'><attribute name='a' type='int'/></operationalData>"
+                             "</operationalDataDef>" +
+                                 resources(resource("M", "", "extends='pa/L'")),
+                             "pl"),
+                 "b.oru2d");
+    write_bundle("D", lib_package("", "pD"));
+    write_bundle("F", lib_package("", "pF"));
+    const char *const other[] = {"D", nullptr}, *const third[] = {"F", nullptr};
+    EXPECT_EQ(oru_md_load_pkg_list(kAB, nullptr, nullptr), 0);
+    auto *impl = oru_md_get_mr_meta_by_name("pi/I"), *library = oru_md_get_mr_meta_by_name("pl/M");
+    auto *package = oru_md_get_pkg_meta_by_name("pl");
+    const auto links = [&] {
+        return std::vector<const void *>{impl->parent_mr,
+                                         impl->refs->target_mr,
+                                         impl->primary_keys->typedef_meta,
+                                         impl->cd_attrs->typedef_meta,
+                                         impl->od_attrs->typedef_meta,
+                                         library->parent_mr,
+                                         package->cds->extends_cod,
+                                         package->ods->extends_cod,
+                                         package->typedefs->complex_els->typedef_meta};
+    };
+    for (const auto *link : links())
+        EXPECT_NE(link, nullptr);
+    EXPECT_EQ(oru_md_load_pkg_list(other, nullptr, nullptr), 0);
+    EXPECT_EQ(links(), std::vector<const void *>(9));
+    EXPECT_EQ(oru_md_load_pkg_list(third, nullptr, nullptr), 0);  // the one that linked goes
+    EXPECT_EQ(oru_md_get_mr_meta_by_name("pi/I"), nullptr);
+    EXPECT_NE(oru_md_get_pkg_meta_by_name("pF"), nullptr);
+}
+
+TEST_F(Bundles, LinksAreResolvedAnewWhenTheirLibraryComesBack) {
+    write_bundle("A", lib_package(resources(resource("L", "")), "pa"));
+    write_bundle("B", impl_package(resources(resource("I", "", "implements='pa/L'")), "pb"));
+    write_bundle("C", lib_package(resources(resource("L", "")), "pa", "2.0"));
+    const char *const newer[] = {"C", nullptr};
+    EXPECT_EQ(oru_md_load_pkg_list(kAB, nullptr, nullptr), 0);
+    EXPECT_EQ(oru_md_load_pkg_list(newer, nullptr, nullptr), 0);
+    auto *library = oru_md_get_mr_meta_by_name("pa/L"), *impl = oru_md_get_mr_meta_by_name("pb/I");
+    ASSERT_NE(library, nullptr);
+    ASSERT_NE(impl, nullptr);
+    EXPECT_STREQ(library->package->version, "2.0");
+    EXPECT_EQ(impl->parent_mr, library);
+    ASSERT_NE(library->impl_mr_metas, nullptr);
+    EXPECT_EQ(library->impl_mr_metas->mr, impl);
+}
+
 TEST_F(Bundles, ResolvedImplementationsAreNotAddedAgain) {
     write_bundle("A", lib_package(resources(resource("L", "")), "pa"));
     write_bundle("A", impl_package(resources(resource("I", "", "implements='pa/L'")), "pi"),
