@@ -6,6 +6,8 @@
 #include <oru/condition.h>
 #include <oru/nlist.h>
 #include <oru/properties.h>
+#include <oru/range.h>
+#include <oru/util.h>
 
 #include <string>
 #include <vector>
@@ -47,6 +49,31 @@ inline std::vector<std::string> names_of(ORUDoNlist *list) {
     for (int32_t i = 0; i < oru_do_nlist_get_len(list); ++i)
         names.push_back(oru_do_name_get_strname(oru_do_nlist_get_name(list, i)));
     return names;
+}
+
+// The records, field by field.
+struct NodeRecord {
+    int32_t type;
+    char *op_str;
+    int32_t token_count;
+    char *tokens[16];
+    uint32_t negate;
+    oru_regexp *regex;
+    ORUDoName *prop_name;
+    ORUDoRange *range;
+    NodeRecord *next;
+    NodeRecord *first_child;
+};
+
+struct ConditionRecord {
+    uint32_t ref;
+    char *expr;
+    NodeRecord *root;
+    ORUDoNlist *ext_prop_names;
+};
+
+inline const ConditionRecord &record_of(const Condition &made) {
+    return *reinterpret_cast<ConditionRecord *>(made.get());
 }
 
 }  // namespace oru::test

@@ -411,29 +411,9 @@ TEST_F(ConditionTest, WithoutMemoryItIsNullOrStandsAsFarAsItCame) {
     sweep_oom(body, {.at_least = 20});
 }
 
-struct NodeRecord {
-    int32_t type;
-    char *op_str;
-    int32_t token_count;
-    char *tokens[16];
-    uint32_t negate;
-    oru_regexp *regex;
-    ORUDoName *prop_name;
-    ORUDoRange *range;
-    NodeRecord *next;
-    NodeRecord *first_child;
-};
-
-struct Record {
-    uint32_t ref;
-    char *expr;
-    NodeRecord *root;
-    ORUDoNlist *ext_prop_names;
-};
-
 TEST_F(ConditionTest, RecordsHaveTheirFieldsInOrder) {
     const auto made = condition("not a.values(1..5) or b.regex(\"x\")");
-    const auto &record = *reinterpret_cast<Record *>(made.get());
+    const ConditionRecord &record = record_of(made);
     EXPECT_EQ(record.ref, 1u);
     EXPECT_STREQ(record.expr, "not a.values(1..5) or b.regex(\"x\")");
     EXPECT_EQ(record.ext_prop_names, oru_do_condition_get_ext_prop_names(made.get()));
@@ -462,10 +442,54 @@ TEST_F(ConditionTest, RecordsHaveTheirFieldsInOrder) {
     EXPECT_EQ(second.next, nullptr);
 }
 
+TEST_F(ConditionTest, OperatorsMakeTheRootAndFirstTermsTakeItsPlace) {
+    const auto mixed = condition("a.values(1) and b.values(2) or c.values(3)");
+    const NodeRecord *node = record_of(mixed).root;
+    EXPECT_EQ(node->type, 1);
+    EXPECT_STREQ(node->op_str, "and");
+    node = node->first_child;
+    for (const char *op : {"a.values", "b.values", "c.values"}) {
+        ASSERT_NE(node, nullptr);
+        EXPECT_STREQ(node->op_str, op);
+        node = node->next;
+    }
+    EXPECT_EQ(node, nullptr);
+
+    const auto unjoined = condition("a.values(1) not b.is_null()");
+    node = record_of(unjoined).root;
+    EXPECT_EQ(node->type, 10);
+    EXPECT_EQ(node->negate, 0u);
+    ASSERT_NE(node->next, nullptr);
+    EXPECT_EQ(node->next->type, 14);
+    EXPECT_EQ(node->next->negate, 1u);
+    EXPECT_EQ(node->next->range, nullptr);
+
+    const auto single = condition("not (a.values(1))");
+    node = record_of(single).root;
+    EXPECT_EQ(node->type, 0);
+    EXPECT_EQ(node->op_str, nullptr);
+    EXPECT_EQ(node->negate, 1u);
+    ASSERT_NE(node->first_child, nullptr);
+    EXPECT_NE(node->first_child->range, nullptr);
+
+    const auto none = condition("");
+    node = record_of(none).root;
+    EXPECT_EQ(node->type, 1);
+    EXPECT_EQ(node->op_str, nullptr);
+    EXPECT_EQ(node->first_child, nullptr);
+}
+
+TEST_F(ConditionTest, LeafKeepsSixteenArguments) {
+    const auto made = condition("c.values(1|2|3|4|5|6|7|8|9|10|11|12|13|14|15|16|17)");
+    const NodeRecord &leaf = *record_of(made).root;
+    EXPECT_EQ(leaf.token_count, 16);
+    EXPECT_STREQ(leaf.tokens[15], "16");
+}
+
 TEST_F(ConditionTest, OneReleaseTooManyIsFatal) {
     EXPECT_FATAL(
         {
-            Record dead{};
+            ConditionRecord dead{};
             oru_do_condition_deref(reinterpret_cast<ORUDoCondition *>(&dead));
         },
         "Fatal problem in oru_do_condition deref handling 0x");

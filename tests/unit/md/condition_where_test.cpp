@@ -249,6 +249,38 @@ TEST(ConditionWhere, TextIsKept) {
     EXPECT_EQ(text_of(from(where())), "");
 }
 
+TEST(ConditionWhere, TreeHasANodeForEachItem) {
+    const auto made = from(where(Item{"a >=", number(1)}, Item{"b LIKE", text("x%y")},
+                                 Item{" OR ", group(Item{"c !", number(2)})}));
+    const ConditionRecord &record = record_of(made);
+    EXPECT_EQ(record.expr, nullptr);
+    EXPECT_EQ(record.root->type, 1);
+    EXPECT_EQ(record.root->op_str, nullptr);
+    const NodeRecord *node = record.root->first_child;
+    ASSERT_NE(node, nullptr);
+    EXPECT_EQ(node->type, 10);
+    EXPECT_STREQ(oru_do_name_get_strname(node->prop_name), "a");
+    EXPECT_EQ(node->token_count, 0);
+    EXPECT_EQ(oru_do_range_el_get_op(oru_do_range_get_range_el(node->range)), 6);
+    node = node->next;
+    ASSERT_NE(node, nullptr);
+    EXPECT_EQ(node->type, 13);
+    EXPECT_STREQ(oru_do_name_get_strname(node->prop_name), "b");
+    ASSERT_EQ(node->token_count, 1);
+    EXPECT_STREQ(node->tokens[0], "x*y");
+    EXPECT_NE(node->regex, nullptr);
+    EXPECT_EQ(node->range, nullptr);
+    node = node->next;
+    ASSERT_NE(node, nullptr);
+    EXPECT_EQ(node->type, 2);
+    EXPECT_EQ(node->next, nullptr);
+    ASSERT_NE(node->first_child, nullptr);
+    EXPECT_EQ(node->first_child->type, 10);
+    ORUDoRange *unknown = node->first_child->range;
+    ASSERT_NE(oru_do_range_get_range_el(unknown), nullptr);
+    EXPECT_EQ(oru_do_range_el_get_op(oru_do_range_get_range_el(unknown)), 0);
+}
+
 TEST(ConditionWhere, NamesNoPropertiesAndLeavesItsItemsAlone) {
     const Nvlist list = where(Item{"a >=", number(1)}, Item{" AND ", group()});
     const auto made = from(list);
