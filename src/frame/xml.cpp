@@ -1,11 +1,11 @@
 #include "frame/xml.h"
 
 #include <libxml/SAX2.h>
+#include <libxml/parser.h>
+#include <libxml/parserInternals.h>
 #include <libxml/xmlerror.h>
 
 #include <cstdint>
-
-#include "frame/xml_tree.h"
 
 namespace {
 
@@ -26,14 +26,20 @@ class SilentParser {
     void *context_;
 };
 
+void refuse(void *context) {
+    auto *parser = static_cast<xmlParserCtxt *>(context);
+    parser->wellFormed = 0;
+    xmlStopParser(parser);
+}
+
 void refuse_entity(void *context, const xmlChar *, int, const xmlChar *, const xmlChar *,
                    xmlChar *) {
-    oru::XmlTreeBuilder::refuse(context);
+    refuse(context);
 }
 
 void refuse_unparsed_entity(void *context, const xmlChar *, const xmlChar *, const xmlChar *,
                             const xmlChar *) {
-    oru::XmlTreeBuilder::refuse(context);
+    refuse(context);
 }
 
 // A short document could repeat a long default without end, once for every element that leaves the
@@ -45,10 +51,8 @@ void refuse_default(void *context, const xmlChar *element, const xmlChar *name, 
         return;
     }
     xmlFreeEnumeration(words);
-    oru::XmlTreeBuilder::refuse(context);
+    refuse(context);
 }
-
-constexpr int kOptions = XML_PARSE_NOERROR | XML_PARSE_NOWARNING | XML_PARSE_NONET;
 
 class Parser {
   public:
@@ -64,20 +68,22 @@ class Parser {
     Parser(const Parser &) = delete;
     Parser &operator=(const Parser &) = delete;
 
-    // `parse` makes the parser's own document, which holds what is declared and no elements.
-    template <class Parse>
-    oru::XmlDocument read(Parse parse) {
+    xmlDoc *read(int fd, const char *path) {
         if (context_ == nullptr)
-            return {};
-        oru::XmlTreeBuilder builder(*context_);
-        xmlDoc *declared = parse(context_);
-        if (declared == nullptr)
-            return {};
-        xmlFreeDoc(declared);
-        return builder.take_document();
+            return nullptr;
+        return xmlCtxtReadFd(context_, fd, path, nullptr, kOptions);
+    }
+
+    xmlDoc *read(const char *text, size_t size) {
+        if (context_ == nullptr || size > INT32_MAX)
+            return nullptr;
+        return xmlCtxtReadMemory(context_, text, static_cast<int>(size), nullptr, nullptr,
+                                 kOptions);
     }
 
   private:
+    static constexpr int kOptions = XML_PARSE_NOERROR | XML_PARSE_NOWARNING | XML_PARSE_NONET;
+
     xmlParserCtxt *context_;
 };
 
@@ -85,25 +91,19 @@ class Parser {
 
 oru::XmlDocument oru::read_xml(int fd, const char *path) {
     const SilentParser silent;
-    return Parser().read(
-        [=](xmlParserCtxt *parser) { return xmlCtxtReadFd(parser, fd, path, nullptr, kOptions); });
+    return XmlDocument(Parser().read(fd, path));
 }
 
 oru::XmlDocument oru::read_xml_text(const char *text, size_t size) {
-    if (size > INT32_MAX)
-        return {};
     const SilentParser silent;
-    return Parser().read([=](xmlParserCtxt *parser) {
-        return xmlCtxtReadMemory(parser, text, static_cast<int>(size), nullptr, nullptr, kOptions);
-    });
+    return XmlDocument(Parser().read(text, size));
 }
 
-oru::XmlAttribute::XmlAttribute(const xmlNode *element, const char *name) {
-    for (auto *property = static_cast<const XmlElement *>(element)->first_property;
-         property != nullptr; property = property->next) {
-        if (std::strcmp(property->name, name) == 0) {
-            text_ = property->value;
-            return;
-        }
-    }
+oru::XmlAttribute::XmlAttribute(const xmlNode *element, const char *name)
+    : text_(reinterpret_cast<char *>(
+          xmlGetNoNsProp(element, reinterpret_cast<const xmlChar *>(name)))) {}
+
+oru::XmlAttribute::~XmlAttribute() {
+    if (text_ != nullptr)
+        xmlFree(text_);
 }

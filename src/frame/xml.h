@@ -10,44 +10,24 @@
 #include <cstring>
 #include <utility>
 
-#include "frame/xml_arena.h"
-
 namespace oru {
-
-// An attribute that stands in no namespace.
-struct XmlProperty {
-    const char *name;
-    const char *value;
-    const XmlProperty *next;
-};
-
-// What all elements of a document are.
-struct XmlElement : xmlNode {
-    const XmlProperty *first_property;
-};
 
 // Owns a parsed document.
 class XmlDocument {
   public:
-    XmlDocument() = default;
-    XmlDocument(XmlArena arena, xmlDict *names, const XmlElement *root)
-        : arena_(std::move(arena)), names_(names), root_(root) {}
-    XmlDocument(XmlDocument &&other) noexcept { *this = std::move(other); }
+    explicit XmlDocument(xmlDoc *doc = nullptr) : doc_(doc) {}
+    XmlDocument(XmlDocument &&other) noexcept : doc_(std::exchange(other.doc_, nullptr)) {}
     XmlDocument &operator=(XmlDocument &&other) noexcept {
-        std::swap(arena_, other.arena_);
-        std::swap(names_, other.names_);
-        std::swap(root_, other.root_);
+        std::swap(doc_, other.doc_);
         return *this;
     }
-    ~XmlDocument() { xmlDictFree(names_); }
+    ~XmlDocument() { xmlFreeDoc(doc_); }
 
-    explicit operator bool() const { return root_ != nullptr; }
-    const xmlNode *root() const { return root_; }
+    explicit operator bool() const { return doc_ != nullptr; }
+    xmlNode *root() const { return xmlDocGetRootElement(doc_); }
 
   private:
-    XmlArena arena_;
-    xmlDict *names_ = nullptr;
-    const XmlElement *root_ = nullptr;
+    xmlDoc *doc_;
 };
 
 // Parses what the descriptor gives; false where it is no document. `path` is for places only.
@@ -56,18 +36,20 @@ XmlDocument read_xml(int fd, const char *path);
 // The same for a text.
 XmlDocument read_xml_text(const char *text, size_t size);
 
-// The value of an attribute that stands in no namespace, lent by the document; null for one that
-// there is not.
+// Owns the value of an attribute that stands in no namespace; null for one that there is not.
 class XmlAttribute {
   public:
     XmlAttribute(const xmlNode *element, const char *name);
+    XmlAttribute(const XmlAttribute &) = delete;
+    XmlAttribute &operator=(const XmlAttribute &) = delete;
+    ~XmlAttribute();
 
     const char *text() const { return text_; }
     explicit operator bool() const { return text_ != nullptr; }
     bool is(const char *text) const { return text_ != nullptr && std::strcmp(text_, text) == 0; }
 
   private:
-    const char *text_ = nullptr;
+    char *text_;
 };
 
 inline const char *xml_name(const xmlNode *node) {

@@ -9,25 +9,21 @@ namespace {
 using oru::Level;
 using oru::Ref;
 
-// The text of an element's first child node; null without.
+// The text of an element's first child node, owned; null without.
 class ElementText {
   public:
-    explicit ElementText(const xmlNode *element) : text_(content_of(element->children)) {}
+    explicit ElementText(const xmlNode *element)
+        : text_(element->children != nullptr ? xmlNodeGetContent(element->children) : nullptr) {}
     ElementText(const ElementText &) = delete;
     ElementText &operator=(const ElementText &) = delete;
-    ~ElementText() { xmlFree(gathered_); }
+    ~ElementText() {
+        if (text_ != nullptr)
+            xmlFree(text_);
+    }
     const char *text() const { return reinterpret_cast<const char *>(text_); }
 
   private:
-    // Only that of an element has to be gathered.
-    const xmlChar *content_of(const xmlNode *node) {
-        if (node == nullptr || node->type != XML_ELEMENT_NODE)
-            return node != nullptr ? node->content : nullptr;
-        return gathered_ = xmlNodeGetContent(node);
-    }
-
-    xmlChar *gathered_ = nullptr;
-    const xmlChar *text_;
+    xmlChar *text_;
 };
 
 // Constraints are read with the type of their element, and anew where that is resolved later.
