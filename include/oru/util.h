@@ -69,9 +69,11 @@ typedef struct oru_regexp {
 /*
  * Compiles `pattern` with the `flags` of `regcomp` into a new holder in `*out`. The result is 0, or
  * the code of `regcomp`, traced at level 3 with its words; `*out` stays as it was then. 12 when the
- * expression cannot be stored, and for a pattern that would need memory without measure: groups
- * nested deeper than 1,000, nested repeat counts that multiply to more than 10,000 ("+" repeats
- * twice).
+ * expression cannot be stored, and for a pattern that would need memory or time without measure:
+ * groups nested deeper than 1,000, nested repeat counts that multiply to more than 10,000 ("+"
+ * repeats twice), some 1,000 elements in a row that may match nothing, counted with their repeats,
+ * as in "(a*){1000}" and "a*+++++++++", and more than 20 places such as "^" and "\b" in a row, or
+ * three that are repeated together.
  *
  * When the holder itself cannot be had the result is 0 and `*out` stays as it was: set it to null
  * first and test it.

@@ -3,8 +3,9 @@
 
 namespace oru {
 
-// Whether compiling the pattern would take memory or stack without measure: the C library writes
-// out every repeat count, those within repeated groups once for each, and descends into groups.
+// Whether compiling the pattern would take memory, stack or time without measure: the C library
+// writes out every repeat count, those within repeated groups once for each, descends into groups,
+// and follows all ways through elements that may match nothing.
 bool regexp_is_too_costly(const char *pattern, bool extended);
 
 }  // namespace oru

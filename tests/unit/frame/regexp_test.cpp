@@ -169,6 +169,33 @@ INSTANTIATE_TEST_SUITE_P(
                     Costly{nested(30, "?"), false}, Costly{nested(900, ""), false},
                     Costly{nested(1000, ""), true}, Costly{nested(100000, ""), true}));
 
+// Each of those that are refused would take the C library seconds, minutes or gigabytes.
+INSTANTIATE_TEST_SUITE_P(
+    EmptyRows, RegexpCost,
+    testing::Values(Costly{"a*++++++++", false}, Costly{"a*+++++++++", true},
+                    Costly{"a++++*++++++++;++", true}, Costly{"((a*)+)+++++++++", true},
+                    Costly{"(a*){400}", false}, Costly{"(a*){1000}", true},
+                    Costly{"(a?b?c?){200}", false}, Costly{"(a?b?c?){400}", true},
+                    Costly{"(a*b){3000}", false},  // something stands between
+                    Costly{"(a*|b*){1000}", true}, Costly{"(()|()){1000}", true},
+                    Costly{"a{0,4000}", false},  // one element
+                    Costly{"(a*){1000,}", true}, Costly{"(a*){1,}b", false}));
+
+INSTANTIATE_TEST_SUITE_P(
+    Places, RegexpCost,
+    testing::Values(
+        Costly{"^(([0-9]|[1-9][0-9]|25[0-5])\\.){3}[0-9]+$", false},
+        Costly{"(^|,)[a-z]+(,|$)", false}, Costly{"\\b[a-z]+\\b", false}, Costly{"(^a|b$)*", false},
+        Costly{"(x(^|$)y){500}", false}, Costly{std::string(20, '$'), false},
+        Costly{std::string(21, '$'), true}, Costly{"($){19}", false}, Costly{"($){1000}", true},
+        Costly{"(^|$){9}", false}, Costly{"(^|$){100}", true}, Costly{"(\\b){100}", true},
+        Costly{"(\\B){100}", true}, Costly{"(\\<|\\>){100}", true}, Costly{"(\\`|\\'){100}", true},
+        Costly{"(\\b)+", false}, Costly{"(\\b)++++", true}, Costly{"(^|$)+", false},
+        Costly{"(^|$)+++", true}, Costly{"((\\b)*){2}", false}, Costly{"((\\b)*){9}", true},
+        Costly{"(\\b\\b\\b)*", true}, Costly{"((^|$)?){9}", true}, Costly{"((\\b)?){9}", false},
+        Costly{"((^|$|\\b|\\<)*)*", true}, Costly{"(\\[^$^$^$^$^$^$^$^$^$^$^$^$\\])", true},
+        Costly{"([$^$^$^$^$^$^$^$^$^$^$^$]){9}", false}));
+
 // What is no pattern is left to the C library, whatever its cost would be.
 TEST_F(Regexp, PatternsThatAreNoneGetTheCodeOfTheCLibrary) {
     for (const char *pattern : {"[[:a", "a\\", "\\(a", "(a", "a\\)", "a)", "a{5", "a\\{5", "a{5,3}",
