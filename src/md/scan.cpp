@@ -48,8 +48,12 @@ bool has_suffix(const char *name, const char *suffix) {
 }
 
 // Nobody waits for the other end of a pipe, nor for that of a device.
-std::FILE *open_without_waiting(const char *path) {
-    const int fd = open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+int open_without_waiting(const char *path) {
+    return open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+}
+
+std::FILE *open_stream(const char *path) {
+    const int fd = open_without_waiting(path);
     std::FILE *file = fd >= 0 ? fdopen(fd, "r") : nullptr;
     if (file == nullptr && fd >= 0)
         close(fd);
@@ -64,7 +68,7 @@ bool is_regular(std::FILE *file) {
 // Looks into a file for the opening of its root element, which has to stand on one line with a
 // blank behind the name. `out_kind` is set to the kind of the package, 0 for none.
 int32_t peek(const char *path, int32_t &out_kind) {
-    std::FILE *file = open_without_waiting(path);
+    std::FILE *file = open_stream(path);
     if (file == nullptr) {
         ORU_TRACE(Level::failure, "Failed to open %s\n", path);
         return ORU_RC_GENERAL;
@@ -84,7 +88,7 @@ int32_t peek(const char *path, int32_t &out_kind) {
 
 // False for a file that cannot be had as a document.
 bool parse(const char *path, oru::XmlDocument &out) {
-    const int fd = open(path, O_RDONLY | O_CLOEXEC);
+    const int fd = open_without_waiting(path);
     if (fd < 0) {
         ORU_TRACE(Level::failure, "Failed to open file '%s': %s\n", path, std::strerror(errno));
         return false;

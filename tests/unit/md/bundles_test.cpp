@@ -330,7 +330,7 @@ TEST_F(Bundles, FailedImplementationTakesEverythingWithIt) {
 
 TEST_F(Bundles, ListThatCannotBeHadIsTold) {
     write_bundle("A", lib_package("", "pa"));
-    for (const uint64_t nth : {1, 2}) {  // the list, a name on it
+    for (const uint64_t nth : {1u, 2u}) {  // the list, a name on it
         EXPECT_EQ(oru_md_load_pkg_list(kOnlyA, nullptr, nullptr), 0);
         TraceCapture traces(3);
         poolheap_fail_nth(nth, 0);

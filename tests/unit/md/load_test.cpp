@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <functional>
 
 #include "tests/support/child.h"
 #include "tests/support/death.h"
@@ -262,30 +263,50 @@ TEST_F(Load, EventsComeInOrder) {
     EXPECT_EQ(traces.at(3), Texts{});
 }
 
-// The file goes between the look into it and the parse.
-TEST_F(Load, FileThatIsGoneWhenItIsParsedIsTold) {
-    folder.write("a.oru2d", lib_package(""));
-    struct Seen {
-        std::string path;
-        Texts failures;
-    } seen{folder.file("a.oru2d"), {}};
-    tracelet_set_sink(
-        [](void *context, const char *, uint32_t level, const char *words, const tracelet_place *) {
-            auto &told = *static_cast<Seen *>(context);
-            if (words == "Loading " + told.path + "...\n")
-                std::filesystem::remove(told.path);
-            if (level == 3)
-                told.failures.push_back(words);
-        },
-        &seen);
-    const uint32_t before = tracelet_get_threshold();
-    tracelet_set_threshold(7);
+// Takes the file away between the look into it and the parse, and notes what failed.
+class LoadOfAFileThatGoes : public Load {
+  protected:
+    LoadOfAFileThatGoes() : threshold_(tracelet_get_threshold()) {
+        folder.write("a.oru2d", lib_package(""));
+        tracelet_set_sink(
+            [](void *context, const char *, uint32_t level, const char *words,
+               const tracelet_place *) {
+                static_cast<LoadOfAFileThatGoes *>(context)->hear(level, words);
+            },
+            this);
+        tracelet_set_threshold(7);
+    }
+    ~LoadOfAFileThatGoes() override {
+        tracelet_set_threshold(threshold_);
+        tracelet_set_sink(nullptr, nullptr);
+    }
+
+    const std::string path = folder.file("a.oru2d");
+    std::function<void()> take_its_place = [] {};
+    Texts failures;
+
+  private:
+    void hear(uint32_t level, const std::string &words) {
+        if (words == "Loading " + path + "...\n") {
+            std::filesystem::remove(path);
+            take_its_place();
+        }
+        if (level == 3)
+            failures.push_back(words);
+    }
+    const uint32_t threshold_;
+};
+
+TEST_F(LoadOfAFileThatGoes, IsTold) {
     EXPECT_EQ(scan(1), 107);
-    tracelet_set_threshold(before);
-    tracelet_set_sink(nullptr, nullptr);
-    EXPECT_EQ(seen.failures,
-              (Texts{"Failed to open file '" + seen.path + "': No such file or directory\n",
-                     "Failed to load " + seen.path + "\n"}));
+    EXPECT_EQ(failures, (Texts{"Failed to open file '" + path + "': No such file or directory\n",
+                               "Failed to load " + path + "\n"}));
+}
+
+TEST_F(LoadOfAFileThatGoes, WaitsForNoPipeInItsPlace) {
+    take_its_place = [this] { ASSERT_EQ(mkfifo(path.c_str(), 0600), 0); };
+    EXPECT_EQ(scan(1), 107);
+    EXPECT_EQ(failures, (Texts{"Failed to parse " + path + "\n", "Failed to load " + path + "\n"}));
 }
 
 TEST_F(Load, SamePackageTwiceCollides) {

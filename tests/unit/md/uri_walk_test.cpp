@@ -139,6 +139,15 @@ TEST_F(UriWalk, UnknownSegmentFails) {
     EXPECT_EQ(traces.at(3), Texts{"seg_idx 1 in /shelves;id=1/fans unresolved\n"});
 }
 
+TEST_F(UriWalk, AddressThatIsNoneReachesNothing) {
+    TraceCapture traces(3);
+    EXPECT_EQ(walk("/shelves;id=1//cards"), "(null)");
+    EXPECT_EQ(walk(""), "(null)");
+    EXPECT_EQ(remainder, 0);
+    for (const auto &line : traces.at(3))
+        EXPECT_EQ(line.find("seg_idx"), std::string::npos) << line;  // no walk was begun
+}
+
 TEST_F(UriWalk, ReferenceWithoutATargetFails) {
     TraceCapture traces(3);
     EXPECT_EQ(walk("/lost"), "(null)");
