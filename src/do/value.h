@@ -49,7 +49,24 @@ Number number_of(const ORUDoValue &val) {
 
 // An integer, a dateTime or a duration: sign-extended from signed types, zero-extended from
 // unsigned ones. An unsignedLong keeps its bits.
-int64_t integer_of(const ORUDoValue &val);
+inline int64_t integer_of(const ORUDoValue &val) {
+    switch (val.type) {
+        case ORU_DO_TYPE_UNSIGNED_BYTE:
+            return number_of<uint8_t>(val);
+        case ORU_DO_TYPE_BYTE:
+            return number_of<int8_t>(val);
+        case ORU_DO_TYPE_UNSIGNED_SHORT:
+            return number_of<uint16_t>(val);
+        case ORU_DO_TYPE_SHORT:
+            return number_of<int16_t>(val);
+        case ORU_DO_TYPE_UNSIGNED_INT:
+            return number_of<uint32_t>(val);
+        case ORU_DO_TYPE_INT:
+            return number_of<int32_t>(val);
+        default:
+            return number_of<int64_t>(val);
+    }
+}
 
 // A float or a double.
 double real_of(const ORUDoValue &val);
@@ -60,6 +77,15 @@ inline constexpr double kSameNumber = 1e-5;
 inline bool is_integer_type(int32_t type) {
     return type >= ORU_DO_TYPE_UNSIGNED_BYTE && type <= ORU_DO_TYPE_LONG;
 }
+
+// The types whose numbers are whole.
+inline bool is_whole_number_type(int32_t type) {
+    return is_integer_type(type) || type == ORU_DO_TYPE_DATETIME || type == ORU_DO_TYPE_DURATION;
+}
+
+// As -1, 0 or 1, and as -2 what cannot be compared. A string compares with other texts where it is
+// not `strict`.
+int32_t order_values(const ORUDoValue &a, const ORUDoValue &b, bool strict);
 
 // Types with sized storage.
 inline bool is_sized_type(int32_t type) {

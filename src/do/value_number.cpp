@@ -40,25 +40,6 @@ bool accepts(bool accepted, int32_t *errp) {
 
 }  // namespace
 
-int64_t oru::integer_of(const ORUDoValue &val) {
-    switch (val.type) {
-        case ORU_DO_TYPE_UNSIGNED_BYTE:
-            return number_of<uint8_t>(val);
-        case ORU_DO_TYPE_BYTE:
-            return number_of<int8_t>(val);
-        case ORU_DO_TYPE_UNSIGNED_SHORT:
-            return number_of<uint16_t>(val);
-        case ORU_DO_TYPE_SHORT:
-            return number_of<int16_t>(val);
-        case ORU_DO_TYPE_UNSIGNED_INT:
-            return number_of<uint32_t>(val);
-        case ORU_DO_TYPE_INT:
-            return number_of<int32_t>(val);
-        default:
-            return number_of<int64_t>(val);
-    }
-}
-
 double oru::real_of(const ORUDoValue &val) {
     return val.type == ORU_DO_TYPE_FLOAT ? static_cast<double>(number_of<float>(val))
                                          : number_of<double>(val);
@@ -66,8 +47,7 @@ double oru::real_of(const ORUDoValue &val) {
 
 int64_t oru_do_value_to_long(ORUDoValue *val, int32_t *errp) {
     ORU_REQUIRE(val);
-    if (oru::is_integer_type(val->type) || val->type == ORU_DO_TYPE_DATETIME ||
-        val->type == ORU_DO_TYPE_DURATION)
+    if (oru::is_whole_number_type(val->type))
         return oru::integer_of(*val);
     *errp = ORU_RC_VALUE_TYPE;
     return 0;

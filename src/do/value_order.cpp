@@ -121,10 +121,6 @@ int32_t order_integers(const ORUDoValue &a, const ORUDoValue &b) {
     return order(x, y);
 }
 
-bool is_whole_number(int32_t type) {
-    return oru_do_is_signed_int_num_type(type) != 0 || oru_do_is_unsigned_int_num_type(type) != 0;
-}
-
 // A float and a double are never the same, since equality wants one type.
 int32_t order_reals(const ORUDoValue &a, const ORUDoValue &b) {
     if (same_value(a, b))
@@ -190,18 +186,20 @@ int32_t order_arrays(const ORUDoValue &a, const ORUDoValue &b) {
                           oru_do_vlist_get_len(b.data.vlist));
 }
 
-int32_t order_values(const ORUDoValue &a, const ORUDoValue &b, bool strict) {
-    if (oru::is_integer_type(a.type) != oru::is_integer_type(b.type))
+}  // namespace
+
+int32_t oru::order_values(const ORUDoValue &a, const ORUDoValue &b, bool strict) {
+    if (is_integer_type(a.type) != is_integer_type(b.type))
         return kNotComparable;
     if (oru_do_is_float_num_type(a.type) != oru_do_is_float_num_type(b.type))
         return kNotComparable;
-    if (is_whole_number(a.type) && is_whole_number(b.type))
+    if (is_whole_number_type(a.type) && is_whole_number_type(b.type))
         return order_integers(a, b);
     if (oru_do_is_float_num_type(a.type) != 0)
         return order_reals(a, b);
     if (a.type == ORU_DO_TYPE_BOOLEAN)
         return order_booleans(a, b);
-    if (oru::is_sized_type(a.type))
+    if (is_sized_type(a.type))
         return order_sized(a, b, strict);
     if (oru_do_is_complex_type(a.type) != 0)
         return order_complex(a, b);
@@ -211,8 +209,6 @@ int32_t order_values(const ORUDoValue &a, const ORUDoValue &b, bool strict) {
         return order_uris(a, b);
     return kNotComparable;
 }
-
-}  // namespace
 
 int32_t oru_do_value_equals(ORUDoValue *val1, ORUDoValue *val2) {
     ORU_REQUIRE(val1);
@@ -241,11 +237,11 @@ int32_t oru_do_value_equals_str(ORUDoValue *val1, const char *text) {
 int32_t oru_do_value_compare(ORUDoValue *val1, ORUDoValue *val2) {
     ORU_REQUIRE(val1);
     ORU_REQUIRE(val2);
-    return order_values(*val1, *val2, true);
+    return oru::order_values(*val1, *val2, true);
 }
 
 int32_t oru_do_value_compare_nostrict(ORUDoValue *val1, ORUDoValue *val2) {
     ORU_REQUIRE(val1);
     ORU_REQUIRE(val2);
-    return order_values(*val1, *val2, false);
+    return oru::order_values(*val1, *val2, false);
 }

@@ -1,11 +1,11 @@
 // Conditions over the properties of a resource, or over lists of names and values.
 #include "do/name.h"
 #include "do/nlist.h"
+#include "do/value.h"
 #include "do/vlist.h"
 #include "md/condition.h"
+#include "md/range.h"
 #include "oru/properties.h"
-#include "oru/range.h"
-#include "oru/value.h"
 #include "oru/vlist.h"
 
 namespace {
@@ -35,10 +35,9 @@ Answer ask_size(ORUDoRange &range, ORUDoValue &value) {
 
 template <class Matches>
 Answer ask_text(ORUDoValue &value, Matches &&matches) {
-    if (oru_do_value_get_type(&value) != ORU_DO_TYPE_STRING)
+    if (value.type != ORU_DO_TYPE_STRING)
         return Answer::unknown;
-    int32_t code = 0;
-    const char *text = oru_do_value_get_string(&value, &code);
+    const char *text = value.data.bytes;
     return text != nullptr ? answer(matches(text)) : Answer::unreadable;
 }
 
@@ -57,7 +56,7 @@ Answer ask_range(const ConditionNode &leaf, ORUDoValue &value) {
         return ask_size(*leaf.range, value);
     if (leaf.type == NodeType::strlen)
         return ask_text(value, [&](const char *text) { return has_length(*leaf.range, text); });
-    return answer(oru_do_range_eval_value(leaf.range, &value) != 0);
+    return answer(oru::is_in_range(*leaf.range, value));
 }
 
 Answer ask(const ConditionNode &leaf, ORUDoValue *value) {
@@ -69,9 +68,9 @@ Answer ask(const ConditionNode &leaf, ORUDoValue *value) {
                 return Answer::unknown;
             return ask_text(*value, [&](const char *t) { return matches_pattern(*leaf.regex, t); });
         case NodeType::is_null:
-            return answer(oru_do_value_is_null(value) != 0);
+            return answer(value->type == ORU_DO_TYPE_NULL);
         case NodeType::not_null:
-            return answer(oru_do_value_is_null(value) == 0);
+            return answer(value->type != ORU_DO_TYPE_NULL);
         default:
             return ask_range(leaf, *value);
     }

@@ -6,8 +6,8 @@
 
 namespace {
 
-bool is_outside(ORUDoRange *range, ORUDoValue *value) {
-    return range != nullptr && oru_do_range_eval_value(range, value) == 0;
+bool is_outside(const ORUDoRange *range, ORUDoValue *value) {
+    return range != nullptr && !oru::is_in_range(*range, *value);
 }
 
 bool is_outside(ORUDoRange *range, int64_t count) {
@@ -19,11 +19,10 @@ int32_t eval_plain(const ORUDoConstraint &constraint, ORUDoValue *value) {
 }
 
 int32_t eval_string(const ORUDoConstraint &constraint, ORUDoValue *value) {
-    int32_t status = ORU_OK;
-    const char *text = oru_do_value_get_string(value, &status);
+    const char *text = value->data.bytes;
     if (text == nullptr || is_outside(constraint.values, value))
         return ORU_RC_VALUES_CONSTRAINT;
-    if (is_outside(constraint.strlen, static_cast<int64_t>(oru_do_value_get_length(value))))
+    if (is_outside(constraint.strlen, static_cast<int64_t>(value->len)))
         return ORU_RC_LENGTH_CONSTRAINT;
     // A pattern is searched for: it need not match the whole text.
     if (constraint.regex != nullptr && oru_regexec(constraint.regex, text, 0, nullptr, 0) != 0)
@@ -44,13 +43,17 @@ int32_t eval_array(ORUDoConstraint &constraint, ORUDoName *name, ORUDoValue *val
     return ORU_OK;
 }
 
+bool is_applicable(const ORUDoConstraint &constraint, ORUDoName *name, ORUDoProperties *props) {
+    return constraint.condition == nullptr ||
+           oru_do_condition_eval(constraint.condition, name, props) != 0;
+}
+
 }  // namespace
 
 int32_t oru_do_constraint_is_applicable(ORUDoConstraint *constraint, ORUDoName *name,
                                         ORUDoProperties *props) {
     ORU_REQUIRE(constraint);
-    return constraint->condition == nullptr ||
-           oru_do_condition_eval(constraint->condition, name, props) != 0;
+    return is_applicable(*constraint, name, props);
 }
 
 ORUDoValue *oru_do_constraint_get_default(ORUDoConstraint *constraint, ORUDoName *name,
@@ -66,12 +69,11 @@ int32_t oru_do_constraint_eval(ORUDoConstraint *constraint, ORUDoName *name, ORU
                                ORUDoProperties *props) {
     if (constraint == nullptr)
         return ORU_OK;
-    if (oru_do_constraint_is_applicable(constraint, name, props) == 0)
+    if (!is_applicable(*constraint, name, props))
         return ORU_RC_CONSTRAINT_NOT_APPLICABLE;
     if (value == nullptr)
         return ORU_OK;
-    const int32_t type = oru_do_value_get_type(value);
-    switch (type) {
+    switch (value->type) {
         case ORU_DO_TYPE_STRING:
             return eval_string(*constraint, value);
         case ORU_DO_TYPE_ARRAY:
@@ -84,7 +86,7 @@ int32_t oru_do_constraint_eval(ORUDoConstraint *constraint, ORUDoName *name, ORU
         case ORU_DO_TYPE_COLL_URI:
             return eval_plain(*constraint, value);
         default:
-            return type >= ORU_DO_TYPE_UNSIGNED_BYTE && type <= ORU_DO_TYPE_HEX_BINARY
+            return value->type >= ORU_DO_TYPE_UNSIGNED_BYTE && value->type <= ORU_DO_TYPE_HEX_BINARY
                        ? eval_plain(*constraint, value)
                        : ORU_OK;
     }

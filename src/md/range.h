@@ -44,6 +44,9 @@ inline bool is_single_value(const ORUDoRange &range) {
     return el != nullptr && el->next == nullptr && el->upper == nullptr;
 }
 
+// Whether an element matches. An unknown op ends the walk.
+bool is_in_range(const ORUDoRange &range, ORUDoValue &value);
+
 // A value as metadata writes it: JSON in braces, a string with or without quotes around it, or the
 // text form of the type. Empty, with a code or without memory, when it is none.
 Ref<ORUDoValue> value_from_constraint_text(const char *text, int32_t typecode, int32_t &code);

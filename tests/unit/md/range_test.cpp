@@ -320,6 +320,39 @@ TEST(RangeEval, IntegersOfAllWidthsCompare) {
     EXPECT_FALSE(eval(range, oru_do_value_new_unsigned_long(1ull << 63)));
 }
 
+// At the ends of each type, in each of its ranges of signs.
+TEST(RangeEval, WholeNumbersOfOneTypeHaveTheirOrder) {
+    constexpr struct {
+        int32_t type;
+        const char *below, *bounds, *above;
+    } kRows[] = {
+        {0, "199", "200..255", nullptr},
+        {1, "-128", "-127..-1", "0"},
+        {2, "32767", "32768..65534", "65535"},
+        {3, "-32768", "-2..32766", "32767"},
+        {4, "2147483647", "2147483648..4294967294", "4294967295"},
+        {5, "-2147483648", "-2147483647..2147483646", "2147483647"},
+        {6, "9223372036854775807", "9223372036854775808..18446744073709551614",
+         "18446744073709551615"},
+        {7, "-9223372036854775808", "-9223372036854775807..-1", "9223372036854775807"},
+    };
+    for (const auto &row : kRows) {
+        const Range range(oru_do_range_new_s_t(row.type, row.bounds));
+        ASSERT_NE(oru_do_range_get_range_el(range.get()), nullptr) << row.type;
+        auto *el = oru_do_range_get_range_el(range.get());
+        ASSERT_NE(oru_do_range_el_get_upper(el), nullptr) << row.type;
+        EXPECT_EQ(oru_do_range_eval_value(range.get(), oru_do_range_el_get_lower(el)), 1);
+        EXPECT_EQ(oru_do_range_eval_value(range.get(), oru_do_range_el_get_upper(el)), 1);
+        for (const char *text : {row.below, row.above}) {
+            if (text == nullptr)
+                continue;
+            int32_t code = 0;
+            const Value value(oru_do_value_new_from_string(text, row.type, &code));
+            EXPECT_EQ(oru_do_range_eval_value(range.get(), value.get()), 0) << text;
+        }
+    }
+}
+
 TEST(RangeEval, ValuesThatCannotBeComparedMatchNothing) {
     for (int32_t op = 1; op <= 6; ++op) {
         const Range range = with_op(op, oru_do_value_new_int(5));
