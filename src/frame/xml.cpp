@@ -87,6 +87,10 @@ class Parser {
     xmlParserCtxt *context_;
 };
 
+const char *name_of(const xmlAttr &attribute) {
+    return reinterpret_cast<const char *>(attribute.name);
+}
+
 }  // namespace
 
 oru::XmlDocument oru::read_xml(int fd, const char *path) {
@@ -99,11 +103,22 @@ oru::XmlDocument oru::read_xml_text(const char *text, size_t size) {
     return XmlDocument(Parser().read(text, size));
 }
 
-oru::XmlAttribute::XmlAttribute(const xmlNode *element, const char *name)
-    : text_(reinterpret_cast<char *>(
-          xmlGetNoNsProp(element, reinterpret_cast<const xmlChar *>(name)))) {}
+// Defaults that a document declares do not get here, so what the element has is all there is.
+oru::XmlAttribute::XmlAttribute(const xmlNode *element, const char *name) {
+    const xmlAttr *attribute = element->properties;
+    while (attribute != nullptr &&
+           (attribute->ns != nullptr || !same_text(name_of(*attribute), name)))
+        attribute = attribute->next;
+    if (attribute == nullptr)
+        return;
+    const xmlNode *value = attribute->children;
+    const bool lent = value != nullptr && value->next == nullptr && value->type == XML_TEXT_NODE;
+    if (!lent)
+        gathered_ = xmlGetNoNsProp(element, attribute->name);
+    text_ = reinterpret_cast<const char *>(lent ? value->content : gathered_);
+}
 
 oru::XmlAttribute::~XmlAttribute() {
-    if (text_ != nullptr)
-        xmlFree(text_);
+    if (gathered_ != nullptr)
+        xmlFree(gathered_);
 }

@@ -36,7 +36,13 @@ XmlDocument read_xml(int fd, const char *path);
 // The same for a text.
 XmlDocument read_xml_text(const char *text, size_t size);
 
-// Owns the value of an attribute that stands in no namespace; null for one that there is not.
+// Names mostly differ in their first letter.
+inline bool same_text(const char *a, const char *b) {
+    return *a == *b && std::strcmp(a, b) == 0;
+}
+
+// The value of an attribute that stands in no namespace, lent by the document where that has it in
+// one piece; null for an attribute that there is not.
 class XmlAttribute {
   public:
     XmlAttribute(const xmlNode *element, const char *name);
@@ -46,10 +52,11 @@ class XmlAttribute {
 
     const char *text() const { return text_; }
     explicit operator bool() const { return text_ != nullptr; }
-    bool is(const char *text) const { return text_ != nullptr && std::strcmp(text_, text) == 0; }
+    bool is(const char *text) const { return text_ != nullptr && same_text(text_, text); }
 
   private:
-    char *text_;
+    const char *text_ = nullptr;
+    xmlChar *gathered_ = nullptr;  // what `text_` points to otherwise
 };
 
 inline const char *xml_name(const xmlNode *node) {
@@ -57,7 +64,7 @@ inline const char *xml_name(const xmlNode *node) {
 }
 
 inline bool xml_is(const xmlNode *node, const char *name) {
-    return std::strcmp(xml_name(node), name) == 0;
+    return same_text(xml_name(node), name);
 }
 
 // The element at `node` or the first behind it, or null.

@@ -9,21 +9,28 @@ namespace {
 using oru::Level;
 using oru::Ref;
 
-// The text of an element's first child node, owned; null without.
+// The text of an element's first child node; null without.
 class ElementText {
   public:
-    explicit ElementText(const xmlNode *element)
-        : text_(element->children != nullptr ? xmlNodeGetContent(element->children) : nullptr) {}
+    explicit ElementText(const xmlNode *element) : text_(content_of(element->children)) {}
     ElementText(const ElementText &) = delete;
     ElementText &operator=(const ElementText &) = delete;
     ~ElementText() {
-        if (text_ != nullptr)
-            xmlFree(text_);
+        if (gathered_ != nullptr)
+            xmlFree(gathered_);
     }
     const char *text() const { return reinterpret_cast<const char *>(text_); }
 
   private:
-    xmlChar *text_;
+    // That of a text is lent.
+    const xmlChar *content_of(const xmlNode *node) {
+        if (node == nullptr || node->type == XML_TEXT_NODE)
+            return node != nullptr ? node->content : nullptr;
+        return gathered_ = xmlNodeGetContent(node);
+    }
+
+    xmlChar *gathered_ = nullptr;
+    const xmlChar *text_;
 };
 
 // Constraints are read with the type of their element, and anew where that is resolved later.

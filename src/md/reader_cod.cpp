@@ -1,6 +1,6 @@
 // Configuration and operational data in packages: definitions, groups of resources, and the
 // attributes of both.
-#include <cstdio>
+#include <cstring>
 
 #include "frame/trace.h"
 #include "md/reader.h"
@@ -196,8 +196,14 @@ int32_t read_oper_definition(const PackageReader &reader, const xmlNode *element
 }  // namespace
 
 bool oru::dotted_name(char (&out)[kDottedNameSize], const char *group, const char *name) {
-    const int length = std::snprintf(out, sizeof out, "%s.%s", group, name);
-    return length > 0 && static_cast<size_t>(length) < sizeof out;
+    const size_t prefix = std::strlen(group);
+    const size_t rest = std::strlen(name);
+    if (prefix + 1 + rest >= sizeof out)
+        return false;
+    std::memcpy(out, group, prefix);
+    out[prefix] = '.';
+    std::memcpy(out + prefix + 1, name, rest + 1);
+    return true;
 }
 
 int32_t oru::read_config_definitions(const PackageReader &reader, const xmlNode *element) {

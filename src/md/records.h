@@ -5,8 +5,8 @@
 
 #include <utility>
 
+#include "do/name.h"
 #include "frame/tags.h"
-#include "oru/name.h"
 #include "oruplatform/poolheap.h"
 
 namespace oru {
@@ -58,16 +58,18 @@ Record *find_record(Record *first, Matches &&matches) {
 }
 
 template <class Record>
-Record *find_named(Record *first, ORUDoName *name) {
-    return find_record(
-        first, [name](Record &record) { return oru_do_name_equals(record.name, name) != 0; });
+Record *find_named(Record *first, const NameQuery &query) {
+    return find_record(first, [&query](Record &record) { return query.matches(record.name->str); });
+}
+
+template <class Record>
+Record *find_named(Record *first, const ORUDoName *name) {
+    return name != nullptr ? find_named(first, NameQuery(name->str)) : nullptr;
 }
 
 template <class Record>
 Record *find_named(Record *first, const char *name) {
-    return find_record(first, [name](Record &record) {
-        return oru_do_name_equals_w_strname(record.name, name) != 0;
-    });
+    return name != nullptr ? find_named(first, NameQuery(name)) : nullptr;
 }
 
 // Takes the record of that name out and hands it to `release`. The head afterwards, or null when

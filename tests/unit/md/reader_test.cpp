@@ -473,6 +473,31 @@ TEST_F(Reader, AssertWithoutConstraintAddsNothing) {
     EXPECT_EQ(oru_do_prop_meta_get_constraint_list(prop), nullptr);
 }
 
+TEST_F(Reader, TextOfAConstraintIsThatOfItsFirstNode) {
+    const auto read_text = [this](const std::string &content) {
+        auto *prop = read_prop("<configData><attribute name='a' type='int'><assert><constraint>" +
+                               content + "</constraint></assert></attribute></configData>");
+        const Texts texts = constraint_texts(oru_do_prop_meta_get_constraint_list(prop));
+        oru_md_free();
+        return texts.empty() ? "none" : texts[0];
+    };
+    EXPECT_EQ(read_text("regex(a&amp;&#38;#38;&lt;&#98;)"), "Constraint: regex(a&&#38;<b)\n");
+    EXPECT_EQ(read_text("<![CDATA[values]]><![CDATA[(1)]]>"), "Constraint: values(1)\n");
+    EXPECT_EQ(read_text("values<![CDATA[(1)]]>"), "Constraint: values\n");
+    EXPECT_EQ(read_text("values(1)<!---->|values(2)"), "Constraint: values(1)\n");
+    EXPECT_EQ(read_text("<!--values(2)-->values(1)"), "Constraint: values(2)\n");
+    EXPECT_EQ(read_text("<b>values<i>(1)</i></b>values(2)"), "Constraint: values(1)\n");
+    EXPECT_EQ(read_text("<?values (3)?>values(1)"), "Constraint: (3)\n");
+    EXPECT_EQ(read_text("<?values?>values(1)"), "none");
+    EXPECT_EQ(read_text(""), "none");
+}
+
+TEST_F(Reader, ReferencesInAttributesStandForTheirCharacters) {
+    auto *type = read_type("<simpleType name='&lt;&amp;&#38;#38;&#65;&quot;' base='int'/>");
+    ASSERT_NE(type, nullptr);
+    EXPECT_EQ(text(type->name), "<&&#38;A\"");
+}
+
 // ---- Resources ----
 
 TEST_F(Reader, ResourceAccessByWord) {
