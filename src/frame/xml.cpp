@@ -82,7 +82,9 @@ class Parser {
     }
 
   private:
-    static constexpr int kOptions = XML_PARSE_NOERROR | XML_PARSE_NOWARNING | XML_PARSE_NONET;
+    // Short texts stand in their nodes: the tree is only read.
+    static constexpr int kOptions =
+        XML_PARSE_NOERROR | XML_PARSE_NOWARNING | XML_PARSE_NONET | XML_PARSE_COMPACT;
 
     xmlParserCtxt *context_;
 };
