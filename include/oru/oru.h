@@ -59,6 +59,7 @@
 #include "oru/queue.h"
 #include "oru/range.h"
 #include "oru/rc.h"
+#include "oru/record_cache.h"
 #include "oru/rows_properties.h"
 #include "oru/session.h"
 #include "oru/strbuf.h"

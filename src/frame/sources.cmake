@@ -13,6 +13,7 @@ target_sources(oruapi PRIVATE
   frame/pool.cpp
   frame/queue.cpp
   frame/rc.cpp
+  frame/record_cache.cpp
   frame/regexp.cpp
   frame/regexp_cost.cpp
   frame/session.cpp

@@ -156,6 +156,8 @@ constexpr PoolRow kPools[] = {
     {"oru_do_vtable_item", 53, 0},
     {"oru_do_vlist_item", 55, 0},
     {"oru_do_rows_properties", 63, 0},
+    {"record_cache", 64, 24},  // of a place by age
+    {"record_cache_hashtable_elem", 65, 24},
     {"oru_hashtable", 66, 0},
     {"oru_do_properties_hashtable_elem", 68, 0},
     {"oru_do_mr_meta_bool", 69, 0},
