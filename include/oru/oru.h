@@ -40,6 +40,7 @@
 #include "oru/event.h"
 #include "oru/hashtable.h"
 #include "oru/hex.h"
+#include "oru/ipc_seq.h"
 #include "oru/iter.h"
 #include "oru/json.h"
 #include "oru/lib.h"

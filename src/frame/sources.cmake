@@ -4,6 +4,9 @@ target_sources(oruapi PRIVATE
   frame/hash.cpp
   frame/hashtable.cpp
   frame/hashtable_grow.cpp
+  frame/ipc_seq.cpp
+  frame/ipc_seq_record.cpp
+  frame/ipc_seq_wake.cpp
   frame/iter.cpp
   frame/lib.cpp
   frame/location.cpp

@@ -155,6 +155,7 @@ constexpr PoolRow kPools[] = {
     {"oru_do_nvlist_item", 52, 0},
     {"oru_do_vtable_item", 53, 0},
     {"oru_do_vlist_item", 55, 0},
+    {"seq_ht_table", 59, 288},  // of a wait record, the largest of the three that it serves
     {"oru_do_rows_properties", 63, 0},
     {"record_cache", 64, 24},  // of a place by age
     {"record_cache_hashtable_elem", 65, 24},
