@@ -53,6 +53,7 @@
 #include "oru/ntlist.h"
 #include "oru/nvlist.h"
 #include "oru/pr.h"
+#include "oru/pr_ctx.h"
 #include "oru/print.h"
 #include "oru/prop_meta.h"
 #include "oru/properties.h"

@@ -1,11 +1,10 @@
 #include "frame/require.h"
-#include "frame/tags.h"
 #include "frame/trace.h"
 #include "oru/pr.h"
 #include "oru/rc.h"
 #include "oru/uri.h"
 #include "oruplatform/hash.h"
-#include "oruplatform/poolheap.h"
+#include "pr/records.h"
 
 struct ORUPrCrudxHandlerPriv {
     void *owner;
@@ -18,13 +17,7 @@ struct ORUPrCrudxHandlerPriv {
 namespace {
 
 using oru::Level;
-
-constexpr uint32_t kTag = oru::tag_word(oru::Tag::base);
-
-template <class Record>
-Record *make_zeroed() {
-    return static_cast<Record *>(ph_calloc_named(kTag, 1, sizeof(Record)));
-}
+using oru::pr::make_zeroed;
 
 ORUErrorIfc *owner_of(ORUPrCrudxHandler *ifc) {
     ORU_REQUIRE(ifc);

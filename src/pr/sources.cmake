@@ -1,3 +1,8 @@
 target_sources(oruapi PRIVATE
   pr/crudx_handler.cpp
+  pr/ctx.cpp
+  pr/ctx_access.cpp
+  pr/ctx_error.cpp
+  pr/ctx_iter.cpp
+  pr/where_item.cpp
 )
