@@ -54,6 +54,7 @@
 #include "oru/nvlist.h"
 #include "oru/pr.h"
 #include "oru/pr_ctx.h"
+#include "oru/pr_walk.h"
 #include "oru/print.h"
 #include "oru/prop_meta.h"
 #include "oru/properties.h"

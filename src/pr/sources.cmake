@@ -4,5 +4,8 @@ target_sources(oruapi PRIVATE
   pr/ctx_access.cpp
   pr/ctx_error.cpp
   pr/ctx_iter.cpp
+  pr/query.cpp
+  pr/sorted_table.cpp
+  pr/walk.cpp
   pr/where_item.cpp
 )
