@@ -190,6 +190,25 @@ TEST_F(PrSortedTable, RowsThatCannotBeComparedAreLeftOutWithoutAFailure) {
     EXPECT_EQ(rows(), (Rows{{"1", "2"}}));
 }
 
+TEST_F(PrSortedTable, ARowThatTheSorterHasNoMemoryForIsReported) {
+    provider.table.get_next = [](ORUPrCrudxHandler *, ORUDoUri *, ORUDoNlist *, ORUDoNvlist *,
+                                 ORUDoNlist *, int32_t, ORUDoVtable *table, ORUDoVlist *) {
+        for (const int32_t n : {5, 4, 3}) {
+            const Vlist row(oru_do_vlist_new());
+            oru_do_vlist_add_int(row.get(), n);
+            oru_do_vlist_add_int(row.get(), n);
+            oru_do_vtable_add(table, row.get());
+        }
+        // The next thing that needs memory is the list of the first row's keys.
+        poolheap_fail_nth(1, 0);
+        return int32_t{1};
+    };
+    const int32_t code = ask({"k"}, {"mtu"});
+    poolheap_fail_off();
+    EXPECT_EQ(code, ORU_RC_MALLOC);
+    EXPECT_EQ(rows(), (Rows{{"3", "3"}, {"4", "4"}}));
+}
+
 TEST_F(PrSortedTable, NullIsRefused) {
     const Nlist names = names_of({"k"});
     ORUDoVtable *r = result.get();
