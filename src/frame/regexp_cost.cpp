@@ -188,7 +188,7 @@ class Cost {
                 is_digit(*at_) ? std::max(count, read_number(at_)) : std::max<int64_t>(count, 2);
         }
         if (element_.may_be_empty)
-            element_.run *= std::max<int64_t>(count, 1);
+            set_run(element_.run * std::max<int64_t>(count, 1));
         if (least == 0)
             pass_over();
         const char *end = extended_ ? "}" : "\\}";
@@ -199,15 +199,18 @@ class Cost {
 
     // A way around the element.
     void pass_over() {
-        element_.run = element_.has_place ? 2 * element_.run + 1 : element_.run + 1;
+        set_run(element_.has_place ? 2 * element_.run + 1 : element_.run + 1);
         element_.may_be_empty = true;
     }
 
     // A way back to its beginning, with that run where it has no places.
     void loop(int64_t run) {
         const bool of_places = element_.has_place && element_.may_be_empty;
-        element_.run = of_places ? kLoopOfPlaces * element_.run : run;
+        set_run(of_places ? kLoopOfPlaces * element_.run : run);
     }
+
+    // One that is too long already grows no further, so that no number overflows.
+    void set_run(int64_t run) { element_.run = std::min(run, kLongestRun + 1); }
 
     void repeat(int64_t count) {
         const bool nested = copies_ > 1;

@@ -192,7 +192,8 @@ INSTANTIATE_TEST_SUITE_P(
         Costly{"(\\B){100}", true}, Costly{"(\\<|\\>){100}", true}, Costly{"(\\`|\\'){100}", true},
         Costly{"(\\b)+", false}, Costly{"(\\b)++++", true}, Costly{"(^|$)+", false},
         Costly{"(^|$)+++", true}, Costly{"((\\b)*){2}", false}, Costly{"((\\b)*){9}", true},
-        Costly{"(\\b\\b\\b)*", true}, Costly{"((^|$)?){9}", true}, Costly{"((\\b)?){9}", false},
+        Costly{"$" + std::string(100, '*'), true}, Costly{"(\\b\\b\\b)*", true},
+        Costly{"((^|$)?){9}", true}, Costly{"((\\b)?){9}", false},
         Costly{"((^|$|\\b|\\<)*)*", true}, Costly{"(\\[^$^$^$^$^$^$^$^$^$^$^$^$\\])", true},
         Costly{"([$^$^$^$^$^$^$^$^$^$^$^$]){9}", false}));
 
