@@ -28,4 +28,5 @@ target_sources(oruapi PRIVATE
   frame/util_text.cpp
   frame/util_time.cpp
   frame/xml.cpp
+  frame/xml_tree.cpp
 )

@@ -1,11 +1,11 @@
 #include "frame/xml.h"
 
 #include <libxml/SAX2.h>
-#include <libxml/parser.h>
-#include <libxml/parserInternals.h>
 #include <libxml/xmlerror.h>
 
 #include <cstdint>
+
+#include "frame/xml_tree.h"
 
 namespace {
 
@@ -26,20 +26,14 @@ class SilentParser {
     void *context_;
 };
 
-void refuse(void *context) {
-    auto *parser = static_cast<xmlParserCtxt *>(context);
-    parser->wellFormed = 0;
-    xmlStopParser(parser);
-}
-
 void refuse_entity(void *context, const xmlChar *, int, const xmlChar *, const xmlChar *,
                    xmlChar *) {
-    refuse(context);
+    oru::XmlTreeBuilder::refuse(context);
 }
 
 void refuse_unparsed_entity(void *context, const xmlChar *, const xmlChar *, const xmlChar *,
                             const xmlChar *) {
-    refuse(context);
+    oru::XmlTreeBuilder::refuse(context);
 }
 
 // A short document could repeat a long default without end, once for every element that leaves the
@@ -51,8 +45,10 @@ void refuse_default(void *context, const xmlChar *element, const xmlChar *name, 
         return;
     }
     xmlFreeEnumeration(words);
-    refuse(context);
+    oru::XmlTreeBuilder::refuse(context);
 }
+
+constexpr int kOptions = XML_PARSE_NOERROR | XML_PARSE_NOWARNING | XML_PARSE_NONET;
 
 class Parser {
   public:
@@ -68,59 +64,46 @@ class Parser {
     Parser(const Parser &) = delete;
     Parser &operator=(const Parser &) = delete;
 
-    xmlDoc *read(int fd, const char *path) {
+    // `parse` makes the parser's own document, which holds what is declared and no elements.
+    template <class Parse>
+    oru::XmlDocument read(Parse parse) {
         if (context_ == nullptr)
-            return nullptr;
-        return xmlCtxtReadFd(context_, fd, path, nullptr, kOptions);
-    }
-
-    xmlDoc *read(const char *text, size_t size) {
-        if (context_ == nullptr || size > INT32_MAX)
-            return nullptr;
-        return xmlCtxtReadMemory(context_, text, static_cast<int>(size), nullptr, nullptr,
-                                 kOptions);
+            return {};
+        oru::XmlTreeBuilder builder(*context_);
+        xmlDoc *declared = parse(context_);
+        if (declared == nullptr)
+            return {};
+        xmlFreeDoc(declared);
+        return builder.take_document();
     }
 
   private:
-    // Short texts stand in their nodes: the tree is only read.
-    static constexpr int kOptions =
-        XML_PARSE_NOERROR | XML_PARSE_NOWARNING | XML_PARSE_NONET | XML_PARSE_COMPACT;
-
     xmlParserCtxt *context_;
 };
-
-const char *name_of(const xmlAttr &attribute) {
-    return reinterpret_cast<const char *>(attribute.name);
-}
 
 }  // namespace
 
 oru::XmlDocument oru::read_xml(int fd, const char *path) {
     const SilentParser silent;
-    return XmlDocument(Parser().read(fd, path));
+    return Parser().read(
+        [=](xmlParserCtxt *parser) { return xmlCtxtReadFd(parser, fd, path, nullptr, kOptions); });
 }
 
 oru::XmlDocument oru::read_xml_text(const char *text, size_t size) {
+    if (size > INT32_MAX)
+        return {};
     const SilentParser silent;
-    return XmlDocument(Parser().read(text, size));
+    return Parser().read([=](xmlParserCtxt *parser) {
+        return xmlCtxtReadMemory(parser, text, static_cast<int>(size), nullptr, nullptr, kOptions);
+    });
 }
 
-// Defaults that a document declares do not get here, so what the element has is all there is.
 oru::XmlAttribute::XmlAttribute(const xmlNode *element, const char *name) {
-    const xmlAttr *attribute = element->properties;
-    while (attribute != nullptr &&
-           (attribute->ns != nullptr || !same_text(name_of(*attribute), name)))
-        attribute = attribute->next;
-    if (attribute == nullptr)
-        return;
-    const xmlNode *value = attribute->children;
-    const bool lent = value != nullptr && value->next == nullptr && value->type == XML_TEXT_NODE;
-    if (!lent)
-        gathered_ = xmlGetNoNsProp(element, attribute->name);
-    text_ = reinterpret_cast<const char *>(lent ? value->content : gathered_);
-}
-
-oru::XmlAttribute::~XmlAttribute() {
-    if (gathered_ != nullptr)
-        xmlFree(gathered_);
+    for (auto *property = static_cast<const XmlElement *>(element)->first_property;
+         property != nullptr; property = property->next) {
+        if (same_text(property->name, name)) {
+            text_ = property->value;
+            return;
+        }
+    }
 }

@@ -10,24 +10,49 @@
 #include <cstring>
 #include <utility>
 
+#include "frame/xml_arena.h"
+
 namespace oru {
+
+// Names mostly differ in their first letter.
+inline bool same_text(const char *a, const char *b) {
+    return *a == *b && std::strcmp(a, b) == 0;
+}
+
+// An attribute that stands in no namespace.
+struct XmlProperty {
+    const char *name;
+    const char *value;
+    const XmlProperty *next;
+};
+
+// What all elements of a document are.
+struct XmlElement : xmlNode {
+    const XmlProperty *first_property;
+};
 
 // Owns a parsed document.
 class XmlDocument {
   public:
-    explicit XmlDocument(xmlDoc *doc = nullptr) : doc_(doc) {}
-    XmlDocument(XmlDocument &&other) noexcept : doc_(std::exchange(other.doc_, nullptr)) {}
+    XmlDocument() = default;
+    XmlDocument(XmlArena arena, xmlDict *names, const XmlElement *root)
+        : arena_(std::move(arena)), names_(names), root_(root) {}
+    XmlDocument(XmlDocument &&other) noexcept { *this = std::move(other); }
     XmlDocument &operator=(XmlDocument &&other) noexcept {
-        std::swap(doc_, other.doc_);
+        std::swap(arena_, other.arena_);
+        std::swap(names_, other.names_);
+        std::swap(root_, other.root_);
         return *this;
     }
-    ~XmlDocument() { xmlFreeDoc(doc_); }
+    ~XmlDocument() { xmlDictFree(names_); }
 
-    explicit operator bool() const { return doc_ != nullptr; }
-    xmlNode *root() const { return xmlDocGetRootElement(doc_); }
+    explicit operator bool() const { return root_ != nullptr; }
+    const xmlNode *root() const { return root_; }
 
   private:
-    xmlDoc *doc_;
+    XmlArena arena_;
+    xmlDict *names_ = nullptr;
+    const XmlElement *root_ = nullptr;
 };
 
 // Parses what the descriptor gives; false where it is no document. `path` is for places only.
@@ -36,19 +61,11 @@ XmlDocument read_xml(int fd, const char *path);
 // The same for a text.
 XmlDocument read_xml_text(const char *text, size_t size);
 
-// Names mostly differ in their first letter.
-inline bool same_text(const char *a, const char *b) {
-    return *a == *b && std::strcmp(a, b) == 0;
-}
-
-// The value of an attribute that stands in no namespace, lent by the document where that has it in
-// one piece; null for an attribute that there is not.
+// The value of an attribute that stands in no namespace, lent by the document; null for one that
+// there is not.
 class XmlAttribute {
   public:
     XmlAttribute(const xmlNode *element, const char *name);
-    XmlAttribute(const XmlAttribute &) = delete;
-    XmlAttribute &operator=(const XmlAttribute &) = delete;
-    ~XmlAttribute();
 
     const char *text() const { return text_; }
     explicit operator bool() const { return text_ != nullptr; }
@@ -56,7 +73,6 @@ class XmlAttribute {
 
   private:
     const char *text_ = nullptr;
-    xmlChar *gathered_ = nullptr;  // what `text_` points to otherwise
 };
 
 inline const char *xml_name(const xmlNode *node) {

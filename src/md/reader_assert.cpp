@@ -15,16 +15,13 @@ class ElementText {
     explicit ElementText(const xmlNode *element) : text_(content_of(element->children)) {}
     ElementText(const ElementText &) = delete;
     ElementText &operator=(const ElementText &) = delete;
-    ~ElementText() {
-        if (gathered_ != nullptr)
-            xmlFree(gathered_);
-    }
+    ~ElementText() { xmlFree(gathered_); }
     const char *text() const { return reinterpret_cast<const char *>(text_); }
 
   private:
-    // That of a text is lent.
+    // Only that of an element has to be gathered.
     const xmlChar *content_of(const xmlNode *node) {
-        if (node == nullptr || node->type == XML_TEXT_NODE)
+        if (node == nullptr || node->type != XML_ELEMENT_NODE)
             return node != nullptr ? node->content : nullptr;
         return gathered_ = xmlNodeGetContent(node);
     }

@@ -231,6 +231,12 @@ TEST_F(Hostile, AttributesEndAtTheLimitOfTheParser) {
     EXPECT_EQ(read_lib("<a " + std::string(60000, 'b') + "=''/>"), unparsed());
 }
 
+TEST_F(Hostile, TextsEndAtTheLimitOfTheParser) {
+    EXPECT_EQ(read_lib(std::string(9000000, 'x')), kFine);
+    EXPECT_EQ(read_lib(std::string(11000000, 'x')), unparsed());
+    EXPECT_EQ(read_lib(repeated("<![CDATA[x]]>", 100000)), kFine);
+}
+
 TEST_F(Hostile, LongNamesStayWhole) {
     const std::string name(1000000, 'n');
     EXPECT_EQ(read(lib_package(resources(resource(name, "")), name)), kFine);
