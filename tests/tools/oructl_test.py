@@ -33,7 +33,7 @@ class ModelCheck(unittest.TestCase):
             "faulty/damaged.oru2d:4: Opening and ending tag mismatch: managedResourceDef line 3"
             " and oru2dImpl",
             "faulty/lid.oru2d:5: <reference>: Unresolved reference mr test.lid:1.0/Lid",
-            "faulty/lid.oru2d:7: <attribute>: type test.lid/Height unresolved",
+            "faulty/lid.oru2d:8: <attribute>: type test.lid/Height unresolved",
             "faulty/other.oru2d:2: <model>: no package: the root has to be 'oru2dLib' or"
             " 'oru2dImpl'",
             "faulty/unnamed.oru2d:4: <managedResource>: Mandatory field 'name' is missing,"

@@ -176,21 +176,27 @@ PackageFiles::PackageFiles(const fs::path &folder) {
     }
 }
 
+// The message's own words are shorter than the names of a model, as a rule.
 void PackageFiles::locate(Fault &fault) const {
     if (!fault.file.empty())
         return;
+    const Fault *place = nullptr;
+    size_t longest = 0;
     std::istringstream words(fault.words);
     for (std::string word; words >> word;) {
-        const auto found = mentions_.find(word);
-        const auto unqualified = mentions_.find(word.substr(word.rfind('/') + 1));
-        const auto &place = found != mentions_.end() ? found : unqualified;
-        if (place == mentions_.end())
-            continue;
-        fault.file = place->second.file;
-        fault.line = place->second.line;
-        fault.element = place->second.element;
-        return;
+        auto found = mentions_.find(word);
+        if (found == mentions_.end())
+            found = mentions_.find(word.substr(word.rfind('/') + 1));
+        if (found != mentions_.end() && word.size() > longest) {
+            place = &found->second;
+            longest = word.size();
+        }
     }
+    if (place == nullptr)
+        return;
+    fault.file = place->file;
+    fault.line = place->line;
+    fault.element = place->element;
 }
 
 }  // namespace oructl

@@ -25,7 +25,7 @@ class PackageFiles {
     // Faults of files that the library cannot use: it would end the process, or not tell why.
     const std::vector<Fault> &faults() const { return faults_; }
 
-    // Gives a fault without a file the place of the first element that mentions a word of it.
+    // Gives a fault without a file the place of the first element that mentions its longest name.
     void locate(Fault &fault) const;
 
   private:
