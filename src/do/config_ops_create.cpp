@@ -25,6 +25,7 @@ struct Creation {
     ORUDoUri *location_uri;
     Ref<ORUDoProperties> props;
     Ref<ORUDoUri> mr_uri;
+    ORUDoUri *parent_uri = nullptr;  // lent by the URI
     Ref<ORUDoName> mr_name;
 
     int32_t take_uri(ORUDoValue *value);
@@ -56,6 +57,7 @@ int32_t Creation::take_uri(ORUDoValue *value) {
         mr_uri = Ref<ORUDoUri>::adopt(oru_do_uri_new_absolute(uri, location_uri));
     if (!mr_uri)
         mr_uri = Ref<ORUDoUri>::share(uri);
+    parent_uri = oru_do_uri_get_parent_uri(mr_uri.get());
     return ORU_OK;
 }
 
@@ -154,8 +156,8 @@ int32_t Creation::append_to(ORUDoConfigOps *config_ops) const {
         ORU_TRACE(Level::failure, "Failed to create oru_do_name (rc=%d)\n", ORU_RC_MALLOC);
         return ORU_RC_MALLOC;
     }
-    if (oru_do_config_ops_add(config_ops, kCreate, oru_do_uri_get_parent_uri(mr_uri.get()),
-                              props.get(), child.get(), mr_name.get(), nullptr) < 1) {
+    if (oru_do_config_ops_add(config_ops, kCreate, parent_uri, props.get(), child.get(),
+                              mr_name.get(), nullptr) < 1) {
         ORU_TRACE(Level::failure, "%s (rc=%d)\n", "Failed to add reverse config op",
                   ORU_RC_GENERAL);
         return ORU_RC_GENERAL;
