@@ -1,0 +1,284 @@
+#include "sqlite_parts.h"
+
+namespace embedded {
+
+namespace {
+
+using Kind = Condition::Kind;
+
+const char *operator_of(Kind kind) {
+    switch (kind) {
+        case Kind::equal:
+            return "=";
+        case Kind::not_equal:
+            return "<>";
+        case Kind::less:
+            return "<";
+        case Kind::at_most:
+            return "<=";
+        case Kind::greater:
+            return ">";
+        default:
+            return ">=";
+    }
+}
+
+/* What `what` tells of the attribute `a` of `row`, as a query in a query without its end. */
+void add_lookup(Sql &sql, SqliteDatabase &database, std::string_view name, Revision at,
+                const Sql &what) {
+    sql.add("(SELECT ").add(what.text);
+    sql.marks.insert(sql.marks.end(), what.marks.begin(), what.marks.end());
+    sql.add(" FROM attribute a WHERE a.row = row.id AND a.name = ");
+    sql.mark(Cell::of_integer(database.words.find(name)));
+    sql.add(" AND a.since <= ").mark(Cell::of_integer(at));
+    sql.add(" AND a.until > ").mark(Cell::of_integer(at));
+}
+
+void add_comparison(Sql &sql, SqliteDatabase &database, const Condition &condition, Revision at) {
+    Sql comparison;
+    const char *const sign = operator_of(condition.kind);
+    if (condition.by_length) {
+        const auto length = static_cast<int64_t>(condition.operand.bytes.size());
+        comparison.add("(length(CAST(a.value AS BLOB)), a.value) ").add(sign).add(" (");
+        comparison.mark(Cell::of_integer(length)).add(", ").mark(condition.operand).add(")");
+    } else {
+        comparison.add("a.value ").add(sign).add(" ").mark(condition.operand);
+    }
+    sql.add("coalesce(");
+    add_lookup(sql, database, condition.name, at, comparison);
+    sql.add(" AND a.type = ").mark(Cell::of_integer(condition.type));
+    sql.add(condition.when_missing ? "), 1)" : "), 0)");
+}
+
+void add_parts(Sql &sql, SqliteDatabase &database, const Condition &condition, Revision at) {
+    const bool is_all = condition.kind == Kind::all;
+    if (condition.parts.empty()) {
+        sql.add(is_all ? "1" : "0");
+        return;
+    }
+    const char *between = "(";
+    for (const Condition &part : condition.parts) {
+        sql.add(between);
+        add_condition(sql, database, part, at);
+        between = is_all ? " AND " : " OR ";
+    }
+    sql.add(")");
+}
+
+/* Which rows: everything behind FROM, without the order. The first two marks are the range. */
+void add_source(Sql &sql, SqliteDatabase &database, const Query &query) {
+    sql.add(" FROM row WHERE key >= ").mark(Cell::of_blob(query.range.first));
+    sql.add(" AND key < ").mark(Cell::of_blob(query.range.end));
+    sql.add(" AND since <= ").mark(Cell::of_integer(query.at));
+    sql.add(" AND until > ").mark(Cell::of_integer(query.at));
+    if (!query.kinds.empty()) {
+        // rows of several kinds would have to be sorted by key if they were looked up by kind
+        const char *between = query.kinds.size() == 1 ? " AND kind IN (" : " AND +kind IN (";
+        for (const std::string &kind : query.kinds) {
+            sql.add(between).mark(Cell::of_integer(database.words.find(kind)));
+            between = ", ";
+        }
+        sql.add(")");
+    }
+    if (query.where != nullptr) {
+        sql.add(" AND ");
+        add_condition(sql, database, *query.where, query.at);
+    }
+}
+
+void bind_all(Statement &statement, const std::vector<Cell> &marks) {
+    for (const Cell &mark : marks)
+        statement.bind(mark);
+}
+
+/* Reads the attributes that a query wants of the rows that it finds. */
+class AttributeReader {
+  public:
+    AttributeReader(SqliteDatabase &database, const Query &query) : at_(query.at) {
+        Sql sql;
+        sql.add(
+            "SELECT name, type, type_name, value FROM attribute "
+            "WHERE row = ? AND since <= ? AND until > ?");
+        if (!query.all_names) {
+            const char *between = " AND name IN (";
+            for (const std::string &name : query.names) {
+                sql.add(between).add(std::to_string(database.words.find(name)));
+                between = ", ";
+            }
+            sql.add(query.names.empty() ? " AND 0" : ")");
+        }
+        statement_ = database.connection.prepare(sql.text);
+    }
+
+    void read(SqliteDatabase &database, int64_t row, RowSink &sink) {
+        const ResetAtEnd reset(statement_);
+        statement_.bind(row).bind(at_).bind(at_);
+        while (statement_.step())
+            sink.attribute(attribute_at(database, statement_, 0));
+    }
+
+  private:
+    Revision at_;
+    Statement statement_;
+};
+
+/* What both scans do: each batch sees the store as it was at the scan's revision. */
+class SqliteScan : public Scan {
+  public:
+    SqliteScan(std::shared_ptr<SqliteDatabase> database, Query query)
+        : database_(std::move(database)),
+          query_(std::move(query)),
+          attributes_(*database_, query_) {}
+
+    ReadStatus next(uint32_t limit, RowSink &sink) final {
+        const std::lock_guard lock(database_->mutex);
+        Transaction transaction(database_->connection, Transaction::Aim::read);
+        if (query_.at < database_->setting("horizon"))
+            return ReadStatus::expired;
+        const ResetAtEnd reset(rows_);
+        bind(limit);
+        for (uint32_t i = 0; i < limit; i++) {
+            if (!rows_.step())
+                return ReadStatus::last;
+            key_ = rows_.bytes(0);
+            sink.row(
+                {key_, rows_.bytes(1), database_->words.text(rows_.integer(2)), rows_.integer(3)});
+            attributes_.read(*database_, rows_.integer(4), sink);
+            passed_++;
+        }
+        end_batch();
+        return ReadStatus::more;
+    }
+
+  protected:
+    virtual void bind(uint32_t limit) = 0;
+    virtual void end_batch() = 0; /* after one that was full */
+
+    std::shared_ptr<SqliteDatabase> database_;
+    Query query_;
+    AttributeReader attributes_;
+    Statement rows_;     /* key, label, kind, since, id */
+    std::string key_;    /* of the last row */
+    int64_t passed_ = 0; /* rows */
+};
+
+/* Rows in the order of their keys: a batch takes the part of the range behind the last key. */
+class KeyScan final : public SqliteScan {
+  public:
+    KeyScan(std::shared_ptr<SqliteDatabase> database, Query query)
+        : SqliteScan(std::move(database), std::move(query)) {
+        Sql sql;
+        sql.add("SELECT key, label, kind, since, id");
+        add_source(sql, *database_, query_);
+        sql.add(query_.descending ? " ORDER BY key DESC LIMIT ?" : " ORDER BY key LIMIT ?");
+        marks_ = std::move(sql.marks);
+        rows_ = database_->connection.prepare(sql.text);
+    }
+
+  private:
+    void bind(uint32_t limit) override {
+        bind_all(rows_, marks_);
+        rows_.bind(int64_t{limit});
+    }
+
+    void end_batch() override {
+        if (query_.descending) {
+            query_.range.end = key_;
+            marks_[1].bytes = query_.range.end;
+        } else {
+            // the least key that is greater
+            query_.range.first = key_;
+            query_.range.first += '\0';
+            marks_[0].bytes = query_.range.first;
+        }
+    }
+
+    std::vector<Cell> marks_;
+};
+
+/* Rows in an order of attributes: their keys are sorted once, into a table of the connection. */
+class SortedScan final : public SqliteScan {
+  public:
+    SortedScan(std::shared_ptr<SqliteDatabase> database, Query query)
+        : SqliteScan(std::move(database), std::move(query)) {
+        Connection &connection = database_->connection;
+        Sql sql;
+        add_sorted(sql);
+        Statement fill = connection.prepare(sql.text);
+        bind_all(fill, sql.marks);
+        {
+            Transaction transaction(connection, Transaction::Aim::read);
+            fill.run();
+            transaction.commit();
+        }
+        end_ = sqlite3_last_insert_rowid(connection.get()) + 1;
+        first_ = end_ - sqlite3_changes64(connection.get());
+        rows_ = connection.prepare(
+            "SELECT s.key, r.label, r.kind, r.since, r.id "
+            "FROM temp.sorted s JOIN row r USING (key, since) "
+            "WHERE s.position >= ? AND s.position < ? "
+            "ORDER BY s.position LIMIT ?");
+    }
+
+    ~SortedScan() override {
+        const std::lock_guard lock(database_->mutex);
+        try {
+            database_->connection
+                .prepare("DELETE FROM temp.sorted WHERE position >= ? AND position < ?")
+                .bind(first_)
+                .bind(end_)
+                .run();
+        } catch (const std::exception &) {
+            // the table goes with the connection
+        }
+    }
+
+  private:
+    void add_sorted(Sql &sql) {
+        Sql value;
+        value.add("a.value");
+        sql.add("INSERT INTO temp.sorted (key, since) SELECT key, since FROM (SELECT key, since");
+        for (size_t i = 0; i < query_.order.size(); i++) {
+            sql.add(", ");
+            add_lookup(sql, *database_, query_.order[i].name, query_.at, value);
+            sql.add(") AS s").add(std::to_string(i));
+        }
+        add_source(sql, *database_, query_);
+        // the limit keeps the values from being looked up again for the order
+        sql.add(" LIMIT -1) ORDER BY ");
+        for (size_t i = 0; i < query_.order.size(); i++) {
+            const SortKey &by = query_.order[i];
+            const std::string column = "s" + std::to_string(i);
+            const char *const direction = by.descending ? " DESC, " : ", ";
+            if (by.by_length)
+                sql.add("length(CAST(").add(column).add(" AS BLOB))").add(direction);
+            sql.add(column).add(direction);
+        }
+        sql.add("key");
+    }
+
+    void bind(uint32_t limit) override {
+        rows_.bind(first_ + passed_).bind(end_).bind(int64_t{limit});
+    }
+    void end_batch() override {}
+
+    int64_t first_ = 0; /* positions in the table */
+    int64_t end_ = 0;
+};
+
+}  // namespace
+
+void add_condition(Sql &sql, SqliteDatabase &database, const Condition &condition, Revision at) {
+    if (condition.kind == Kind::all || condition.kind == Kind::any)
+        add_parts(sql, database, condition, at);
+    else
+        add_comparison(sql, database, condition, at);
+}
+
+std::unique_ptr<Scan> new_scan(std::shared_ptr<SqliteDatabase> database, Query query) {
+    if (query.order.empty())
+        return std::make_unique<KeyScan>(std::move(database), std::move(query));
+    return std::make_unique<SortedScan>(std::move(database), std::move(query));
+}
+
+}  // namespace embedded

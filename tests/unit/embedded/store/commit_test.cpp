@@ -1,0 +1,197 @@
+#include <gtest/gtest.h>
+
+#include "rows.h"
+
+namespace embedded {
+namespace {
+
+using Status = CommitResult::Status;
+using Texts = std::vector<std::string>;
+
+class StoreCommit : public testing::Test {
+  protected:
+    std::unique_ptr<Store> store = open_sqlite_store({});
+};
+
+TEST_F(StoreCommit, EmptyStoreIsAtRevisionZero) {
+    EXPECT_EQ(store->head(), 0);
+    EXPECT_EQ(store->horizon(), 0);
+    EXPECT_EQ(everything_in(*store), Texts{});
+}
+
+TEST_F(StoreCommit, EachMakesTheNextRevision) {
+    const CommitResult first = commit(*store, {create("a")});
+    EXPECT_EQ(first.status, Status::done);
+    EXPECT_EQ(first.revision, 1);
+    EXPECT_EQ(commit(*store, {create("b")}).revision, 2);
+    EXPECT_EQ(commit(*store, {}).revision, 3);
+    EXPECT_EQ(store->head(), 3);
+}
+
+TEST_F(StoreCommit, KeepsEveryKindOfCellExactly) {
+    const std::string bytes("\x00\xff\x01", 3);
+    const std::string zero("a\0b", 3);
+    commit(*store, {create("a", {{"i", 7, {}, Cell::of_integer(INT64_MIN)},
+                                 {"r", 11, "Ratio", Cell::of_real(0.1)},
+                                 {"t", 8, "Label", Cell::of_text("")},
+                                 {"z", 8, {}, Cell::of_text(zero)},
+                                 {"b", 15, {}, Cell::of_blob(bytes)},
+                                 {"e", 15, {}, Cell::of_blob("")}})});
+    EXPECT_EQ(everything_in(*store),
+              Texts{"a:K{i/7=-9223372036854775808,r/11/Ratio=0.100000,t/8/Label=\"\",z/8=\"" +
+                    zero + "\",b/15=<" + bytes + ">,e/15=<>}"});
+}
+
+TEST_F(StoreCommit, KeysMayHoldAnyByte) {
+    const std::string key("a\0\xfe", 3);
+    commit(*store, {create(key), create("a")});
+    EXPECT_EQ(everything_in(*store), (Texts{"a:K{}", key + ":K{}"}));
+    EXPECT_EQ(read_one(*store, key, 1), key + ":K{}");
+}
+
+TEST_F(StoreCommit, SetReplacesAddsAndRemoves) {
+    commit(*store, {create("a", {number("x", 1), number("y", 2)})});
+    commit(*store, {set("a", {number("x", 3), gone("y"), text("z", "new"), gone("w")})});
+    EXPECT_EQ(read_one(*store, "a", 2), "a:K{x/5=3,z/8=\"new\"}");
+    EXPECT_EQ(read_one(*store, "a", 1), "a:K{x/5=1,y/5=2}");
+}
+
+TEST_F(StoreCommit, EraseTakesTheAttributesAlong) {
+    commit(*store, {create("a", {number("x", 1)})});
+    commit(*store, {erase("a")});
+    EXPECT_EQ(read_one(*store, "a", 2), "missing");
+    commit(*store, {create("a")});
+    EXPECT_EQ(read_one(*store, "a", 3), "a:K{}");
+    EXPECT_EQ(read_one(*store, "a", 1), "a:K{x/5=1}");
+}
+
+TEST_F(StoreCommit, EraseAndCreateOfOneKeyReplaceTheRow) {
+    commit(*store, {create("a", {number("x", 1)}, "Old")});
+    EXPECT_EQ(commit(*store, {erase("a"), create("a", {number("y", 2)}, "New")}).status,
+              Status::done);
+    EXPECT_EQ(read_one(*store, "a", 2), "a:New{y/5=2}");
+    EXPECT_EQ(read_one(*store, "a", 1), "a:Old{x/5=1}");
+}
+
+/* What cannot be done leaves nothing behind, not even of the writes before it. */
+TEST_F(StoreCommit, WritesThatDoNotFitAreConflicts) {
+    commit(*store, {create("a")});
+    EXPECT_EQ(commit(*store, {create("b"), create("a")}).status, Status::conflict);
+    EXPECT_EQ(commit(*store, {create("b"), set("c", {})}).status, Status::conflict);
+    EXPECT_EQ(commit(*store, {create("b"), erase("c")}).status, Status::conflict);
+    EXPECT_EQ(everything_in(*store), Texts{"a:K{}"});
+    EXPECT_EQ(store->head(), 1);
+}
+
+TEST_F(StoreCommit, WordsOfARefusedCommitAreForgotten) {
+    commit(*store, {create("a")});
+    commit(*store, {create("b", {number("new", 1)}, "NewKind"), create("a")});
+    commit(*store, {create("c", {number("other", 2)}, "OtherKind")});
+    commit(*store, {create("d", {number("new", 3)}, "NewKind")});
+    EXPECT_EQ(everything_in(*store),
+              (Texts{"a:K{}", "c:OtherKind{other/5=2}", "d:NewKind{new/5=3}"}));
+}
+
+class StorePrecondition : public StoreCommit {
+  protected:
+    CommitResult commit_if(Revision base, std::vector<Range> unchanged) {
+        Commit change;
+        change.base = base;
+        change.unchanged = std::move(unchanged);
+        change.writes = {create("new" + std::to_string(next_++))};
+        return store->commit(change);
+    }
+
+    int next_ = 0;
+};
+
+TEST_F(StorePrecondition, RangesThatNobodyTouchedHold) {
+    commit(*store, {create("a"), create("c")});
+    commit(*store, {set("c", {number("x", 1)})});
+    EXPECT_EQ(commit_if(1, {{"a", "c"}}).status, Status::done);
+    EXPECT_EQ(commit_if(1, {{"ca", "d"}}).status, Status::done);
+    EXPECT_EQ(commit_if(2, {{"a", "d"}}).status, Status::done);
+}
+
+TEST_F(StorePrecondition, EachKindOfChangeIsAConflict) {
+    commit(*store, {create("a"), create("b")});
+    commit(*store, {create("c")});
+    EXPECT_EQ(commit_if(1, {{"b", "d"}}).status, Status::conflict);
+    commit(*store, {set("a", {number("x", 1)})});
+    EXPECT_EQ(commit_if(2, {{"z", "zz"}, {"a", "b"}}).status, Status::conflict);
+    commit(*store, {erase("b")});
+    EXPECT_EQ(commit_if(3, {{"b", "c"}}).status, Status::conflict);
+    EXPECT_EQ(store->head(), 4);
+}
+
+TEST_F(StoreCommit, SecondOfOneNameIsAnsweredAsTheFirst) {
+    Commit change;
+    change.request = "r1";
+    change.writes = {create("a")};
+    EXPECT_EQ(store->commit(change).revision, 1);
+    commit(*store, {create("b")});
+    const CommitResult again = store->commit(change);
+    EXPECT_EQ(again.status, Status::done);
+    EXPECT_EQ(again.revision, 1);
+    EXPECT_EQ(store->head(), 2);
+}
+
+TEST_F(StoreCommit, NameOfARefusedCommitIsFree) {
+    Commit change;
+    change.request = "r1";
+    change.writes = {erase("a")};
+    EXPECT_EQ(store->commit(change).status, Status::conflict);
+    change.writes = {create("a")};
+    EXPECT_EQ(store->commit(change).revision, 1);
+}
+
+/* ---- Forgetting ---- */
+
+TEST(StoreHistory, OldCommitsGoAndReadsOfThemExpire) {
+    const std::unique_ptr<Store> store = open_sqlite_store({.keep_commits = 2, .keep_seconds = -1});
+    commit(*store, {create("a", {number("x", 1)}), create("b")});
+    commit(*store, {set("a", {number("x", 2)}), erase("b")});
+    commit(*store, {set("a", {number("x", 3)})});
+    EXPECT_EQ(store->horizon(), 1);
+    commit(*store, {set("a", {number("x", 4)})});
+    EXPECT_EQ(store->horizon(), 2);
+    EXPECT_EQ(read_one(*store, "a", 1), "expired");
+    EXPECT_EQ(read_one(*store, "a", 2), "a:K{x/5=2}");
+    EXPECT_EQ(read_one(*store, "a", 4), "a:K{x/5=4}");
+    EXPECT_EQ(read_one(*store, "b", 2), "missing");
+}
+
+TEST(StoreHistory, YoungCommitsStayHoweverManyThereAre) {
+    const std::unique_ptr<Store> store = open_sqlite_store({.keep_commits = 1, .keep_seconds = 60});
+    for (int i = 0; i < 5; i++)
+        commit(*store, {create(std::to_string(i))});
+    EXPECT_EQ(store->horizon(), 0);
+    EXPECT_EQ(read_one(*store, "0", 1), "0:K{}");
+}
+
+TEST(StoreHistory, PreconditionBehindTheHorizonIsAConflict) {
+    const std::unique_ptr<Store> store = open_sqlite_store({.keep_commits = 1, .keep_seconds = -1});
+    for (int i = 0; i < 4; i++)
+        commit(*store, {create(std::to_string(i))});
+    Commit change;
+    change.base = 1;
+    change.unchanged = {{"x", "y"}};
+    EXPECT_EQ(store->commit(change).status, Status::conflict);
+    change.base = store->horizon();
+    EXPECT_EQ(store->commit(change).status, Status::done);
+}
+
+TEST(StoreHistory, OpenScanExpires) {
+    const std::unique_ptr<Store> store = open_sqlite_store({.keep_commits = 1, .keep_seconds = -1});
+    commit(*store, {create("a"), create("b")});
+    const std::unique_ptr<Scan> scan = store->scan(everything(1));
+    Rows rows;
+    EXPECT_EQ(scan->next(1, rows), ReadStatus::more);
+    commit(*store, {erase("b")});
+    commit(*store, {});
+    EXPECT_EQ(scan->next(1, rows), ReadStatus::expired);
+    EXPECT_EQ(rows.texts, Texts{"a:K{}"});
+}
+
+}  // namespace
+}  // namespace embedded
