@@ -29,7 +29,8 @@ ORU_API ORUVtableSorter *oru_vtable_sorter_new(int32_t key_start, int32_t key_co
  * a later key moves up; a key that is missing then sorts first.
  *
  * 0; 10002 when memory runs out; 10000 when keys cannot be compared: values of different kinds, or
- * none of strings under 's'. Asserts "sorter", and "vlist" on a null row.
+ * none of strings under 's'. Asserts "sorter", and "vlist" on a null row whose keys are looked for;
+ * without keys a null row only counts.
  */
 ORU_API int32_t oru_vtable_sorter_add(ORUVtableSorter *sorter, ORUDoVlist *row);
 

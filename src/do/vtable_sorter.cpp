@@ -32,6 +32,7 @@ using oru::Ref;
 constexpr int32_t kTreeNotFound = 2;
 constexpr int32_t kTreeNoMemory = 12;
 constexpr int32_t kComparisonFailed = -1;
+constexpr int32_t kNotComparable = -2;  // of two values
 
 struct SortNode {
     ORUVtableSorter *sorter;
@@ -47,31 +48,35 @@ int32_t opposite(int32_t order) {
     return order == BALANCED_TREE_LESS ? BALANCED_TREE_GREATER : BALANCED_TREE_LESS;
 }
 
-// Values that cannot be compared are a failure of the tree.
+bool are_uris(ORUDoValue *a, ORUDoValue *b) {
+    return oru_do_is_uri_type(a->type) != 0 && oru_do_is_uri_type(b->type) != 0;
+}
+
+// Values that cannot be compared are a failure of the tree. The order of URIs is any number whose
+// sign counts, the one of that failure too.
 int32_t compare_values(ORUDoValue *a, ORUDoValue *b) {
-    switch (oru_do_value_compare(a, b)) {
-        case -1:
-            return BALANCED_TREE_LESS;
-        case 0:
-            return BALANCED_TREE_EQUAL;
-        case 1:
-            return BALANCED_TREE_GREATER;
-        default:
-            return kComparisonFailed;
-    }
+    const int32_t order = oru_do_value_compare(a, b);
+    if (order == 0)
+        return BALANCED_TREE_EQUAL;
+    if (order == kNotComparable && !are_uris(a, b))
+        return kComparisonFailed;
+    return order < 0 ? BALANCED_TREE_LESS : BALANCED_TREE_GREATER;
+}
+
+// False for what is no string. A string whose storage could not be had reads as empty.
+bool read_length(ORUDoValue *value, size_t &out) {
+    int32_t code = ORU_OK;
+    const char *text = oru_do_value_get_string(value, &code);
+    out = text != nullptr ? std::strlen(text) : 0;
+    return code == ORU_OK;
 }
 
 // Shorter texts come first; only those of one length go by their characters.
 int32_t compare_by_length(ORUDoValue *a, ORUDoValue *b) {
-    int32_t code = ORU_OK;
-    const char *text_a = oru_do_value_get_string(a, &code);
-    if (code != ORU_OK)
+    size_t length_a = 0;
+    size_t length_b = 0;
+    if (!read_length(a, length_a) || !read_length(b, length_b))
         return kComparisonFailed;
-    const char *text_b = oru_do_value_get_string(b, &code);
-    if (code != ORU_OK)
-        return kComparisonFailed;
-    const size_t length_a = std::strlen(text_a);
-    const size_t length_b = std::strlen(text_b);
     if (length_a != length_b)
         return length_a < length_b ? BALANCED_TREE_LESS : BALANCED_TREE_GREATER;
     return compare_values(a, b);
@@ -243,6 +248,8 @@ int32_t oru_vtable_sorter_add(ORUVtableSorter *sorter, ORUDoVlist *row) {
 void oru_vtable_sorter_delete(ORUVtableSorter *sorter, ORUDoVtable *vtable) {
     if (sorter == nullptr)
         return;
-    balanced_tree_walk(sorter->tree, empty_node, vtable, nullptr);
+    int32_t status = 0;  // every layer may write it; the walk runs to its end
+    if (sorter->tree != nullptr)
+        balanced_tree_walk(sorter->tree, empty_node, vtable, &status);
     free_sorter(sorter);
 }
