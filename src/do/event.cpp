@@ -9,6 +9,25 @@
 #include "oru/rc.h"
 #include "oru/uri.h"
 
+namespace {
+
+// Null when a part is missing and when memory does not hold the whole.
+ORUDoStrbuf *new_qualified_name(const ORUDoEvent &event) {
+    if (event.pkg_name == nullptr || event.pkg_vs == nullptr || event.name == nullptr)
+        return nullptr;
+    auto text = oru::Ref<ORUDoStrbuf>::adopt(oru_do_strbuf_new());
+    if (!text)
+        return nullptr;
+    oru_do_strbuf_add_string(text.get(), event.pkg_name->str);
+    oru_do_strbuf_add_char(text.get(), ':');
+    oru_do_strbuf_add_string(text.get(), event.pkg_vs);
+    oru_do_strbuf_add_char(text.get(), '/');
+    oru_do_strbuf_add_string(text.get(), event.name->str);
+    return oru_do_strbuf_get_err(text.get()) == ORU_OK ? text.release() : nullptr;
+}
+
+}  // namespace
+
 void oru::ObjectType<ORUDoEvent>::release_members(ORUDoEvent &self) {
     deref(self.pkg_name);
     Text(self.pkg_vs).reset(nullptr);
@@ -80,19 +99,9 @@ ORUDoProperties *oru_do_event_get_info(ORUDoEvent *event) {
 
 const char *oru_do_event_get_fqn_event_name(ORUDoEvent *event) {
     ORU_REQUIRE(event);
-    if (event->fqn == nullptr) {
-        if (event->pkg_name == nullptr || event->pkg_vs == nullptr || event->name == nullptr)
-            return nullptr;
-        event->fqn = oru_do_strbuf_new();
-        if (event->fqn == nullptr)
-            return nullptr;
-        oru_do_strbuf_add_string(event->fqn, event->pkg_name->str);
-        oru_do_strbuf_add_char(event->fqn, ':');
-        oru_do_strbuf_add_string(event->fqn, event->pkg_vs);
-        oru_do_strbuf_add_char(event->fqn, '/');
-        oru_do_strbuf_add_string(event->fqn, event->name->str);
-    }
-    return oru_do_strbuf_to_string(event->fqn);
+    if (event->fqn == nullptr)
+        event->fqn = new_qualified_name(*event);
+    return event->fqn != nullptr ? oru_do_strbuf_to_string(event->fqn) : nullptr;
 }
 
 // ---- Printing ----

@@ -1,6 +1,7 @@
 #include "oru/event.h"
 
 #include <gtest/gtest.h>
+#include <oruplatform/poolheap.h>
 
 #include <cstdint>
 #include <memory>
@@ -105,6 +106,58 @@ TEST_F(EventTest, TheSlashStandsWithTheVersion) {
     EXPECT_EQ(text_of(no_package), "Event(1.0/e):-0-0\n\n}\n");
 }
 
+TEST_F(EventTest, WithoutInfoTwoNewlinesFollowEachOther) {
+    const Event event(
+        oru_do_event_new_2(package.get(), "1.0", name.get(), uri.get(), 17, 3, nullptr));
+    EXPECT_EQ(text_of(event, 1), "\tEvent(p:1.0/e):/a;k=1-17-3\n\n\t}\n");
+}
+
+TEST_F(EventTest, TheQualifiedNameLeavesThePrintedFormAlone) {
+    const Event event = full();
+    oru_do_event_get_fqn_event_name(event.get());
+    EXPECT_EQ(text_of(event), "Event(p:1.0/e):/a;k=1-17-3\n{ n : 5 }\n}\n");
+}
+
+TEST_F(EventTest, ItsPartsLiveAsLongAsItself) {
+    Event event = full();
+    const Event shared(oru_do_event_ref(event.get()));
+    event.reset();
+    package.reset();
+    name.reset();
+    uri.reset();
+    info.reset();
+    EXPECT_EQ(text_of(shared), "Event(p:1.0/e):/a;k=1-17-3\n{ n : 5 }\n}\n");
+    EXPECT_STREQ(oru_do_event_get_fqn_event_name(shared.get()), "p:1.0/e");
+}
+
+struct EventImage {
+    ORUDoName *pkg_name;
+    char *pkg_vs;
+    ORUDoName *name;
+    ORUDoUri *uri;
+    ORUDoStrbuf *fqn;
+    ORUDoProperties *info;
+    int64_t event_time;
+    uint32_t ref_count;
+    int32_t severity;
+};
+
+TEST_F(EventTest, TheRecordHasItsFieldsInOrder) {
+    const Event event = full();
+    const auto &image = *reinterpret_cast<EventImage *>(event.get());
+    EXPECT_EQ(image.pkg_name, package.get());
+    EXPECT_STREQ(image.pkg_vs, "1.0");
+    EXPECT_EQ(image.name, name.get());
+    EXPECT_EQ(image.uri, uri.get());
+    EXPECT_EQ(image.fqn, nullptr);
+    EXPECT_EQ(image.info, info.get());
+    EXPECT_EQ(image.event_time, 17);
+    EXPECT_EQ(image.ref_count, 1u);
+    EXPECT_EQ(image.severity, 3);
+    const char *qualified = oru_do_event_get_fqn_event_name(event.get());
+    EXPECT_EQ(qualified, oru_do_strbuf_to_string(image.fqn));
+}
+
 TEST_F(EventTest, HasAnElementWithItsPartsInOrder) {
     EXPECT_EQ(xml_of(full(), nullptr, nullptr),
               "<event><name>e</name><uri>/a;k=1</uri><time>17</time><severity>3</severity>"
@@ -139,28 +192,71 @@ TEST_F(EventTest, RequiredArgumentsAreAsserted) {
     EXPECT_ASSERTION(oru_do_event_get_info(nullptr), "event");
     EXPECT_ASSERTION(oru_do_event_get_fqn_event_name(nullptr), "event");
     EXPECT_ASSERTION(oru_do_event_to_strbuf(event.get(), 0, nullptr), "strbuf");
+    const Event nameless(oru_do_event_new(nullptr, uri.get(), 0, 0, nullptr));
+    const oru::test::Strbuf text(oru_do_strbuf_new());
+    EXPECT_ASSERTION(oru_do_event_to_strbuf(nameless.get(), 0, text.get()), "name");
+    EXPECT_ASSERTION(oru_do_event_to_xml(nullptr, nullptr, nameless.get(), text.get()), "name");
     EXPECT_ASSERTION(oru_do_event_to_xml(nullptr, nullptr, nullptr, nullptr), "event");
     EXPECT_ASSERTION(oru_do_event_to_xml(nullptr, nullptr, event.get(), nullptr), "strbuf");
     EXPECT_EQ(oru_do_event_ref(nullptr), nullptr);
     oru_do_event_deref(nullptr);
 }
 
-TEST(EventMemory, EveryAllocationMayFail) {
-    oru::test::sweep_oom([] {
-        const Name name(oru_do_name_new("e")), package(oru_do_name_new("p"));
-        if (name == nullptr || package == nullptr)
-            return;
-        const Event event(
-            oru_do_event_new_2(package.get(), "1.0", name.get(), nullptr, 0, 0, nullptr));
-        if (event == nullptr)
-            return;
-        EXPECT_STREQ(oru_do_event_get_pkg_vs(event.get()), "1.0");
-        const bool hit = oru::test::oom_hit();
-        const char *qualified = oru_do_event_get_fqn_event_name(event.get());
-        EXPECT_TRUE(qualified != nullptr || oru::test::oom_hit());
-        if (!hit && qualified == nullptr)
-            oru_do_event_get_fqn_event_name(event.get());
-    });
+// ---- Memory ----
+
+class EventMemory : public EventTest {};
+
+TEST_F(EventMemory, AnEventIsWholeOrNone) {
+    oru::test::sweep_oom(
+        [this] {
+            const Event event = full();
+            EXPECT_EQ(event == nullptr, oru::test::oom_hit());
+            const Event unnamed(oru_do_event_new(name.get(), uri.get(), 17, 3, info.get()));
+            EXPECT_TRUE(unnamed != nullptr || oru::test::oom_hit());
+        },
+        {.promised_deaths = {}, .at_least = 3});
+}
+
+// The parts together do not fit into a buffer's first storage.
+TEST_F(EventMemory, AQualifiedNameThatIsNotWholeIsNotKept) {
+    const std::string version(300, '1');
+    const std::string whole = "p:" + version + "/e";
+    oru::test::sweep_oom(
+        [&] {
+            const Event event(oru_do_event_new_2(package.get(), version.c_str(), name.get(),
+                                                 nullptr, 0, 0, nullptr));
+            if (event == nullptr)
+                return;
+            const char *qualified = oru_do_event_get_fqn_event_name(event.get());
+            EXPECT_EQ(qualified == nullptr, oru::test::oom_hit());
+            EXPECT_TRUE(qualified == nullptr || qualified == whole);
+        },
+        {.promised_deaths = {}, .at_least = 5});
+}
+
+TEST_F(EventMemory, TheNextCallMakesTheQualifiedName) {
+    const Event event = full();
+    for (const uint64_t nth : {1, 2}) {  // the buffer, and its storage
+        poolheap_fail_nth(nth, 0);
+        EXPECT_EQ(oru_do_event_get_fqn_event_name(event.get()), nullptr);
+        poolheap_fail_off();
+    }
+    EXPECT_STREQ(oru_do_event_get_fqn_event_name(event.get()), "p:1.0/e");
+}
+
+TEST_F(EventMemory, TheBufferTellsOfWhatIsMissing) {
+    const std::string version(300, '1');
+    const Event event(oru_do_event_new_2(package.get(), version.c_str(), name.get(), uri.get(), 17,
+                                         3, info.get()));
+    oru::test::sweep_oom(
+        [&event] {
+            const oru::test::Strbuf text(oru_do_strbuf_new());
+            if (text == nullptr)
+                return;
+            EXPECT_EQ(oru_do_event_to_strbuf(event.get(), 1, text.get()), 0);
+            EXPECT_EQ(oru_do_strbuf_get_err(text.get()), oru::test::oom_hit() ? 10002 : 0);
+        },
+        {.promised_deaths = {}, .at_least = 3});
 }
 
 }  // namespace
