@@ -79,7 +79,7 @@ class Flattening {
         }
         if ((flags_ & ORU_DTREE_FLATTEN_NODE_NAMES) != 0)
             prefix_name(child, moved);
-        if (moved.properties != last_merged_ && child.properties != nullptr)
+        if (moved.properties != last_merged_.get() && child.properties != nullptr)
             merge_properties(child, moved);
         if ((flags_ & ORU_DTREE_FLATTEN_URIS) != 0 && child.mr_uri != nullptr)
             set_uri(child, moved);
@@ -101,7 +101,7 @@ class Flattening {
             !prefix_attributes(moved, dot + 1))
             return;
         oru_do_properties_add_all(moved.properties, child.properties);
-        last_merged_ = moved.properties;
+        last_merged_ = Ref<ORUDoProperties>::share(moved.properties);
     }
 
     // False, and the table as it was, when an entry has no value or memory ran out.
@@ -146,7 +146,8 @@ class Flattening {
     ORUDoDtree *kept_ = nullptr;
     ORUDoDtree *before_ = nullptr;
     ORUDoDtree *last_moved_ = nullptr;
-    ORUDoProperties *last_merged_ = nullptr;  // compared, never looked into
+    // Held, so that no new table takes its place in memory: its node may go before the next merge.
+    Ref<ORUDoProperties> last_merged_;
 };
 
 }  // namespace
