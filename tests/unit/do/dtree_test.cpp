@@ -4,6 +4,7 @@
 #include <oruplatform/poolheap.h>
 
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "oru/error.h"
@@ -12,8 +13,6 @@
 #include "oru/uri.h"
 #include "oru/value.h"
 #include "tests/support/death.h"
-#include "tests/support/oom.h"
-#include "tests/support/trace_capture.h"
 #include "tests/unit/do/dtree_support.h"
 
 namespace {
@@ -79,6 +78,57 @@ TEST_F(Dtree, AChildWithASiblingIsNotAdopted) {
     EXPECT_EQ(oru_do_dtree_get_parent(first), other);
     EXPECT_EQ(children_of(other), "a b ");
     oru_do_dtree_deref(other);
+}
+
+TEST_F(Dtree, TheRefusalReplacesAnEarlierError) {
+    ORUDoDtree *other = oru_do_dtree_new_str("o");
+    ORUDoDtree *first = add(other, "a");
+    add(other, "b");
+    error = oru_do_error_new(5, "earlier");
+    oru_do_dtree_set_error(root, error);
+    EXPECT_EQ(oru_do_dtree_adopt_child(root, first), nullptr);
+    EXPECT_EQ(oru_do_error_get_code(oru_do_dtree_get_error(root)), 10000);
+    poolheap_fail_nth(1, 1);
+    EXPECT_EQ(oru_do_dtree_adopt_child(root, first), nullptr);
+    poolheap_fail_off();
+    EXPECT_EQ(oru_do_dtree_get_error(root), nullptr);
+    oru_do_dtree_deref(other);
+}
+
+TEST_F(Dtree, TheLastChildOfAnotherParentIsAdoptedToo) {
+    ORUDoDtree *other = oru_do_dtree_new_str("o");
+    add(other, "a");
+    ORUDoDtree *last = add(other, "b");
+    EXPECT_EQ(oru_do_dtree_adopt_child(root, last), last);
+    EXPECT_EQ(oru_do_dtree_get_error(root), nullptr);
+    EXPECT_EQ(children_of(root), "b ");
+    EXPECT_EQ(children_of(other), "a b ");
+    EXPECT_EQ(oru_do_dtree_get_parent(last), root);
+    oru_do_dtree_deref(other);
+    EXPECT_EQ(children_of(root), "b ");
+}
+
+// Only the link to a sibling is looked at, so that the node comes behind itself.
+TEST_F(Dtree, TheLastChildIsAdoptedOnceMore) {
+    ORUDoDtree *last = add(root, "a");
+    EXPECT_EQ(oru_do_dtree_adopt_child(root, last), last);
+    EXPECT_EQ(oru_do_dtree_get_error(root), nullptr);
+    EXPECT_EQ(oru_do_dtree_get_child(root, 1), last);
+    EXPECT_EQ(oru_do_dtree_get_child(root, 7), last);
+    oru_do_dtree_remove_children(root);
+    EXPECT_EQ(oru_do_dtree_get_child_count(root), 0);
+}
+
+TEST_F(Dtree, TransferOfNothingAndIntoNothing) {
+    ORUDoDtree *from = oru_do_dtree_new_str("f");
+    oru_do_dtree_transfer_children(root, from);
+    EXPECT_EQ(children_of(root), "");
+    add(from, "a");
+    oru_do_dtree_transfer_children(root, from);
+    oru_do_dtree_transfer_children(root, from);
+    oru_do_dtree_transfer_children(root, root);
+    EXPECT_EQ(children_of(root), "a ");
+    oru_do_dtree_deref(from);
 }
 
 TEST_F(Dtree, TransferMovesTheChainAndNotTheParentLinks) {
@@ -192,6 +242,44 @@ TEST_F(Dtree, ValuesComeFromThePropertiesThenFromTheUri) {
     EXPECT_EQ(oru_do_dtree_get_value(root, "a"), nullptr);
 }
 
+TEST_F(Dtree, OfEntriesOfOneNameTheFirstAnswers) {
+    ORUDoProperties *more = oru_do_properties_new();
+    oru_do_properties_set_int(more, "a", 2);
+    set(root, "a", 1);
+    ORUDoProperties *own = oru_do_dtree_get_properties(root);
+    oru_do_properties_add_all(own, more);
+    EXPECT_EQ(number(oru_do_dtree_get_value(root, "a")), 1);
+    set(root, "a", 3);
+    EXPECT_EQ(attributes_of(root), "a a ");
+    EXPECT_EQ(number(oru_do_dtree_get_value(root, "a")), 3);
+    oru_do_properties_deref(more);
+}
+
+// The search ends at the first name, with a value or without.
+TEST_F(Dtree, AFirstEntryWithoutAValueHidesTheNext) {
+    ORUDoProperties *more = oru_do_properties_new();
+    oru_do_properties_set_int(more, "_uri", 2);
+    oru_do_properties_set_int(more, "a", 2);
+    set(root, "_uri", 1);
+    set(root, "a", 1);
+    set_uri(root, "/u");
+    ORUDoProperties *own = oru_do_dtree_get_properties(root);
+    oru_do_properties_reset_values(own);
+    oru_do_properties_add_all(own, more);
+    EXPECT_EQ(oru_do_dtree_get_value(root, "a"), nullptr);
+    EXPECT_EQ(oru_do_value_get_type(oru_do_dtree_get_value(root, "_uri")), ORU_DO_TYPE_MR_URI);
+    oru_do_properties_deref(more);
+}
+
+TEST_F(Dtree, AnIndexedTableAnswersAlike) {
+    for (int32_t i = 0; i < 40; ++i)
+        set(root, ("n" + std::to_string(i)).c_str(), i);
+    EXPECT_EQ(number(oru_do_dtree_get_value(root, "n39")), 39);
+    EXPECT_EQ(oru_do_dtree_get_value(root, "n40"), nullptr);
+    set(root, "n39", 1);
+    EXPECT_EQ(number(oru_do_dtree_get_value(root, "n39")), 1);
+}
+
 TEST_F(Dtree, SettingAValueKeepsItsPlace) {
     set(root, "a", 1);
     set(root, "b", 2);
@@ -225,6 +313,10 @@ TEST_F(Dtree, PathsLeadToNodes) {
     EXPECT_EQ(find(root, nullptr), nullptr);
     ORUDoDtree *nameless = add(root, "");
     EXPECT_EQ(find(b, "/"), nameless);
+    EXPECT_EQ(find(b, "//"), nameless);
+    EXPECT_EQ(find(root, "  "), nameless);
+    EXPECT_EQ(find(b, "///"), nullptr);
+    EXPECT_EQ(find(root, "a/b//"), nullptr);
     ORUDoDtree *below = add(add(a, ""), "b");
     EXPECT_EQ(find(root, "a//b"), below);
     EXPECT_EQ(error, nullptr);
@@ -252,6 +344,17 @@ TEST_F(Dtree, PathsLeadToValues) {
     EXPECT_EQ(read(root, "z/y"), 99);
     EXPECT_EQ(read(root, ""), 99);
     EXPECT_EQ(read(root, nullptr), 99);
+    EXPECT_EQ(read(root, "a/x/"), 2);
+    EXPECT_EQ(read(root, "a/x  "), 2);
+    EXPECT_EQ(read(root, "a/../x"), 1);
+    EXPECT_EQ(read(root, "../x"), 99);  // nowhere, and no attribute ".."
+    set_uri(b, "/u");
+    EXPECT_EQ(oru_do_dtree_get_value_by_path(root, "a/b/_uri", absent, nullptr),
+              oru_do_dtree_get_value(b, "_uri"));
+    oru_do_dtree_hide_node(a, 1);
+    EXPECT_EQ(read(root, "a/b/x"), 3);
+    oru_do_properties_reset_values(oru_do_dtree_get_properties(a));
+    EXPECT_EQ(read(root, "a/x"), 99);
     EXPECT_EQ(oru_do_dtree_get_value_by_path(root, "z", nullptr, nullptr), nullptr);
     EXPECT_EQ(error, nullptr);
     oru_do_value_deref(absent);
@@ -268,6 +371,10 @@ TEST_F(Dtree, UrisLeadToTheFirstNodeThatHasThem) {
     EXPECT_EQ(oru_do_dtree_get_node_by_uri(root, uri), b);
     EXPECT_EQ(oru_do_dtree_get_node_by_uri(c, uri), c);
     EXPECT_EQ(oru_do_dtree_get_node_by_uri(root, other), nullptr);
+    set_uri(root, "/v");
+    oru_do_dtree_hide_node(a, 1);
+    EXPECT_EQ(oru_do_dtree_get_node_by_uri(root, other), root);
+    EXPECT_EQ(oru_do_dtree_get_node_by_uri(root, uri), b);
     oru_do_uri_deref(uri);
     oru_do_uri_deref(other);
 }
@@ -286,7 +393,14 @@ TEST_F(Dtree, QueriesNameAUriAndAPath) {
     EXPECT_EQ(read("/u#x  "), 2);
     EXPECT_EQ(read("/u"), 99);
     EXPECT_EQ(read("/v#x"), 99);
+    EXPECT_EQ(read("/u/"), 99);
+    EXPECT_EQ(read("/u#"), 99);
+    EXPECT_EQ(read("/u#y"), 99);
+    EXPECT_EQ(read("/u#x#y"), 99);  // the first one cuts
+    EXPECT_EQ(read("#x"), 99);
+    EXPECT_EQ(read(""), 99);
     EXPECT_EQ(error, nullptr);
+    EXPECT_EQ(oru_do_dtree_get_value_by_uri(root, nullptr, absent, nullptr), absent);
     EXPECT_EQ(read(nullptr), 99);
     ASSERT_NE(error, nullptr);
     EXPECT_EQ(oru_do_error_get_code(error), 10002);
@@ -333,6 +447,7 @@ TEST_F(Dtree, ErrorsAreGatheredParentsFirst) {
         oru_do_dtree_set_error(node, err);
         oru_do_error_deref(err);
     }
+    oru_do_dtree_hide_node(a, 1);
     EXPECT_EQ(oru_do_dtree_get_errors(root, list), 2);
     EXPECT_EQ(oru_do_error_list_get_error(list, 0), oru_do_dtree_get_error(a));
     EXPECT_EQ(oru_do_error_list_get_error(list, 1), oru_do_dtree_get_error(b));
@@ -411,34 +526,7 @@ TEST_F(DtreeVisit, ZeroStopsAtOnce) {
     EXPECT_EQ(log.text, "-b2 -a1 -d2 -c1 -r0 ");
 }
 
-// ---- Memory and null ----
-
-TEST(DtreeMemory, EveryAllocationMayFail) {
-    oru::test::sweep_oom(
-        [] {
-            ORUDoDtree *root = oru_do_dtree_new_str("r");
-            ORUDoName *name = oru_do_name_new("a name that does not fit into the record of names");
-            ORUDoUri *uri = oru_do_uri_new("/a");
-            ORUDoError *error = nullptr;
-            if (root != nullptr && name != nullptr && uri != nullptr) {
-                ORUDoDtree *child = oru_do_dtree_add_child(root, name);
-                EXPECT_EQ(oru_do_dtree_get_child_count(root), child != nullptr ? 1 : 0);
-                oru_do_dtree_set_mr_uri(root, uri);
-                ORUDoValue *value = oru_do_value_new_int(1);
-                if (value != nullptr)
-                    oru_do_dtree_set_value(root, "x", value);
-                ORUDoValue *found = oru_do_dtree_get_value_by_uri(root, "/a#x", nullptr, &error);
-                EXPECT_TRUE(found == value || oru::test::oom_hit());
-                oru_do_value_deref(value);
-            }
-            EXPECT_TRUE(error == nullptr || oru::test::oom_hit());
-            oru_do_error_deref(error);
-            oru_do_uri_deref(uri);
-            oru_do_name_deref(name);
-            oru_do_dtree_deref(root);
-        },
-        {.promised_deaths = {}, .at_least = 10});
-}
+// ---- Null ----
 
 TEST_F(Dtree, RequiredArgumentsAreAsserted) {
     ORUDoName *name = oru_do_dtree_get_name(root);
