@@ -147,8 +147,8 @@ ORU_API void oru_do_config_ops_init_pr_ops(ORUDoConfigOps *config_ops);
  *
  * 0, or the code of the first table that failed, with what was appended before it left there: 10000
  * for a missing or unknown `_mr` with `check_keys`, for a missing `_uri` and for one without
- * segments; the code of the value's getter for a `_uri` or `_mr` of another type; 10002 when memory
- * runs out. All failures are traced at level 3. Asserts "properties_list" and "config_ops".
+ * segments; 101 for a `_uri` or `_mr` of another type or without a value; 10002 when memory runs
+ * out. All failures are traced at level 3. Asserts "properties_list" and "config_ops".
  */
 ORU_API int32_t oru_do_properties_list_to_config_ops(ORUDoPropertiesList *properties_list,
                                                      ORUDoConfigOps *config_ops,

@@ -47,8 +47,8 @@ int32_t Creation::take_uri(ORUDoValue *value) {
         ORU_TRACE(Level::failure, "parent_uri already set (rc=%d)\n", ORU_RC_GENERAL);
         return ORU_RC_GENERAL;
     }
-    int32_t code = ORU_OK;
-    ORUDoUri *uri = oru_do_value_get_mr_uri(value, &code);
+    int32_t code = ORU_RC_VALUE_TYPE;  // an entry may have no value at all
+    ORUDoUri *uri = value != nullptr ? oru_do_value_get_mr_uri(value, &code) : nullptr;
     if (code != ORU_OK) {
         ORU_TRACE(Level::failure, "Failed to get _uri value (rc=%d)\n", static_cast<int>(code));
         return code;
@@ -66,13 +66,14 @@ int32_t Creation::take_type(ORUDoValue *value) {
         ORU_TRACE(Level::failure, "mr_uri_typename already set (rc=%d)\n", ORU_RC_GENERAL);
         return ORU_RC_GENERAL;
     }
-    int32_t code = ORU_OK;
-    const char *text = oru_do_value_get_string(value, &code);
+    int32_t code = ORU_RC_VALUE_TYPE;
+    const char *text = value != nullptr ? oru_do_value_get_string(value, &code) : nullptr;
     if (code != ORU_OK) {
         ORU_TRACE(Level::failure, "Failed to get _mr value (rc=%d)\n", static_cast<int>(code));
         return code;
     }
-    mr_name = Ref<ORUDoName>::adopt(oru_do_name_new(text));
+    // A string whose storage could not be had reads as empty.
+    mr_name = Ref<ORUDoName>::adopt(oru_do_name_new(text != nullptr ? text : ""));
     return mr_name ? ORU_OK : out_of_memory();
 }
 

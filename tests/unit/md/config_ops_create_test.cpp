@@ -1,5 +1,6 @@
 // Operations that create again what was read.
 #include <gtest/gtest.h>
+#include <oruplatform/poolheap.h>
 
 #include <memory>
 #include <string>
@@ -187,6 +188,151 @@ TEST_F(CreatingAgain, KeysAreCheckedAgainstATypeThatIsThere) {
     const TraceCapture traces(3);
     EXPECT_EQ(convert(1), 10000);
     EXPECT_EQ(traces.at(3), Lines{"Unable to find mr_meta for com.lib:1.0/Lid\n"});
+}
+
+// ---- What a table has twice, or by name alone ----
+
+TEST_F(CreatingAgain, ASecondUriFails) {
+    const Properties props = table("/a/b");
+    oru_do_properties_add_all(props.get(), table("/a/c").get());
+    add(props);
+    const TraceCapture traces(3);
+    EXPECT_EQ(convert(), 10000);
+    EXPECT_EQ(traces.at(3), Lines{"parent_uri already set (rc=10000)\n"});
+    EXPECT_EQ(oru_do_config_ops_get_len(ops.get()), 0);
+}
+
+// The root has no parent; it was seen all the same.
+TEST_F(CreatingAgain, ASecondUriFailsBehindTheRootToo) {
+    const Properties props = table("/");
+    oru_do_properties_add_all(props.get(), table("/a/c").get());
+    add(props);
+    const TraceCapture traces(3);
+    EXPECT_EQ(convert(), 10000);
+    EXPECT_EQ(traces.at(3).back(), "parent_uri already set (rc=10000)\n");
+}
+
+TEST_F(CreatingAgain, ASecondTypeFails) {
+    const Properties props = table("/a/b", "p:1/B");
+    oru_do_properties_add_all(props.get(), table(nullptr, "p:1/C").get());
+    add(props);
+    const TraceCapture traces(3);
+    EXPECT_EQ(convert(), 10000);
+    EXPECT_EQ(traces.at(3), Lines{"mr_uri_typename already set (rc=10000)\n"});
+}
+
+TEST_F(CreatingAgain, UriAndTypeWithoutAValueAreOfNoType) {
+    const Properties no_uri = table("/a");
+    oru_do_properties_reset_values(no_uri.get());
+    add(no_uri);
+    {
+        const TraceCapture traces(3);
+        EXPECT_EQ(convert(), 101);
+        EXPECT_EQ(traces.at(3), Lines{"Failed to get _uri value (rc=101)\n"});
+    }
+    const Properties no_type = table(nullptr, "p:1/B");
+    oru_do_properties_reset_values(no_type.get());
+    oru_do_properties_list_clear(list.get());
+    add(no_type);
+    const TraceCapture traces(3);
+    EXPECT_EQ(convert(), 101);
+    EXPECT_EQ(traces.at(3), Lines{"Failed to get _mr value (rc=101)\n"});
+}
+
+TEST_F(CreatingAgain, AnAttributeWithoutAValueIsLeftOut) {
+    const Properties props(oru_do_properties_new());
+    oru_do_properties_set_int(props.get(), "mtu", 9);
+    oru_do_properties_reset_values(props.get());
+    oru_do_properties_add_all(props.get(), table("/a/b").get());
+    add(props);
+    EXPECT_EQ(convert(), 0);
+    EXPECT_EQ(text(), "[(/a:1:b) {  }]");
+}
+
+TEST_F(CreatingAgain, AUriThatIsAbsoluteStaysWithItsLocation) {
+    add(table("//other;id=2/a/b"));
+    const Uri location(oru_do_uri_new("//loc;id=1"));
+    EXPECT_EQ(convert(0, location.get()), 0);
+    EXPECT_EQ(text(), "[(//other;id=2/a:1:b) {  }]");
+}
+
+TEST_F(CreatingAgain, ALocationThatCannotBeHadLeavesTheUri) {
+    add(table("/a/b"));
+    EXPECT_EQ(convert(), 0);  // a URI keeps what was once read of it
+    ops.reset(oru_do_config_ops_new());
+    const Uri location(oru_do_uri_new("//loc;id=1"));
+    poolheap_fail_nth(2, 0);  // the first is the new table
+    EXPECT_EQ(convert(0, location.get()), 0);
+    poolheap_fail_off();
+    EXPECT_EQ(text(), "[(/a:1:b) {  }]");
+}
+
+// ---- Checking keys ----
+
+TEST_F(CreatingAgain, KeysAreLookedAtUpToTheFirstThatIsNone) {
+    load_port();
+    const Properties props = table("/ports;name=a", "com.lib:1.0/Port");
+    oru_do_properties_set_string(props.get(), "name", "a");
+    oru_do_properties_set_int(props.get(), "mtu", 1);
+    oru_do_properties_set_int(props.get(), "number", 1);
+    add(props);
+    const TraceCapture traces(7);
+    EXPECT_EQ(convert(1), 0);
+    Lines looked_at;
+    for (const std::string &line : traces.at(7)) {
+        if (line.rfind("prop_name", 0) == 0 || line.rfind("Found", 0) == 0)
+            looked_at.push_back(line);
+    }
+    EXPECT_EQ(looked_at,
+              (Lines{"prop_name = name\n", "prop_name = mtu\n", "Found non primary kep prop\n"}));
+    EXPECT_TRUE(traces.at(3).empty());
+    EXPECT_EQ(text(), "[(//:1:ports:com.lib:1.0/Port) { name : a, mtu : 1, number : 1 }]");
+}
+
+TEST_F(CreatingAgain, KeysAreCheckedBeforeTheUriIsAskedFor) {
+    load_port();
+    const Properties props = table(nullptr, "com.lib:1.0/Port");
+    oru_do_properties_set_string(props.get(), "name", "a");
+    add(props);
+    EXPECT_EQ(convert(1), 0);
+    oru_do_properties_set_int(props.get(), "mtu", 1);
+    const TraceCapture traces(3);
+    EXPECT_EQ(convert(1), 10000);
+    EXPECT_EQ(traces.at(3), Lines{"MR URI expected to be set\n"});
+}
+
+TEST_F(CreatingAgain, AnEmptyListMakesNothing) {
+    EXPECT_EQ(convert(1), 0);
+    EXPECT_EQ(text(), "[]");
+}
+
+// ---- Memory ----
+
+// The table, the type's name, the child's name, the operation, its item.
+TEST_F(CreatingAgain, EachAllocationIsToldInItsWords) {
+    add(table("/a/b", "B"));
+    EXPECT_EQ(convert(), 0);  // a URI keeps what was once read of it
+    const struct {
+        int32_t code;
+        Lines words;
+    } cases[] = {
+        {10002, {"Out of memory (rc=10002)\n"}},
+        {10002, {"Out of memory (rc=10002)\n"}},
+        {10002, {"Failed to create oru_do_name (rc=10002)\n"}},
+        {10000, {"Failed to add reverse config op (rc=10000)\n"}},
+        {10000,
+         {"Failed to allocate config ops item\n", "Failed to add reverse config op (rc=10000)\n"}},
+    };
+    uint64_t nth = 0;
+    for (const auto &step : cases) {
+        ops.reset(oru_do_config_ops_new());
+        const TraceCapture traces(3);
+        poolheap_fail_nth(++nth, 0);
+        EXPECT_EQ(convert(), step.code) << nth;
+        poolheap_fail_off();
+        EXPECT_EQ(traces.at(3), step.words) << nth;
+        EXPECT_EQ(oru_do_config_ops_get_len(ops.get()), 0) << nth;
+    }
 }
 
 TEST_F(CreatingAgain, RequiredArgumentsAreAsserted) {
