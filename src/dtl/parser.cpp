@@ -14,7 +14,7 @@ namespace oru::dtl {
 namespace {
 
 // 4. The address of the root. One that does not parse leaves the root without.
-void read_root_address(ORUDtlNode *root, const xmlNode *element) {
+void read_root_address(Parser &parser, ORUDtlNode *root, const xmlNode *element) {
     const XmlAttribute text(element, "uri");
     if (!text)
         return;
@@ -25,7 +25,7 @@ void read_root_address(ORUDtlNode *root, const xmlNode *element) {
     if (found.error)
         oru_dtl_tree_set_error(root, found.error.get());
     if (found.mr != nullptr)
-        oru_dtl_tree_init_mr_info(root, uri.get(), found.mr->do_mr_meta);
+        parser.address(root, uri.get(), found.mr->do_mr_meta);
     read_mr_op(root, element, uri.get());
     read_mr_attributes(root, element);
 }
@@ -52,9 +52,9 @@ ORUDtlNode *read_document(Parser &parser, const XmlDocument &document) {
         oru_dtl_tree_add_child_w_strname_type(doc, xml_name(element), ORU_DTL_NODE_ROOT));  // 3
     if (root == nullptr)
         return doc;
-    read_root_address(root, element);         // 4
-    read_children(parser, root, element, 1);  // 5
-    trace_tree(doc);                          // 6
+    read_root_address(parser, root, element);  // 4
+    read_children(parser, root, element, 1);   // 5
+    trace_tree(doc);                           // 6
     return doc;
 }
 
@@ -76,10 +76,20 @@ void Parser::fail(int32_t code, const char *words) {
     error = Ref<ORUDoError>::adopt(oru_do_error_new(code, words));
 }
 
+void Parser::lack_node() {
+    fail(ORU_RC_SYSCALL, "Failed to allocate DTL Node");
+}
+
 ORUDtlNode *Parser::made(ORUDtlNode *node) {
     if (node == nullptr)
-        fail(ORU_RC_SYSCALL, "Failed to allocate DTL Node");
+        lack_node();
     return node;
+}
+
+void Parser::address(ORUDtlNode *node, ORUDoUri *uri, ORUDoMrMeta *mr_meta) {
+    const ORUDtlMrInfo *info = oru_dtl_tree_init_mr_info(node, uri, mr_meta);
+    if (info == nullptr || (mr_meta != nullptr && info->prop_meta_list == nullptr))
+        lack_node();
 }
 
 }  // namespace oru::dtl

@@ -22,8 +22,12 @@ struct Parser {
     Ref<ORUDoError> error{};
 
     void fail(int32_t code, const char *words);
+    // Memory ran out for a node, or for what makes it more than a name.
+    void lack_node();
     // A node that may not have been had; null is reported.
     ORUDtlNode *made(ORUDtlNode *node);
+    // Gives a node its address and its resource.
+    void address(ORUDtlNode *node, ORUDoUri *uri, ORUDoMrMeta *mr_meta);
 };
 
 // Tells that the reader stands at an element.
@@ -68,8 +72,9 @@ Ref<ORUDoValue> read_value(const char *text, const char *variable_starts, ORUDtl
 // True when the node became an attribute or a reference.
 void match(Parser &parser, ORUDtlNode *above, ORUDtlNode *node, const xmlNode *element);
 
-// The address of a reference, as a template; null for a role that has none.
-Ref<ORUDoUri> reference_uri(int32_t role, const char *name);
+// Gives a reference its target and its address, a template; a role that has none leaves it without.
+void address_reference(Parser &parser, ORUDtlNode *node, int32_t role, ORUDoName *name,
+                       ORUDoMrMeta *target);
 
 // ---- Attributes by metadata (parser_expand.cpp) ----
 

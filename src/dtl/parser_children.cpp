@@ -34,7 +34,7 @@ void add_mr_child(Parser &parser, ORUDtlNode *above, const xmlNode *element, ORU
     ORUDtlNode *node = add_child(parser, above, element, ORU_DTL_NODE_MR_OP);
     if (node == nullptr)
         return;
-    oru_dtl_tree_init_mr_info(node, uri, mr->do_mr_meta);
+    parser.address(node, uri, mr->do_mr_meta);
     read_mr_op(node, element, uri);
     read_mr_attributes(node, element);
 }

@@ -52,8 +52,7 @@ void add_reference(const Expansion &expansion, ORUDtlNode *node, ORUDoPropMeta *
     if (child == nullptr)
         return;
     oru_dtl_tree_set_op(child, op);
-    const auto uri = reference_uri(ORU_REF_CHILD, name_text(prop->name));
-    oru_dtl_tree_init_mr_info(child, uri.get(), target->do_mr_meta);
+    address_reference(expansion.parser, child, ORU_REF_CHILD, prop->name, target->do_mr_meta);
 }
 
 // A target that is a library resource stands for each of its implementations.
@@ -73,9 +72,10 @@ void add_references(const Expansion &expansion, ORUDtlNode *node, ORUDoPropMeta 
 // 3. Configuration does not lead to operational resources.
 void add_child_references(const Expansion &expansion, ORUDtlNode *node, Breadth breadth) {
     const PropListRef refs = PropListRef::adopt(oru_do_prop_meta_list_new());
-    if (!refs)
+    if (!refs || oru_do_mr_meta_get_child_ref_meta(node->mr_info->mr_meta, refs.get()) < 0) {
+        expansion.parser.lack_node();
         return;
-    oru_do_mr_meta_get_child_ref_meta(node->mr_info->mr_meta, refs.get());
+    }
     for (auto *item = refs->first; item != nullptr; item = item->next) {
         if (breadth == Breadth::config && oru_do_prop_meta_is_oper_data(item->object) != 0)
             continue;
@@ -87,7 +87,10 @@ void add_child_references(const Expansion &expansion, ORUDtlNode *node, Breadth 
 bool is_first_visit(const Expansion &expansion, ORUDoMrMeta *meta) {
     if (meta == nullptr || oru_do_mr_meta_list_index_of(expansion.visited, meta) >= 0)
         return false;
-    return oru_do_mr_meta_list_add(expansion.visited, meta) > 0;
+    const bool noted = oru_do_mr_meta_list_add(expansion.visited, meta) > 0;
+    if (!noted)
+        expansion.parser.lack_node();
+    return noted;
 }
 
 void expand(const Expansion &expansion, ORUDtlNode *node) {
@@ -109,9 +112,8 @@ template <class Add>
 void add_attrs(ORUDtlNode *node, int32_t (*find)(ORUDoMrMeta *, const char *, ORUDoPropMetaList *),
                Add &&add) {
     const PropListRef props = PropListRef::adopt(oru_do_prop_meta_list_new());
-    if (!props)
+    if (!props || find(node->mr_info->mr_meta, nullptr, props.get()) < 0)
         return;
-    find(node->mr_info->mr_meta, nullptr, props.get());
     for (auto *item = props->first; item != nullptr; item = item->next)
         add(node, item->object->name);
 }
@@ -130,8 +132,11 @@ void add_all_oper_attrs(ORUDtlNode *node) {
 
 void expand_by_metadata(Parser &parser, ORUDtlNode *node) {
     const auto visited = Ref<ORUDoMrMetaList>::adopt(oru_do_mr_meta_list_new());
-    if (visited)
+    if (visited) {
         expand({parser, visited.get()}, node);
+    } else {
+        parser.lack_node();
+    }
 }
 
 }  // namespace oru::dtl

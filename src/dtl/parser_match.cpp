@@ -1,6 +1,7 @@
 // What an element means for the resource of the node above: an attribute, a reference, a group of
 // attributes or an action.
 #include <cstring>
+#include <string_view>
 
 #include "do/strbuf.h"
 #include "dtl/parser.h"
@@ -64,15 +65,32 @@ ORUDoMrMeta *target_of(ORUDtlNode *node, const xmlNode *element, ORUDoPropMeta *
     return nullptr;
 }
 
-void match_reference(ORUDtlNode *above, ORUDtlNode *node, const xmlNode *element,
+// How the address of a reference begins; the empty text for a role that has none.
+std::string_view template_start(int32_t role) {
+    if (role < ORU_REF_PARENT)
+        return "$_PARENT_URI_?";
+    if (role == ORU_REF_PARENT)
+        return kUriParent;
+    return role == ORU_REF_PEER ? kPeerUri : "";
+}
+
+Ref<ORUDoUri> template_uri(std::string_view start, const char *name) {
+    const auto text = Ref<ORUDoStrbuf>::adopt(oru_do_strbuf_new());
+    if (!text)
+        return {};
+    strbuf_append(*text, start);
+    if (!strbuf_append(*text, name))
+        return {};
+    return Ref<ORUDoUri>::adopt(oru_do_uri_new(oru_do_strbuf_to_string(text.get())));
+}
+
+void match_reference(Parser &parser, ORUDtlNode *above, ORUDtlNode *node, const xmlNode *element,
                      ORUDoPropMeta *prop) {
     const int32_t role = prop->ref_role;
     become(node, type_of_role(role), op_of_reference(element, role));
     if (role == ORU_REF_PEER)
         ask_for(above, prop->name, is_oper(above));
-    ORUDoMrMeta *target = target_of(node, element, prop);
-    const auto uri = reference_uri(role, name_text(prop->name));
-    oru_dtl_tree_init_mr_info(node, uri.get(), target);
+    address_reference(parser, node, role, prop->name, target_of(node, element, prop));
     read_mr_attributes(node, element);
 }
 
@@ -99,7 +117,7 @@ bool match_attribute(ORUDtlNode *above, ORUDtlNode *node, int32_t category) {
     }
 }
 
-bool find_property(ORUDtlNode *above, ORUDtlNode *node, const xmlNode *element) {
+bool find_property(Parser &parser, ORUDtlNode *above, ORUDtlNode *node, const xmlNode *element) {
     const char *name = name_text(node->prop_name);
     if (std::strcmp(name, ORU_DO_NAME_URI) == 0 || std::strcmp(name, ORU_DO_NAME_MR) == 0)
         return match_attribute(above, node, ORU_PROP_KEY);
@@ -113,7 +131,7 @@ bool find_property(ORUDtlNode *above, ORUDtlNode *node, const xmlNode *element) 
     }
     if (prop->category != ORU_PROP_REF)
         return match_attribute(above, node, prop->category);
-    match_reference(above, node, element, prop);
+    match_reference(parser, above, node, element, prop);
     return true;
 }
 
@@ -122,9 +140,9 @@ bool is_reference(const ORUDtlNode *node) {
            node->type == ORU_DTL_NODE_PARENT_REF;
 }
 
-bool match_property(ORUDtlNode *above, ORUDtlNode *node, const xmlNode *element) {
+bool match_property(Parser &parser, ORUDtlNode *above, ORUDtlNode *node, const xmlNode *element) {
     oru_dtl_tree_set_prop_name(node, XmlAttribute(element, "prop").text());
-    const bool matched = find_property(above, node, element);
+    const bool matched = find_property(parser, above, node, element);
     if (!is_reference(node))
         oru_dtl_tree_set_default_expr(node, XmlAttribute(element, "default").text());
     return matched;
@@ -191,45 +209,34 @@ void match_action(Parser &parser, ORUDtlNode *above, ORUDtlNode *node, const xml
 
 }  // namespace
 
-Ref<ORUDoUri> reference_uri(int32_t role, const char *name) {
-    const char *start = nullptr;
-    if (role < ORU_REF_PARENT) {
-        start = kParentUri;
-    } else if (role == ORU_REF_PARENT) {
-        start = kUriParent;
-    } else if (role == ORU_REF_PEER) {
-        start = kPeerUri;
-    }
-    const auto text = Ref<ORUDoStrbuf>::adopt(oru_do_strbuf_new());
-    if (start == nullptr || !text)
-        return {};
-    strbuf_append(*text, start);
-    if (start == kParentUri)
-        strbuf_append(*text, "?");
-    if (!strbuf_append(*text, name))
-        return {};
-    return Ref<ORUDoUri>::adopt(oru_do_uri_new(oru_do_strbuf_to_string(text.get())));
+void address_reference(Parser &parser, ORUDtlNode *node, int32_t role, ORUDoName *name,
+                       ORUDoMrMeta *target) {
+    const std::string_view start = template_start(role);
+    const auto uri = start.empty() ? Ref<ORUDoUri>() : template_uri(start, name_text(name));
+    if (!uri && !start.empty())
+        parser.lack_node();
+    parser.address(node, uri.get(), target);
 }
 
 void match(Parser &parser, ORUDtlNode *above, ORUDtlNode *node, const xmlNode *element) {
     switch (above->op) {
         case ORU_DTL_OP_GET:
         case ORU_DTL_OP_COLL_GET:
-            match_property(above, node, element);
+            match_property(parser, above, node, element);
             break;
         case ORU_DTL_OP_GET_ALL:
         case ORU_DTL_OP_COLL_GET_ALL:
-            if (!match_property(above, node, element) && !match_cfg_group(above, node))
+            if (!match_property(parser, above, node, element) && !match_cfg_group(above, node))
                 match_oper_group(above, node);
             break;
         case ORU_DTL_OP_GET_ALL_CFG:
         case ORU_DTL_OP_COLL_GET_ALL_CFG:
-            if (!match_property(above, node, element))
+            if (!match_property(parser, above, node, element))
                 match_cfg_group(above, node);
             break;
         case ORU_DTL_OP_GET_ALL_OPER:
         case ORU_DTL_OP_COLL_GET_ALL_OPER:
-            if (!match_property(above, node, element))
+            if (!match_property(parser, above, node, element))
                 match_oper_group(above, node);
             break;
         case ORU_DTL_OP_ACTION:

@@ -37,6 +37,13 @@ void free_text(char *text) {
         ph_free_named(text);
 }
 
+// All of them or no list: what is missing from a part would pass for no property.
+ORUDoPropMetaList *all_properties(ORUDoMrMeta *mr_meta) {
+    auto list = oru::Ref<ORUDoPropMetaList>::adopt(oru_do_prop_meta_list_new());
+    return list && oru_do_mr_meta_get_all_prop_meta(mr_meta, list.get()) >= 0 ? list.release()
+                                                                              : nullptr;
+}
+
 void delete_mr_info(ORUDtlMrInfo *info) {
     if (info == nullptr)
         return;
@@ -90,9 +97,7 @@ ORUDtlMrInfo *oru_dtl_tree_init_mr_info(ORUDtlNode *dtl_node, ORUDoUri *uri, ORU
         info->mr_meta = oru::ref(mr_meta);
         info->return_default = 1;
         if (mr_meta != nullptr)
-            info->prop_meta_list = oru_do_prop_meta_list_new();
-        if (info->prop_meta_list != nullptr)
-            oru_do_mr_meta_get_all_prop_meta(mr_meta, info->prop_meta_list);
+            info->prop_meta_list = all_properties(mr_meta);
     }
     // Only now: the arguments may be those that the earlier record holds.
     delete_mr_info(std::exchange(dtl_node->mr_info, info));

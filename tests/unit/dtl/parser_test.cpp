@@ -7,6 +7,7 @@
 #include <fstream>
 #include <vector>
 
+#include "oru/md_lookup.h"
 #include "tests/support/death.h"
 #include "tests/support/oom.h"
 #include "tests/support/trace_capture.h"
@@ -185,6 +186,15 @@ TEST_F(DtlParser, SettingsHaveOneWordEach) {
               ORU_DTL_RETURN_LAST);
 }
 
+TEST_F(DtlParser, AddressesMayHoldVariables) {
+    EXPECT_EQ(below("<a uri='/sys/boxes;id=$i/slots;no=@no' mr='net/Slot'/>"
+                    "<a uri='/b;k=%24x' mr='net/Box'/><a uri='$u' mr='net/Box'/>"
+                    "<a uri='@(../_uri)' mr='net/Box'/>"),
+              "a mr-op get uri=/sys/boxes;id=$i/slots;no=@no mr=Slot; "
+              "a mr-op get uri=/b;k=%24x mr=Box; a mr-op get uri=$u mr=Box; "
+              "a mr-op get uri=@(../_uri) mr=Box");
+}
+
 TEST_F(DtlParser, AnElementWhoseAddressIsBrokenIsLeftOut) {
     EXPECT_EQ(below("<a uri='/a//b' mr='net/Box'/><c/>"), "c container traverse");
     EXPECT_EQ(error, nullptr);
@@ -279,6 +289,20 @@ TEST_F(DtlParser, GroupsAreMatchedByTheWidthOfTheRead) {
     EXPECT_EQ(below(box("<cfg/>")), kBox + "(cfg container noop)");
 }
 
+// A property that stands in no package, added to a resource of the model.
+void add_property(const char *mr, const Prop &prop) {
+    const MrMeta made = make_mr("Maker", {prop});
+    oru_do_mr_meta_add_prop_meta(oru_md_get_mr_meta_by_name(mr)->do_mr_meta,
+                                 oru_do_mr_meta_get_prop_meta_str(made.get(), prop.name));
+}
+
+TEST_F(DtlParser, APropertyOfNoKnownKindIsAContainer) {
+    add_property("net/Box", {"odd", 4});
+    EXPECT_EQ(below(box("<odd default='5'/><x prop='odd'><y/></x>")),
+              kBox + "(odd container noop; x container traverse(y container traverse))");
+    EXPECT_STREQ(tree->first_child->first_child->first_child->default_expr, "5\n");
+}
+
 // ---- References ----
 
 TEST_F(DtlParser, ReferencesGetTheirAddressByRole) {
@@ -338,6 +362,17 @@ TEST_F(DtlParser, AReferenceIsReadAsAnAddressIs) {
     EXPECT_STREQ(slots->mr_info->order_param, "asc");
     EXPECT_EQ(slots->mr_info->flatten, 1);
     EXPECT_EQ(slots->mr_info->return_default, 0);
+}
+
+// A role below that of a parent is one of children; beyond peers there is no address.
+TEST_F(DtlParser, ReferencesOfOtherRoles) {
+    add_property("net/Box", {"loose", ORU_PROP_REF, ORU_REF_NONE, "net/Slot"});
+    add_property("net/Box", {"strange", ORU_PROP_REF, ORU_REF_PEER + 1, "net/Slot"});
+    EXPECT_EQ(below(box("<loose/><strange default='5'/><strange op='frob'/>")),
+              kBox +
+                  "(loose child-ref coll:get uri=$_PARENT_URI_?loose mr=Slot; strange container "
+                  "get mr=Slot; strange container noop mr=Slot)");
+    EXPECT_STREQ(tree->first_child->first_child->first_child->next->default_expr, "5\n");
 }
 
 TEST_F(DtlParser, AnyMatchTakesTheOtherName) {
@@ -751,6 +786,31 @@ TEST_F(DtlParser, NodesThatCannotBeHadAreReported) {
         << testing::PrintToString(expanded);
 }
 
+// A node without its address is there, and reads nothing; the error tells.
+TEST_F(DtlParser, AddressesThatCannotBeHadAreReported) {
+    const std::string words = "|10001 Failed to allocate DTL Node";
+    const auto root = outcomes("<r uri='/sys' mr='net/Box'/>");
+    EXPECT_TRUE(contains(root, "r mr-op get" + words)) << testing::PrintToString(root);
+    // All properties of the resource or none: without them nothing is matched.
+    const auto inner = outcomes("<r><b uri='/sys' mr='net/Box'><id/><slots/></b></r>");
+    for (const char *outcome :
+         {"b mr-op get(id container noop; slots container noop)",
+          "b mr-op get uri=/sys mr=Box(id container noop; slots container noop)",
+          "b mr-op get uri=/sys mr=Box cfg=id(id attr noop; slots child-ref coll:get)",
+          "b mr-op get uri=/sys mr=Box cfg=id(id attr noop; slots child-ref coll:get mr=Slot)"})
+        EXPECT_TRUE(contains(inner, "r root traverse(" + std::string(outcome) + ")" + words))
+            << outcome << testing::PrintToString(inner);
+}
+
+// What a read by metadata leads to is there, or the error tells that something is missing.
+TEST_F(DtlParser, AnExpansionWithoutMemoryIsReported) {
+    const auto seen = outcomes("<r uri='/sys' mr='net/Slot' op='get-all-oper-r'/>");
+    EXPECT_TRUE(contains(seen,
+                         "r mr-op get-all-oper-r uri=/sys mr=Slot|10001 Failed to allocate "
+                         "DTL Node"))
+        << testing::PrintToString(seen);
+}
+
 TEST_F(DtlParser, ConditionsThatCannotBeHadAreDropped) {
     const std::string root = "r mr-op coll:get uri=/sys?boxes mr=Box";
     const auto seen = outcomes(
@@ -769,17 +829,41 @@ TEST_F(DtlParser, ConditionsThatCannotBeHadAreDropped) {
         EXPECT_TRUE(contains(seen, root + outcome)) << outcome << testing::PrintToString(seen);
 }
 
+// Every element and every attribute that there is.
+const char *const kEverything =
+    "<r xmlns:dtl='urn:dtl'>"
+    "<b uri='/sys?boxes' mr='net/Box' op='get' batch-size='5' max-batches='2' "
+    "return-default='false' return-w-child='true' continue-on-error='true' attr-select='[]' "
+    "return='one' order='a,b' flatten='true'>"
+    "<dtl:where use-once='true'><or><mtu op='gt'>5</mtu><and><id op='in'>$i</id></and></or>"
+    "<none>1</none><up>1</up><mtu>oops</mtu><id>\"x\"</id></dtl:where>"
+    "<mtu order='desc'>6</mtu><id order='asc'>@i</id><x prop='cfg.speed' order='snmp' "
+    "default='5'>7</x><up/><_uri/><_mr/><plain/>"
+    "<slots op='get-all' mr='net/Slot' batch-size='$b' max-batches='$m' return='last'/>"
+    "<link op='get-all-cfg'><mtu/></link><system op='get-all-oper'/><alarms mr='net/None'/>"
+    "<ghost op='action'/></b>"
+    "<g uri='/sys/boxes;id=1' mr='net/Box' op='get-all'><cfg/><stats/><nothing/></g>"
+    "<c uri='/sys/boxes;id=1' mr='net/Box' op='get-all-cfg'><cfg/></c>"
+    "<o uri='/sys/boxes;id=1' mr='net/Box' op='get-all-oper'><stats/></o>"
+    "<a uri='/x?alarms' mr='net/Alarm' op='get-all'/>"
+    "<p uri='/sys?ports' mr='net.lib/Port'/>"
+    "<act uri='/sys?boxes' mr='net/Box' op='action'><reset><mode> \"fast\" </mode><n>$n</n>"
+    "<k>oops</k></reset><explode/></act>"
+    "<s uri='/sys' mr='net/Slot' op='get-all-r'/><t uri='/sys' mr='net/Slot' op='get-all-cfg-r'/>"
+    "<u uri='/sys' mr='net/Slot' op='get-all-oper-r'/>"
+    "<d uri='/d'/><e uri='/e' mr='net/None'/><f uri='/a//b'/>"
+    "<n><n><n><n><n><n><n><n><n><n><n><n><n><n><n><n/></n></n></n></n></n></n></n></n></n></n></n>"
+    "</n></n></n></n></r>";
+
 TEST(DtlParserMemory, RunningOutLosesNothing) {
     sweep_oom(
         [] {
-            const std::string text =
-                "<r xmlns:dtl='urn:dtl'><b uri='/sys?boxes' mr='net/Box' order='a'><dtl:where>"
-                "<or><mtu op='gt'>5</mtu></or></dtl:where><mtu order='desc'>6</mtu><slots/></b>"
-                "<s uri='/sys' mr='net/Slot' op='get-all-r'/></r>";
             ORUDoError *raised = nullptr;
-            const Tree tree(oru_dtl_from_str(text.c_str(), &raised));
+            const Tree tree(oru_dtl_from_str(kEverything, &raised));
             const Error error(raised);
             EXPECT_TRUE(tree != nullptr || oom_hit());
+            // What is wrong with a document is told even so, but by a call that lacks memory.
+            EXPECT_TRUE(error != nullptr || oom_hit());
         },
         {}, [] { oru_md_load_dir(ORU_TEST_PACKAGES, "", ".oru2d", nullptr); });
 }

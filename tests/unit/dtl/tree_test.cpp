@@ -165,6 +165,26 @@ TEST(DtlTree, WithoutMemoryThereIsNoMrInfo) {
     EXPECT_EQ(doc->mr_info, nullptr);
 }
 
+TEST(DtlTree, AnMrInfoHasAllPropertiesOrNoListOfThem) {
+    static MrMeta meta;
+    sweep_oom(
+        [] {
+            const Tree doc(oru_dtl_tree_new());
+            if (!doc)
+                return;
+            const ORUDtlMrInfo *info = oru_dtl_tree_init_mr_info(doc.get(), nullptr, meta.get());
+            if (info == nullptr || info->prop_meta_list == nullptr) {
+                EXPECT_TRUE(oom_hit());
+            } else {
+                EXPECT_EQ(oru_do_prop_meta_list_get_len(info->prop_meta_list), 2);
+            }
+        },
+        {},
+        [] {
+            meta = make_mr("Port", {{"id", ORU_PROP_KEY}, {"mtu", ORU_PROP_CONFIG}});
+        });
+}
+
 // Everything a node can hold, so that leaks and double releases show.
 void fill(ORUDtlNode *node) {
     const Uri uri(oru_do_uri_new("/a"));
