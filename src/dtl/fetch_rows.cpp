@@ -181,10 +181,16 @@ void keep_last(const Fetch &fetch) {
         *fetch.retry = 1;
 }
 
+// The last row of `return="one"` goes too, and must not be taken for one that gets its memory.
+void remove_batch_before(const Fetch &fetch) {
+    oru_do_dtree_remove_children(fetch.parent);
+    fetch.ctx->dtree_node = nullptr;
+}
+
 int32_t fetch_batch(Batch &batch) {
     const Fetch &fetch = batch.fetch;
     if (fetch.ctx->cursor != nullptr) {
-        oru_do_dtree_remove_children(fetch.parent);  // 3. the batch before
+        remove_batch_before(fetch);  // 3
     } else if (const int32_t rc = open(batch); rc != ORU_OK) {
         return rc;
     }

@@ -25,9 +25,10 @@ bool is_canceled(const Call &call) {
 ORUDtlCtx *enter(ORUDtlCtx *parent_ctx, ORUDtlNode *dtl_node) {
     if (parent_ctx->child != nullptr)
         return parent_ctx->child;
-    auto *ctx = static_cast<ORUDtlCtx *>(ph_calloc_named(kTag, 1, sizeof(ORUDtlCtx)));
-    if (ctx == nullptr)
+    auto *level = static_cast<LevelCtx *>(ph_calloc_named(kTag, 1, sizeof(LevelCtx)));
+    if (level == nullptr)
         return nullptr;
+    ORUDtlCtx *ctx = &level->record;
     ctx->debug = parent_ctx->debug;
     ctx->crudx = parent_ctx->crudx;
     ctx->coll = parent_ctx->coll;
@@ -47,14 +48,17 @@ bool is_at_max_batches(WalkLevel &at) {
     return true;
 }
 
+// The last row of `return="one"` is compared with rows to come, one of which may get the memory of
+// a row that went.
+void forget_row_that_went(WalkLevel &at) {
+    if (at.ctx->dtree_node != nullptr && !is_row(at, at.ctx->dtree_node))
+        at.ctx->dtree_node = nullptr;
+}
+
 // Whoever owns the top context clears the results as it likes, and a level above that went on to
-// its next row dropped the one before: the row to go on with may be gone. Only the address is
-// looked at.
+// its next row dropped the one before: the row to go on with may be gone.
 bool has_lost_row(const WalkLevel &at) {
-    const ORUDoDtree *child = at.parent->children;
-    while (child != nullptr && child != at.row)
-        child = child->next;
-    return at.row != child;
+    return at.row != nullptr && !is_row(at, at.row);
 }
 
 // What stands below a lost row cannot go on. The child can where its cursor has more rows; false
@@ -84,6 +88,7 @@ bool is_reached(WalkLevel &at) {
     if (at.row != nullptr && oru_dtl_tree_is_collection_op(at.resume) != 0) {
         ORU_TRACE(Level::detail, "Remove the visited peers");
         oru_do_dtree_remove_visited_peers(at.row);
+        forget_row_that_went(at);
     }
     return true;
 }
@@ -104,12 +109,11 @@ Go to_sibling(WalkLevel &at) {
     at.resume = nullptr;
     // Rows that count as no leaves, and a fetch that ran out of memory before it asked its cursor,
     // leave it to nobody.
-    if (at.ctx->cursor != nullptr && at.ctx->state != ORU_DTL_STATE_STOPPED) {
+    if (at.ctx->cursor != nullptr) {
         at.ctx->cursor->cursor_close(at.ctx->cursor);
         at.ctx->cursor = nullptr;
     }
-    if (at.ctx->cursor == nullptr)
-        at.ctx->batches = 0;
+    at.ctx->batches = 0;
     return Go::sibling;
 }
 
@@ -145,15 +149,33 @@ Go stop_level(WalkLevel &at) {
     return Go::end;
 }
 
+// 14 and 22. A level whose cursor is open stays, and goes on with the next batch.
+Go end_with_failure(WalkLevel &at) {
+    if (at.ctx->state == ORU_DTL_STATE_STOPPED)
+        go_on_here(at);
+    return Go::end;
+}
+
+// 16. Rows that were actions, or no resources, leave nothing to descend into, but the cursor may
+// have more of them: the level stops, since the next sibling would take the cursor for its own.
+Go after_no_rows(WalkLevel &at) {
+    if (at.call.count > 0)
+        oru_do_dtree_hide_node(at.parent, 1);
+    if (at.ctx->state != ORU_DTL_STATE_STOPPED)
+        return to_sibling(at);
+    at.stop_at = nullptr;
+    trace_stop(at);
+    go_on_here(at);
+    return Go::end;
+}
+
 // 26. The cursor is open: a batch is complete, or the next fetch follows.
 Go after_batch(WalkLevel &at) {
     at.resume = nullptr;
     if (at.delta <= 0 || at.fetch <= 0 || at.ctx->child != nullptr)
         return Go::same_child;
     ORU_TRACE(Level::detail, "batched subquery completed");
-    at.ctx->state = ORU_DTL_STATE_STOPPED;
-    at.ctx->dtl_ch = at.ch;
-    at.ctx->dtree_ch = nullptr;
+    go_on_here(at);
     return Go::end;
 }
 
@@ -181,15 +203,19 @@ Go walk_child(WalkLevel &at) {
     if (at.row == nullptr) {      // 12
         at.rc = invoke(at);       // 13
         if (stops(at.rc, at.ch))  // 14
-            return Go::end;
+            return end_with_failure(at);
     }
-    count_leaves(at);                  // 15
-    if (has_nothing_to_descend(at)) {  // 16
-        if (at.call.count > 0)
-            oru_do_dtree_hide_node(at.parent, 1);
-        return to_sibling(at);
-    }
-    return walk_rows(at) ? after_rows(at) : Go::end;  // 17 to 22, 23 to 26
+    count_leaves(at);                // 15
+    if (has_nothing_to_descend(at))  // 16
+        return after_no_rows(at);
+    return walk_rows(at) ? after_rows(at) : end_with_failure(at);  // 17 to 22, 23 to 26
+}
+
+// The rows that take the place of the one above still name that one as their parent.
+void flatten(ORUDoDtree &above, ORUDoDtree *row) {
+    oru_do_dtree_flatten(&above, row, 7);
+    for (ORUDoDtree *child = above.children; child != nullptr; child = child->next)
+        child->parent = &above;
 }
 
 // 27 and 28. A level that stopped keeps its context for the next call.
@@ -201,11 +227,24 @@ int32_t leave(WalkLevel &at) {
     oru_dtl_ctx_delete(at.ctx);
     ORUDoDtree *above = oru_do_dtree_get_parent(at.parent);
     if (oru_dtl_tree_flatten(at.dtl_node) != 0 && above != nullptr)
-        oru_do_dtree_flatten(above, at.parent, 7);
+        flatten(*above, at.parent);
     return at.rc;
 }
 
 }  // namespace
+
+void go_on_here(WalkLevel &at) {
+    at.ctx->state = ORU_DTL_STATE_STOPPED;
+    at.ctx->dtl_ch = at.ch;
+    at.ctx->dtree_ch = nullptr;
+}
+
+bool is_row(const WalkLevel &at, const ORUDoDtree *node) {
+    const ORUDoDtree *child = at.parent->children;
+    while (child != nullptr && child != node)
+        child = child->next;
+    return child != nullptr;
+}
 
 bool stops(int32_t rc, ORUDtlNode *node) {
     const bool goes_on = oru_dtl_tree_continue_on_error(node) != 0;
@@ -230,6 +269,7 @@ int32_t walk(Call &call, int32_t level, ORUDtlCtx *parent_ctx, ORUDtlNode *dtl_n
                  .entry_added = call.node_added,  // 2
                  .no_limit = call.count < 1,
                  .resume = ctx->dtl_ch};
+    forget_row_that_went(at);
     at.ch = dtl_node->first_child;
     while (at.ch != nullptr) {
         const Go go = walk_child(at);

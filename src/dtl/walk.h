@@ -57,8 +57,24 @@ struct WalkLevel {
     }
 };
 
+// A level below the top. Behind the record stands what only the walk needs.
+struct LevelCtx {
+    ORUDtlCtx record;
+    int32_t list_at;  // of a list of addresses, the one whose cursor is open
+};
+
+inline LevelCtx &level_ctx(const WalkLevel &at) {
+    return *reinterpret_cast<LevelCtx *>(at.ctx);
+}
+
 // Where to go from a child.
 enum class Go { sibling, same_child, end };
+
+// The next call goes on with the child at hand, from its next fetch.
+void go_on_here(WalkLevel &at);
+
+// Whether the node stands below the parent of the level. Only the address is looked at.
+bool is_row(const WalkLevel &at, const ORUDoDtree *node);
 
 // Whether a code ends the walk.
 bool stops(int32_t rc, ORUDtlNode *node);

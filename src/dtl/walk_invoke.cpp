@@ -37,14 +37,22 @@ int32_t fetch_one(WalkLevel &at, Ref<ORUDoUri> given) {
                      .retry = &at.call.retry});
 }
 
-// An element that is no address is passed over; the first failure ends the list.
+// An element that is no address is passed over; the first failure ends the list. So does a cursor
+// that has more rows: the next address would take it for its own. The next fetch goes on with it.
 int32_t fetch_list(WalkLevel &at, const ORUDoVlist &list) {
+    int32_t &list_at = level_ctx(at).list_at;
+    if (at.ctx->cursor == nullptr)
+        list_at = 0;
     int32_t rc = ORU_OK;
-    for (auto *item = list.first; item != nullptr && rc <= ORU_RC_NO_MORE_VALUE;
-         item = item->next) {
-        auto uri = value_to_uri(item->value);
-        if (uri)
-            rc = fetch_one(at, std::move(uri));
+    int32_t index = 0;
+    for (auto *item = list.first; item != nullptr; item = item->next, ++index) {
+        auto uri = index >= list_at ? value_to_uri(item->value) : Ref<ORUDoUri>();
+        if (!uri)
+            continue;
+        rc = fetch_one(at, std::move(uri));
+        list_at = index;
+        if (rc > ORU_RC_NO_MORE_VALUE || at.ctx->cursor != nullptr)
+            break;
     }
     return rc;
 }

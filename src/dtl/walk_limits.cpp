@@ -30,6 +30,16 @@ int32_t batch_size_of(const WalkLevel &at) {
     return number;
 }
 
+// The call has its rows: the next one goes on with this child, or where the last one stopped when
+// that place was not reached yet.
+void stop_with_leaves(WalkLevel &at) {
+    ORU_TRACE(Level::detail, "Leafnode count reached , return batch");
+    if (at.resume == nullptr)
+        go_on_here(at);
+    at.ctx->state = ORU_DTL_STATE_STOPPED;
+    at.rc = 0;
+}
+
 }  // namespace
 
 // 5.
@@ -43,16 +53,12 @@ void find_max_batches(WalkLevel &at) {
         ORU_TRACE(Level::failure, "Non numeric max-batches param value %s", param);
 }
 
-// 9 and 10. False when the call has its rows: the next one goes on with this child.
+// 9 and 10. False when the level stops.
 bool find_fetch(WalkLevel &at) {
     at.fetch = at.call.count;
     if (!at.has_inner && !at.no_limit) {
         if (at.call.leaf_count >= at.call.count) {
-            ORU_TRACE(Level::detail, "Leafnode count reached , return batch");
-            at.ctx->state = ORU_DTL_STATE_STOPPED;
-            at.ctx->dtl_ch = at.ch;
-            at.ctx->dtree_ch = nullptr;
-            at.rc = 0;
+            stop_with_leaves(at);
             return false;
         }
         at.fetch = at.call.count - at.call.leaf_count;

@@ -15,12 +15,7 @@ ORUDoDtree *take_next_row(WalkLevel &at) {
 
 // Flattening puts the rows of a finished level in the place of the row that they came under.
 bool is_still_there(const WalkLevel &at, const ORUDoDtree *row) {
-    if (oru_dtl_tree_flatten(at.ch) == 0)
-        return true;
-    const ORUDoDtree *child = at.parent->children;
-    while (child != nullptr && child != row)
-        child = child->next;
-    return child != nullptr;
+    return oru_dtl_tree_flatten(at.ch) == 0 || is_row(at, row);
 }
 
 void hide_rows_behind(const WalkLevel &at) {
