@@ -129,7 +129,7 @@ ORU_API int32_t oru_pr_ctx_new_get_cfg_prop_values(ORUPrCrudxHandler *crudx, ORU
  *
  * Items of `where` that ask about an attribute for which the handler has no get callback are
  * deleted from the list given, each with a trace "Ignoring unknown attribute %s found in where
- * clause" at level 7. The attribute is the first word of an item's name, words being parted by
+ * clause" at level 8. The attribute is the first word of an item's name, words being parted by
  * blanks, "<", "=" and ">"; "AND" and "OR" are none and stay. What is left makes the condition of
  * the context, which has none with a null `where`. The names and values of the where clause start
  * as empty lists. Of these three each is null when there is no memory for it alone, which is no

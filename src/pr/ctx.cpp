@@ -56,7 +56,7 @@ void drop_unknown_items(ORUDoNvlist &where, ORUPrCrudxHandler *crudx) {
         const oru::pr::WhereWord word(item.name);
         if (!word.is_unknown_to(crudx))
             return false;
-        ORU_TRACE(Level::detail, "Ignoring unknown attribute %s found in where clause",
+        ORU_TRACE(Level::reference, "Ignoring unknown attribute %s found in where clause",
                   word.text());
         return true;
     });

@@ -171,14 +171,28 @@ TEST_F(PrCtx, HoldsNoReferenceOnItsArguments) {
 
 // ---- Where clauses ----
 
+// The attributes of the messages among those at the level of counts.
+Names ignored(const TraceCapture &traces) {
+    const std::string head = "Ignoring unknown attribute ";
+    const std::string tail = " found in where clause";
+    Names names;
+    for (const std::string &line : traces.at(8)) {
+        if (line.compare(0, head.size(), head) != 0)
+            continue;
+        const size_t length = line.size() - head.size() - tail.size();
+        EXPECT_EQ(line.substr(head.size() + length), tail);
+        names.push_back(line.substr(head.size(), length));
+    }
+    return names;
+}
+
 TEST_F(PrCtx, AnUnknownAttributeIsTakenOutOfTheCallersList) {
     const Nvlist where = where_of({{"foo = 1", 1}, {"mtu >", 5}, {"bar", 2}, {"speed<=", 3}});
-    TraceCapture traces;
+    TraceCapture traces(8);
     ASSERT_EQ(get_next(where.get()), ORU_OK);
     EXPECT_EQ(names_in(where.get()), (Names{"mtu >", "speed<="}));
-    EXPECT_EQ(traces.lines(),
-              (std::vector<Trace>{{7, "Ignoring unknown attribute foo found in where clause"},
-                                  {7, "Ignoring unknown attribute bar found in where clause"}}));
+    EXPECT_EQ(ignored(traces), (Names{"foo", "bar"}));
+    EXPECT_EQ(traces.at(7), Names{});
     EXPECT_EQ(oru_pr_orucore_ctx_get_where_clause(ctx), where.get());
 }
 
@@ -202,12 +216,10 @@ TEST_F(PrCtx, AnUnknownItemGoesWhateverItsValue) {
 
 TEST_F(PrCtx, AnItemWithoutAnAttributeIsUnknown) {
     const Nvlist where = where_of({{"", 1}, {" <=>", 2}});
-    TraceCapture traces;
+    TraceCapture traces(8);
     ASSERT_EQ(get_next(where.get()), ORU_OK);
     EXPECT_EQ(oru_do_nvlist_get_len(where.get()), 0);
-    EXPECT_EQ(traces.lines(),
-              (std::vector<Trace>{{7, "Ignoring unknown attribute  found in where clause"},
-                                  {7, "Ignoring unknown attribute  found in where clause"}}));
+    EXPECT_EQ(ignored(traces), (Names{"", ""}));
 }
 
 TEST_F(PrCtx, TheConditionIsThatOfWhatIsLeft) {
