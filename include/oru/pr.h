@@ -59,8 +59,9 @@ struct ORUDataIfc {
     void *reserved_4;
 
     /*
-     * Puts one value per name of `nlist` into `vlist`, which is empty, in the order of `nlist`.
-     * `return_default` 1 asks for the defaults of attributes that are not set, 0 leaves them out.
+     * Puts one value per name of `nlist` into `vlist`, which is empty, in the order of `nlist`; a
+     * null value stands for an attribute that has none. `return_default` is 1 unless the document
+     * said `return-default="false"`: attributes that are not set then give their defaults.
      */
     int32_t (*get_cfg_prop_values)(ORUDataIfc *ifc, ORUDoUri *uri, ORUDoNlist *nlist,
                                    uint8_t return_default, ORUDoVlist *vlist);
@@ -82,7 +83,8 @@ struct ORUDataIfc {
     void *reserved_11;
     void *reserved_12;
 
-    /* The URI against which relative URIs of a document are made absolute, or null. Lent. */
+    /* The URI against which relative URIs of a document are made absolute, or null. Lent for the
+       call of `oru_dtl_get_next`, which asks once, the interface of its first argument. */
     ORUDoUri *(*get_context_uri)(ORUDataIfc *ifc);
 
     void *reserved_14;
@@ -90,7 +92,8 @@ struct ORUDataIfc {
     void *reserved_16;
     void *reserved_17;
 
-    /* Runs the action on the resource and puts its results into `out_props`, which is empty. */
+    /* Runs the action on the resource and puts its results into `out_props`, which is empty.
+       `in_props` holds the arguments. Any code but 0 is a failure. */
     int32_t (*invoke_action)(ORUDataIfc *ifc, ORUDoUri *uri, ORUDoName *action,
                              ORUDoProperties *in_props, ORUDoProperties *out_props);
 
@@ -146,7 +149,11 @@ struct ORUCollIfc {
 };
 
 /* ---- The handler: the table through which the library and the back end reach the code of a
-        provider for one kind of resource ---- */
+        provider for one kind of resource ----
+ * The library fills the first word and `get_ifc`, and calls `get_next`. All other entries are
+ * between the back end and its providers; what their operations are told stands in a request
+ * context (oru/pr_ctx.h), which has a constructor for each: reading operational and configuration
+ * values, walking a collection, creating, setting, deleting, actions. */
 
 typedef struct ORUPrCrudxHandlerPriv ORUPrCrudxHandlerPriv;
 
@@ -156,9 +163,10 @@ struct ORUPrCrudxHandler {
     void *reserved_3;
 
     /*
-     * Filled by the provider: puts a batch of at most `count` rows of the collection `uri` into
-     * `value_table`, and what the next call needs to go on into `iter_context`. 1 on the last
-     * batch.
+     * Filled by the provider: appends a batch of at most `count` rows of the collection `uri`, any
+     * number for 0, to `value_table`, each with one value per name of `nlist` in that order, and
+     * puts what the next call needs to go on into `iter_context`, which is empty at first. `where`
+     * may be null. 1 on the last batch, which may be empty; 0 and all else when more may follow.
      */
     int32_t (*get_next)(ORUPrCrudxHandler *handler, ORUDoUri *uri, ORUDoNlist *nlist,
                         ORUDoNvlist *where, ORUDoNlist *order, int32_t count,

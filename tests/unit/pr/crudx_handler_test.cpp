@@ -158,6 +158,7 @@ TEST(CrudxHandlerNull, IsAcceptedEverywhere) {
 TEST(CrudxHandlerBare, WithoutItsRecordRegistersNothing) {
     ORUPrCrudxHandler bare{};
     EXPECT_EQ(oru_pr_crudx_handler_add_prop_cb(&bare, "a", read_mtu, write_mtu), ORU_OK);
+    EXPECT_EQ(oru_pr_crudx_handler_add_action_cb(&bare, "a", reboot), ORU_OK);
     EXPECT_EQ(oru_pr_crudx_handler_get_prop_get_cb(&bare, "a"), nullptr);
     EXPECT_EQ(oru_pr_crudx_handler_get_prop_set_cb(&bare, "a"), nullptr);
     EXPECT_EQ(oru_pr_crudx_handler_get_action_cb(&bare, "a"), nullptr);
