@@ -143,9 +143,13 @@ bool has_key(const Item &item, const char *key) {
            std::strncmp(key, item.key, static_cast<size_t>(item.key_len)) == 0;
 }
 
-const Item *find_item(const Element &element, const char *key, int64_t type) {
+const Item *find_item(const Element &element, const char *key, int64_t type, const char *sooner) {
+    const auto fits = [=](const Item &item) {
+        return item.type == type && has_key(item, key) &&
+               (sooner == nullptr || !has_key(item, sooner));
+    };
     const Item *item = element.items;
-    while (item != nullptr && (item->type != type || !has_key(*item, key)))
+    while (item != nullptr && !fits(*item))
         item = item->next;
     return item;
 }

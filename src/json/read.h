@@ -103,8 +103,10 @@ Item *append_item(Item *&first, Item *&last);
 // Releases the completed object of an item, if it has one.
 void drop_object(Item &item);
 
-// The first item with a known key and of a type; the key that was read may be its beginning.
-const Item *find_item(const Element &element, const char *key, int64_t type);
+// The first item with a known key and of a type; the key that was read may be its beginning. Where
+// it may also be that of `sooner`, a key whose members have the same type, that one is meant.
+const Item *find_item(const Element &element, const char *key, int64_t type,
+                      const char *sooner = nullptr);
 bool has_key(const Item &item, const char *key);
 
 // The text of a text item.

@@ -21,8 +21,9 @@ Text copy_of(const Item &item) {
     return Text(duplicate(item.scalar.text, static_cast<size_t>(item.scalar_len), Tag::json));
 }
 
-int32_t number_at(const Element &element, const char *key, int32_t otherwise) {
-    const Item *item = find_item(element, key, kInteger);
+int32_t number_at(const Element &element, const char *key, int32_t otherwise,
+                  const char *sooner = nullptr) {
+    const Item *item = find_item(element, key, kInteger, sooner);
     return item != nullptr ? static_cast<int32_t>(item->scalar.integer) : otherwise;
 }
 
@@ -105,7 +106,7 @@ void *typedef_meta_deser(ORUDoJsonCtxData *ctx, Element *element) {
 void *constraint_deser(ORUDoJsonCtxData *ctx, Element *element) {
     if (!is_complete(ctx, element, kExactly, kTypeConstraint))
         return nullptr;
-    const Item *text_item = find_item(*element, "constraint_str", kText);
+    const Item *text_item = find_item(*element, "constraint_str", kText, "condition");
     if (text_item == nullptr)
         return nullptr;
     const Item *condition_item = find_item(*element, "condition", kText);
@@ -141,8 +142,9 @@ void *prop_meta_deser(ORUDoJsonCtxData *ctx, Element *element) {
         meta = oru_do_prop_meta_new(
             name.get(), number_at(*element, "category", -1), number_at(*element, "primary_key", 0),
             number_at(*element, "key_idx", 0), nullptr, typecode, type.get(),
-            number_at(*element, "multiplicity", 1), number_at(*element, "targetRole", 0),
-            static_cast<uint8_t>(number_at(*element, "max_access", 0)), 0);
+            number_at(*element, "multiplicity", 1),
+            number_at(*element, "targetRole", 0, "type_code"),
+            static_cast<uint8_t>(number_at(*element, "max_access", 0, "multiplicity")), 0);
     }
     return finished(ctx, Ref<ORUDoPropMeta>::adopt(meta));
 }
@@ -160,7 +162,7 @@ void *mr_meta_deser(ORUDoJsonCtxData *ctx, Element *element) {
     const Item *name_item = find_item(*element, "mr_name", kText);
     if (pkg_item == nullptr || name_item == nullptr)
         return nullptr;
-    const Item *version_item = find_item(*element, "pkg_version", kText);
+    const Item *version_item = find_item(*element, "pkg_version", kText, "pkg_name");
     const Text version = version_item != nullptr ? copy_of(*version_item) : Text();
     const auto pkg = name_of(*pkg_item);
     const auto name = name_of(*name_item);

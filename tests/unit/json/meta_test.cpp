@@ -219,6 +219,108 @@ TEST_F(JsonMeta, ResourcesReadWithoutProperties) {
     EXPECT_EQ(one(R"({"mr_name":"M"})"), "none");
 }
 
+TEST_F(JsonMeta, TheBeginningOfAKeyWillDo) {
+    constexpr auto prop =
+        again<oru_do_prop_meta_from_json, oru_do_prop_meta_to_json, oru_do_prop_meta_deref>;
+    constexpr auto mr =
+        again<oru_do_mr_meta_from_json, oru_do_mr_meta_to_json, oru_do_mr_meta_deref>;
+    constexpr auto constraint =
+        again<oru_do_constraint_from_json, oru_do_constraint_to_json, oru_do_constraint_deref>;
+    EXPECT_EQ(prop(R"({"prop_":"p","type_n":"T","type_c":5,"cat":2,"primary":1,"key":3,)"
+                   R"("max":7,"mult":2,"target":3})"),
+              R"({"%prop_meta":{"prop_name":"p","prop_category":2,"primary_key":1,"key_idx":3,)"
+              R"("type_code":5,"type_name":"T","max_access":7,"multiplicity":2,"ref_role":3}})");
+    EXPECT_EQ(constraint(R"({"cond":"c","cons":"s"})"),
+              R"({"%constraint":{"condition":"c","constraint_str":"s"}})");
+    EXPECT_EQ(mr(R"({"pkg_n":"p","pkg_v":"1","mr":"M","max":15})"),
+              R"({"%mr_meta":{"pkg_name":"p","mr_name":"M","max_access":15,"prop_meta_list":)"
+              R"({"%prop_meta_list":[]}}})");
+}
+
+// A member is one key's only.
+TEST_F(JsonMeta, ABeginningOfTwoKeysMeansTheFirst) {
+    constexpr auto prop =
+        again<oru_do_prop_meta_from_json, oru_do_prop_meta_to_json, oru_do_prop_meta_deref>;
+    constexpr auto constraint =
+        again<oru_do_constraint_from_json, oru_do_constraint_to_json, oru_do_constraint_deref>;
+    // The kind of the payload tells "type_name" from "type_code", not from "targetRole".
+    EXPECT_EQ(prop(R"({"p":"p","t":"T","t":5,"m":2})"),
+              R"({"%prop_meta":{"prop_name":"p","prop_category":-1,"primary_key":0,"key_idx":0,)"
+              R"("type_code":5,"type_name":"T","max_access":0,"multiplicity":2,"ref_role":0}})");
+    EXPECT_EQ(constraint(R"({"con":"x"})"), "none");
+    EXPECT_EQ(constraint(R"({"con":"x","cons":"s"})"),
+              R"({"%constraint":{"condition":"x","constraint_str":"s"}})");
+    const std::string text = R"({"pkg_":"p","m":"M"})";
+    ORUDoMrMeta *mr = oru_do_mr_meta_from_json(text.data(), oru::test::size_of(text), nullptr);
+    ASSERT_NE(mr, nullptr);
+    EXPECT_STREQ(oru_do_name_get_strname(oru_do_mr_meta_get_mr_fq_name(mr)), "p/M");
+    oru_do_mr_meta_deref(mr);
+}
+
+TEST_F(JsonMeta, KeysOfAnotherTypeAreSkippedAndTheFirstOfEqualOnesCounts) {
+    constexpr auto prop =
+        again<oru_do_prop_meta_from_json, oru_do_prop_meta_to_json, oru_do_prop_meta_deref>;
+    constexpr auto mr =
+        again<oru_do_mr_meta_from_json, oru_do_mr_meta_to_json, oru_do_mr_meta_deref>;
+    constexpr auto constraint =
+        again<oru_do_constraint_from_json, oru_do_constraint_to_json, oru_do_constraint_deref>;
+    constexpr auto type = again<oru_do_typedef_meta_from_json, oru_do_typedef_meta_to_json,
+                                oru_do_typedef_meta_deref>;
+    EXPECT_EQ(prop(R"({"prop_name":1,"prop_name":"p","prop_name":"q","type_name":null,)"
+                   R"("type_name":"T","type_name":"U","type_code":"5","type_code":5,"type_code":6,)"
+                   R"("category":true,"category":2,"category":3,"key_idx":1.5,"multiplicity":{}})"),
+              R"({"%prop_meta":{"prop_name":"p","prop_category":2,"primary_key":0,"key_idx":0,)"
+              R"("type_code":5,"type_name":"T","max_access":0,"multiplicity":1,"ref_role":0}})");
+    EXPECT_EQ(constraint(R"({"condition":1,"constraint_str":{"%int":1},"constraint_str":"s",)"
+                         R"("constraint_str":"t"})"),
+              R"({"%constraint":{"constraint_str":"s"}})");
+    EXPECT_EQ(mr(R"({"pkg_name":1,"pkg_name":"p","pkg_name":"q","mr_name":"M","max_access":"1",)"
+                 R"("max_access":257,"max_access":2})"),
+              R"({"%mr_meta":{"pkg_name":"p","mr_name":"M","max_access":1,"prop_meta_list":)"
+              R"({"%prop_meta_list":[]}}})");
+    EXPECT_EQ(type(R"({"name":1,"name":"N","name":"O","simple_type":5,"simple_type":"int",)"
+                   R"("simple_type":"string","constraint_list":"x"})"),
+              R"({"%typedef_meta":{"name":"N","simple_type":"int"}})");
+}
+
+TEST_F(JsonMeta, KindsHaveAnOrder) {
+    constexpr auto type = again<oru_do_typedef_meta_from_json, oru_do_typedef_meta_to_json,
+                                oru_do_typedef_meta_deref>;
+    const std::string enums = R"("enum":{"%nvlist":{"up":{"%int":1}}})";
+    const std::string members =
+        R"({"%ntlist":{"a":{"%typedef_meta":{"name":"","simple_type":"int"}}}})";
+    const std::string sequence = R"("sequence":)" + members;
+    const std::string choice = R"("choice":)" + members;
+    EXPECT_EQ(type("{" + choice + "," + sequence + "," + enums + R"(,"simple_type":"int"})"),
+              R"({"%typedef_meta":{"name":"","simple_type":"int"}})");
+    EXPECT_EQ(type("{" + choice + "," + sequence + "," + enums + "}"),
+              R"({"%typedef_meta":{"name":"",)" + enums + "}}");
+    EXPECT_EQ(type("{" + choice + "," + sequence + "}"),
+              R"({"%typedef_meta":{"name":"",)" + sequence + "}}");
+    EXPECT_EQ(type("{" + choice + "}"), R"({"%typedef_meta":{"name":"",)" + choice + "}}");
+    // Of another type than their own they do not count.
+    EXPECT_EQ(type(R"({"enum":)" + members + R"(,"sequence":{"%nvlist":{"a":1}},"choice":1})"),
+              "none");
+}
+
+TEST_F(JsonMeta, AResourceTakesAccessOfEightBits) {
+    ORUDoMrMeta *mr = oru_do_mr_meta_new(name, nullptr, name, 255, nullptr, nullptr);
+    EXPECT_EQ(form<oru_do_mr_meta_to_json>(mr),
+              R"({"%mr_meta":{"pkg_name":"N","mr_name":"N","max_access":255,"prop_meta_list":)"
+              R"({"%prop_meta_list":[]}}})");
+    oru_do_mr_meta_deref(mr);
+}
+
+// The list that is written is of another type than the one that would be taken.
+TEST_F(JsonMeta, PropertiesOfAResourceDoNotComeBack) {
+    constexpr auto list = again<oru_do_mr_meta_list_from_json, oru_do_mr_meta_list_to_json,
+                                oru_do_mr_meta_list_deref>;
+    EXPECT_EQ(list(R"({"%mr_meta_list":[{"pkg_name":"p","mr_name":"M","prop_meta_list":)"
+                   R"({"%prop_meta_list":[{"prop_name":"p","type_name":"T","type_code":5}]}}]})"),
+              R"({"%mr_meta_list":[{"%mr_meta":{"pkg_name":"p","mr_name":"M","max_access":0,)"
+              R"("prop_meta_list":{"%prop_meta_list":[]}}}]})");
+}
+
 // A resource that lacks a property is never written whole.
 TEST_F(JsonMeta, ResourceWithoutMemoryForItsPropertiesStaysOpen) {
     ORUDoMrMeta *meta = oru_do_mr_meta_new(name, nullptr, name, 15, nullptr, nullptr);
