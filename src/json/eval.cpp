@@ -29,8 +29,8 @@ void Evaluation::fail(int32_t status) const {
 const char *Evaluation::text_of(ORUDoValue *value) const {
     int32_t status = ORU_OK;
     const char *text = oru_do_value_get_string(value, &status);
-    if (status == ORU_OK && text != nullptr)
-        return text;
+    if (status == ORU_OK)
+        return text != nullptr ? text : "";
     fail(status);
     return nullptr;
 }

@@ -62,7 +62,7 @@ ORUDoValue *key_among(ORUDoNvlist *keys, ORUDoValue *which) {
     if (oru_do_value_is_string(which) != 0) {
         int32_t status = ORU_OK;
         const char *name = oru_do_value_get_string(which, &status);
-        return status == ORU_OK ? oru_do_nvlist_get_value(keys, name) : nullptr;
+        return name != nullptr ? oru_do_nvlist_get_value(keys, name) : nullptr;
     }
     if (!read_position(which, position))
         return nullptr;

@@ -87,5 +87,5 @@ int32_t oru_pending_attrs_from_oru_do_value_to_properties(ORUErrorIfc *holder, O
         holder->set_error(holder, code, "Failed to get pending attributes in json ");
         return code;
     }
-    return parse_pending(holder, text, out);
+    return parse_pending(holder, text != nullptr ? text : "", out);
 }

@@ -167,6 +167,18 @@ TEST_F(PendingAttributes, NeedAString) {
     EXPECT_EQ(holder.told, "101 Failed to get pending attributes in json ");
 }
 
+// A string that found no memory for its text reads as an empty one, which holds no table.
+TEST_F(PendingAttributes, OfAStringWithoutItsTextThereAreNone) {
+    poolheap_fail_nth(2, 0);
+    const Value stored(oru_do_value_new_string("a text of its own"));
+    poolheap_fail_off();
+    ASSERT_NE(stored, nullptr);
+    const TraceCapture traces(7);
+    EXPECT_EQ(read(stored.get()), 0);
+    EXPECT_EQ(props, nullptr);
+    EXPECT_TRUE(traces.has(7, "Pending attributes (json):  \n"));
+}
+
 TEST_F(PendingAttributes, NeedJson) {
     EXPECT_EQ(read("nothing"), ORU_JSON_ERR_PARSE);
     EXPECT_EQ(holder.told, "7 Failed to get properties from json");
