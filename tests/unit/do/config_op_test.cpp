@@ -14,7 +14,6 @@
 #include "oru/strbuf.h"
 #include "oru/uri.h"
 #include "tests/support/death.h"
-#include "tests/support/oom.h"
 #include "tests/support/owned.h"
 #include "tests/support/printed.h"
 #include "tests/support/trace_capture.h"
@@ -183,6 +182,27 @@ TEST(ConfigOp, ACloneSharesNothingAndHasNoError) {
     EXPECT_EQ(oru_do_config_op_get_props(copy.get()), nullptr);
 }
 
+TEST(ConfigOp, SettersTakeWhatIsHeldAlready) {
+    const Op op = full_op();
+    oru_do_config_op_set_mr_uri(op.get(), oru_do_config_op_get_mr_uri(op.get()));
+    oru_do_config_op_set_props(op.get(), oru_do_config_op_get_props(op.get()));
+    oru_do_config_op_set_child_ref_name(op.get(), oru_do_config_op_get_child_ref_name(op.get()));
+    oru_do_config_op_set_mr_name(op.get(), oru_do_config_op_get_mr_name(op.get()));
+    oru_do_config_op_set_lib_mr_name(op.get(), oru_do_config_op_get_lib_mr_name(op.get()));
+    oru_do_config_op_set_err(op.get(), oru_do_error_new(5, "e"));
+    oru_do_config_op_set_err(op.get(), oru_do_error_ref(oru_do_config_op_get_err(op.get())));
+    EXPECT_EQ(text_of(op.get()), "(/a;k=1:7:child:p:1/Mr:Error(5) : e\n) { n : 5 }");
+    EXPECT_STREQ(oru_do_name_get_strname(oru_do_config_op_get_lib_mr_name(op.get())), "l:1/Mr");
+}
+
+// A URI is only read when it is asked for its parts.
+TEST(ConfigOp, AUriThatCannotBeReadIsClonedToo) {
+    const Op op = bare_op(1, "no uri");
+    const Op clone(oru_do_config_op_clone(op.get()));
+    ASSERT_NE(clone, nullptr);
+    EXPECT_STREQ(oru_do_uri_get_uri_str(oru_do_config_op_get_mr_uri(clone.get())), "no uri");
+}
+
 TEST(ConfigOp, PrintsItsParts) {
     EXPECT_EQ(text_of(nullptr), "");
     EXPECT_EQ(text_of(bare_op(2).get()), "(/a:2:-) ");
@@ -190,10 +210,7 @@ TEST(ConfigOp, PrintsItsParts) {
     const Op failed = bare_op(-1);
     ORUDoError *error = oru_do_error_new(5, "e");
     oru_do_config_op_set_err(failed.get(), error);
-    const Strbuf words(oru_do_strbuf_new());
-    oru_do_error_to_strbuf(error, 0, words.get());
-    EXPECT_EQ(text_of(failed.get()),
-              std::string("(/a:-1:-:") + oru_do_strbuf_to_string(words.get()) + ") ");
+    EXPECT_EQ(text_of(failed.get()), "(/a:-1:-:Error(5) : e\n) ");
     const Op nowhere(oru_do_config_op_new(3, nullptr, nullptr, nullptr, nullptr, nullptr));
     EXPECT_EQ(text_of(nowhere.get()), "(:3:-) ");
 }
@@ -218,7 +235,8 @@ TEST_F(Logging, OperationsAndSetsAreTracedWhenTheLoggerIsAtTheLevel) {
     oru_do_config_op_trace(op.get(), 4);
     oru_do_config_ops_trace(ops.get(), 3);
     oru_do_config_ops_trace(nullptr, 4);
-    EXPECT_EQ(traces.at(7), (std::vector<std::string>{"(/a:2:-) \n", "[(/a:2:-) ]\n", "\n"}));
+    oru_do_config_op_trace(nullptr, 0);
+    EXPECT_EQ(traces.at(7), (std::vector<std::string>{"(/a:2:-) \n", "[(/a:2:-) ]\n", "\n", "\n"}));
 }
 
 TEST(ConfigOps, KeepTheOrderOfAdding) {
@@ -237,7 +255,32 @@ TEST(ConfigOps, KeepTheOrderOfAdding) {
     EXPECT_EQ(oru_do_config_ops_get_op(ops.get(), 1), second.get());
     EXPECT_EQ(oru_do_config_ops_get_op(ops.get(), -1), nullptr);
     EXPECT_EQ(oru_do_config_ops_get_op(ops.get(), 3), nullptr);
+    EXPECT_EQ(oru_do_config_ops_get_op(ops.get(), INT32_MAX), nullptr);
+    EXPECT_EQ(oru_do_config_ops_get_op(ops.get(), INT32_MIN), nullptr);
     EXPECT_EQ(oru_do_config_op_get_op_code(oru_do_config_ops_get_last_op(ops.get())), 2);
+}
+
+TEST(ConfigOps, WhatIsAddedIsTheSetsAlone) {
+    const Ops ops(oru_do_config_ops_new());
+    const Uri uri(oru_do_uri_new("/a"));
+    oru_do_config_ops_add(ops.get(), 1, uri.get(), nullptr, nullptr, nullptr, nullptr);
+    const Op shared = bare_op(2);
+    oru_do_config_ops_add_op(ops.get(), shared.get());
+    const auto count_of = [&](int32_t index) {
+        return *reinterpret_cast<uint32_t *>(oru_do_config_ops_get_op(ops.get(), index));
+    };
+    EXPECT_EQ(count_of(0), 1u);
+    EXPECT_EQ(count_of(1), 2u);
+    oru_do_config_ops_remove(ops.get(), 1);
+    EXPECT_EQ(text_of(shared.get()), "(/a:2:-) ");
+}
+
+TEST(ConfigOps, AllNoopsAreTakenOut) {
+    const Ops ops = set_of({1, 2, 3, 4});
+    for (const int32_t index : {0, 1, 3})
+        oru_do_config_op_set_noop(oru_do_config_ops_get_op(ops.get(), index), index + 1);
+    EXPECT_EQ(oru_do_config_ops_remove_noops(ops.get()), 3);
+    EXPECT_EQ(codes_of(ops.get()), Codes{3});
 }
 
 TEST(ConfigOps, NoopsAreTakenOut) {
@@ -255,6 +298,7 @@ TEST(ConfigOps, NoopsAreTakenOut) {
 TEST(ConfigOps, RemovesByPosition) {
     const Ops ops = set_of({1, 2, 3});
     oru_do_config_ops_remove(ops.get(), 3);
+    oru_do_config_ops_remove(ops.get(), INT32_MAX);
     oru_do_config_ops_remove(ops.get(), -1);
     oru_do_config_ops_remove(nullptr, 0);
     EXPECT_EQ(codes_of(ops.get()), (Codes{1, 2, 3}));
@@ -345,6 +389,10 @@ TEST(ConfigOps, RequiredArgumentsAreAsserted) {
     EXPECT_ASSERTION(oru_do_config_ops_get_op(nullptr, 0), "config_ops");
     EXPECT_ASSERTION(oru_do_config_ops_get_last_op(nullptr), "config_ops");
     EXPECT_ASSERTION(oru_do_config_ops_iter(nullptr, &iter), "config_ops");
+    EXPECT_ASSERTION(oru_do_config_ops_iter(ops.get(), nullptr), "iter");
+    EXPECT_ASSERTION(oru_do_config_ops_has_next(nullptr), "iter");
+    EXPECT_ASSERTION(oru_do_config_ops_get_next(nullptr), "iter");
+    EXPECT_ASSERTION(oru_do_config_ops_to_strbuf(ops.get(), 0, nullptr), "strbuf");
     EXPECT_ASSERTION(oru_do_config_ops_remove_noops(nullptr), "config_ops");
     EXPECT_ASSERTION(oru_do_config_ops_init_pr_ops(nullptr), "config_ops");
     EXPECT_ASSERTION(oru_do_config_ops_clone(nullptr), "ops");
@@ -354,43 +402,6 @@ TEST(ConfigOps, RequiredArgumentsAreAsserted) {
     EXPECT_EQ(oru_do_config_ops_ref(nullptr), nullptr);
     oru_do_config_op_deref(nullptr);
     oru_do_config_ops_deref(nullptr);
-}
-
-TEST(ConfigOpsMemory, AnItemThatIsNotToBeHadIsToldAndGivesNothing) {
-    oru::test::sweep_oom([] {
-        const Ops ops(oru_do_config_ops_new());
-        const Op op = bare_op(1);
-        if (ops == nullptr || op == nullptr)
-            return;
-        const TraceCapture traces(3);
-        if (oru_do_config_ops_add_op(ops.get(), op.get()) == 0) {
-            EXPECT_EQ(traces.at(3),
-                      std::vector<std::string>{"Failed to allocate config ops item\n"});
-            EXPECT_EQ(oru_do_config_ops_get_len(ops.get()), 0);
-        }
-    });
-}
-
-TEST(ConfigOpsMemory, CopiesAndReversedSetsAreWholeOrShorter) {
-    oru::test::sweep_oom(
-        [] {
-            const Ops ops(oru_do_config_ops_new());
-            const Op op = full_op();
-            if (ops == nullptr || op == nullptr || oru::test::oom_hit())
-                return;
-            oru_do_config_op_init_pr_ops(op.get());
-            oru_do_config_ops_add_op(ops.get(), op.get());
-            oru_do_config_ops_add_op(ops.get(), op.get());
-            const Ops reversed(oru_do_config_ops_reverse_order(ops.get()));
-            const Ops clones(oru_do_config_ops_clone(ops.get()));
-            for (ORUDoConfigOps *set : {reversed.get(), clones.get()}) {
-                if (set == nullptr)
-                    continue;
-                EXPECT_LE(oru_do_config_ops_get_len(set), 2);
-                EXPECT_TRUE(oru_do_config_ops_get_len(set) == 2 || oru::test::oom_hit());
-            }
-        },
-        {.promised_deaths = {"Assertion `"}, .at_least = 20});
 }
 
 }  // namespace
