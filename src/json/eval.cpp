@@ -126,9 +126,11 @@ void *oru_json_expr_deser(ORUDoJsonCtxData *ctx, ORUDoJsonTmpObj *element) {
         element->type_info->type_code, args.get(), ctx->resolve_fn, ctx->set_fn, ctx->user, &error);
     if (error != nullptr)
         oru_do_error_deref(std::exchange(ctx->err, error));
-    if (value == nullptr)
-        value = oru_do_value_new_null();
-    if (value == nullptr)
+    if (value != nullptr)
+        return value;
+    // A function without memory for its result leaves no error.
+    value = oru_do_value_new_null();
+    if (error == nullptr || value == nullptr)
         fail_memory(ctx);
     return value;
 }

@@ -1,4 +1,6 @@
 // Functions on texts, tables and addresses.
+#include <cstring>
+
 #include "do/nvlist.h"
 #include "do/strbuf.h"
 #include "do/uri.h"
@@ -112,7 +114,10 @@ ORUDoValue *eval_tostring(const Evaluation &evaluation, ORUDoVlist *args) {
     }
     const char *joined =
         oru_do_strbuf_get_err(text.get()) == ORU_OK ? oru_do_strbuf_to_string(text.get()) : nullptr;
-    ORUDoValue *value = joined != nullptr ? oru_do_value_new_string(joined) : nullptr;
+    // With its length, since that form tells when there is no memory for the text.
+    ORUDoValue *value = joined != nullptr ? oru_do_value_new_string_l(
+                                                joined, static_cast<int32_t>(std::strlen(joined)))
+                                          : nullptr;
     if (value == nullptr)
         evaluation.fail(ORU_RC_MALLOC);
     return value;
