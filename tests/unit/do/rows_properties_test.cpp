@@ -1,5 +1,6 @@
 #include "oru/rows_properties.h"
 
+#include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <oruplatform/poolheap.h>
 
@@ -13,6 +14,30 @@
 #include "tests/support/oom.h"
 #include "tests/support/owned.h"
 #include "tests/support/trace_capture.h"
+
+namespace {
+
+enum class Missing { nothing, node, context };
+Missing visited_without = Missing::nothing;
+
+}  // namespace
+
+// Stands in front of the visit of trees, which never hands over a null node or context.
+extern "C" ORU_API int32_t oru_do_dtree_visit_depth_first(
+    ORUDoDtree *dtree, int32_t (*pre)(ORUDoDtree *, ORUDoDtree *, int32_t, void *),
+    int32_t (*post)(ORUDoDtree *, ORUDoDtree *, int32_t, void *), void *context) {
+    using Visit = decltype(oru_do_dtree_visit_depth_first);
+    static auto *const real =
+        reinterpret_cast<Visit *>(dlsym(RTLD_NEXT, "oru_do_dtree_visit_depth_first"));
+    switch (visited_without) {
+        case Missing::node:
+            return pre(nullptr, nullptr, 0, context);
+        case Missing::context:
+            return pre(nullptr, dtree, 0, nullptr);
+        default:
+            return real(dtree, pre, post, context);
+    }
+}
 
 namespace {
 
@@ -178,6 +203,91 @@ TEST(RowProperties, ALeafWithoutPropertiesEndsTheWalk) {
     EXPECT_EQ(traces.at(3), (Lines{"dtree properties is null\n", "Dtree walk failed\n"}));
 }
 
+// What was there under that name gives way to the leaf's own.
+TEST(RowProperties, AnEarlierUriOfTheTableIsReplaced) {
+    const Tree tree(oru_do_dtree_new_str("root"));
+    fill(tree.get(), "/r", 4);
+    ORUDoProperties *props = oru_do_dtree_get_properties(tree.get());
+    oru_do_properties_set_int(props, "_uri", 1);
+    const Rows rows(oru_do_dtree_into_properties(tree.get()));
+    EXPECT_EQ(lines_of(rows.get()), Lines{"/r 4"});
+    EXPECT_EQ(oru_do_properties_get_len(props), 2);
+}
+
+TEST(RowProperties, LeavesMayShareATable) {
+    const Tree tree(oru_do_dtree_new_str("root"));
+    ORUDoDtree *a = add(tree.get(), "a");
+    ORUDoDtree *b = add(tree.get(), "b");
+    fill(a, "/a", 1);
+    oru_do_dtree_set_mr_data(b, Uri(oru_do_uri_new("/b")).get(), oru_do_dtree_get_properties(a));
+    const Rows rows(oru_do_dtree_into_properties(tree.get()));
+    EXPECT_EQ(lines_of(rows.get()), (Lines{"/b 1", "/b 1"}));
+}
+
+TEST(RowProperties, ARowGivesItsTableWithAReference) {
+    const Tree tree(oru_do_dtree_new_str("root"));
+    fill(tree.get(), "/r", 4);
+    Rows rows(oru_do_dtree_into_properties(tree.get()));
+    const Properties props(
+        oru_do_rows_property_get_properties(oru_do_rows_property_get_first(rows.get())));
+    rows.reset();
+    int32_t code = 0;
+    EXPECT_EQ(oru_do_properties_get_int(props.get(), "n", &code), 4);
+}
+
+TEST(RowProperties, ATreesRowsCanBePrependedTo) {
+    const Tree tree = sample();
+    const Rows rows(oru_do_dtree_into_properties(tree.get()));
+    EXPECT_EQ(oru_do_rows_properties_prepend(rows.get(), oru_do_properties_new()), 0);
+    EXPECT_EQ(oru_do_rows_properties_count(rows.get()), 4);
+    EXPECT_EQ(lines_of(rows.get()), (Lines{"- 0", "/a 1", "/b/c 2", "/b/d 3"}));
+}
+
+struct RowImage {
+    ORUDoProperties *properties;
+    RowImage *next;
+};
+
+struct RowsImage {
+    RowImage *first;
+    uint32_t ref_count;
+    uint32_t count;
+};
+
+TEST(RowProperties, TheRecordsHaveTheirFieldsInOrder) {
+    const Tree tree = sample();
+    const Rows rows(oru_do_dtree_into_properties(tree.get()));
+    const auto &image = *reinterpret_cast<RowsImage *>(rows.get());
+    EXPECT_EQ(static_cast<void *>(image.first), oru_do_rows_property_get_first(rows.get()));
+    EXPECT_EQ(image.ref_count, 1u);
+    EXPECT_EQ(image.count, 3u);
+    EXPECT_EQ(image.first->properties,
+              oru_do_dtree_get_properties(oru_do_dtree_get_child(tree.get(), 0)));
+    EXPECT_EQ(image.first->next->next->next, nullptr);
+}
+
+// ---- What no visit of a tree hands to the collector ----
+
+TEST(RowProperties, AVisitThatHandsOverNoNodeFails) {
+    const Tree tree = sample();
+    const TraceCapture traces(3);
+    visited_without = Missing::node;
+    EXPECT_EQ(oru_do_dtree_into_properties(tree.get()), nullptr);
+    visited_without = Missing::nothing;
+    EXPECT_EQ(traces.at(3), (Lines{"Node NULL in depth first traversal\n", "Dtree walk failed\n"}));
+}
+
+TEST(RowProperties, AVisitThatHandsOverNoContextFails) {
+    const Tree tree = sample();
+    const TraceCapture traces(3);
+    visited_without = Missing::context;
+    EXPECT_EQ(oru_do_dtree_into_properties(tree.get()), nullptr);
+    visited_without = Missing::nothing;
+    EXPECT_EQ(traces.at(3), (Lines{"User context is NULL\n", "Dtree walk failed\n"}));
+}
+
+// ---- Memory, word by word ----
+
 TEST(RowProperties, EachAllocationIsToldByItsName) {
     const char *const kWords[] = {"Dtree_ctx allocation failed\n",
                                   "ORUDoRowProperty allocation failed\n",
@@ -195,17 +305,50 @@ TEST(RowProperties, EachAllocationIsToldByItsName) {
     }
 }
 
-TEST(RowPropertiesMemory, EveryAllocationMayFail) {
+// ---- Memory ----
+
+TEST(RowPropertiesMemory, ASetIsMadeOrNot) {
+    oru::test::sweep_oom([] {
+        const Rows rows(oru_do_rows_properties_new());
+        EXPECT_EQ(rows == nullptr, oru::test::oom_hit());
+    });
+}
+
+TEST(RowPropertiesMemory, APrependedRowTakesTheReferenceOrLeavesIt) {
     oru::test::sweep_oom(
         [] {
-            const Tree tree = sample();
-            const bool whole = !oru::test::oom_hit();
+            const Rows rows(oru_do_rows_properties_new());
+            Properties props(oru_do_properties_new());
+            if (rows == nullptr || props == nullptr)
+                return;
+            const int32_t code = oru_do_rows_properties_prepend(rows.get(), props.get());
+            EXPECT_EQ(code, oru::test::oom_hit() ? 10002 : 0);
+            EXPECT_EQ(oru_do_rows_properties_count(rows.get()), code == 0 ? 1 : 0);
+            if (code == 0)
+                (void)props.release();
+        },
+        {.promised_deaths = {}, .at_least = 3});
+}
+
+// A row whose table finds no memory for the URI is there without it, as with any table.
+TEST(RowPropertiesMemory, TheRowsOfATreeAreWholeOrThereAreNone) {
+    const Tree tree = sample();
+    ORUDoDtree *inner = oru_do_dtree_get_child(tree.get(), 1);
+    ORUDoDtree *const leaves[] = {oru_do_dtree_get_child(tree.get(), 0),
+                                  oru_do_dtree_get_child(inner, 0),
+                                  oru_do_dtree_get_child(inner, 1)};
+    oru::test::sweep_oom(
+        [&] {
             const Rows rows(oru_do_dtree_into_properties(tree.get()));
-            if (rows != nullptr && whole) {
+            EXPECT_TRUE(rows != nullptr || oru::test::oom_hit());
+            if (rows != nullptr) {
                 EXPECT_EQ(oru_do_rows_properties_count(rows.get()), 3);
             }
+            // The attributes that the leaves got are not the sweep's to count.
+            for (ORUDoDtree *leaf : leaves)
+                oru_do_properties_remove_by_name(oru_do_dtree_get_properties(leaf), "_uri");
         },
-        {.promised_deaths = {"Assertion `"}, .at_least = 30});
+        {.promised_deaths = {}, .at_least = 8});
 }
 
 }  // namespace
