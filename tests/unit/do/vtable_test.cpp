@@ -114,6 +114,7 @@ TEST_F(Vtable, WalksAllRowsOrFromAnItem) {
 TEST_F(Vtable, PrintsRowsWithoutIndent) {
     ORUDoStrbuf *text = oru_do_strbuf_new();
     EXPECT_EQ(oru_do_vtable_to_strbuf(nullptr, 1, text), 0);
+    EXPECT_EQ(oru_do_vtable_to_strbuf_with_defaults(nullptr, 1, text), 0);
     EXPECT_STREQ(oru_do_strbuf_to_string(text), "");
     EXPECT_EQ(oru_do_vtable_to_strbuf(table, 1, text), 0);
     EXPECT_STREQ(oru_do_strbuf_to_string(text), "[\n]\n");
@@ -177,19 +178,136 @@ TEST_F(Vtable, ARowWithoutMemoryCountsAndTheNextStartsANewChain) {
     EXPECT_EQ(oru_do_vtable_get(table, 1), nullptr);
 }
 
-TEST(VtableMemory, EveryAllocationMayFail) {
+TEST_F(Vtable, AFirstRowWithoutMemoryCountsToo) {
+    poolheap_fail_nth(1, 0);
+    EXPECT_EQ(oru_do_vtable_add(table, rows[0]), 1);
+    poolheap_fail_off();
+    EXPECT_EQ(oru_do_vtable_get(table, 0), nullptr);
+    ORUDoIter iter;
+    oru_do_vtable_iter(table, &iter);
+    EXPECT_EQ(oru_do_vtable_has_next(&iter), 0);
+    EXPECT_EQ(oru_do_vtable_add(table, rows[1]), 2);
+    EXPECT_EQ(oru_do_vtable_get(table, 0), rows[1]);
+    oru_do_vtable_clear(table);
+    EXPECT_EQ(oru_do_vtable_get_row_num(table), 0);
+}
+
+TEST_F(Vtable, ANullRowIsRefusedWithoutMemoryToo) {
+    poolheap_fail_nth(1, 1);
+    EXPECT_EQ(oru_do_vtable_add(table, nullptr), -1);
+    poolheap_fail_off();
+    EXPECT_EQ(oru_do_vtable_get_row_num(table), 0);
+}
+
+TEST_F(Vtable, RowsOfAnyLengthAndTypeAreKept) {
+    ORUDoNtlist *columns = oru_do_ntlist_new();
+    ORUDoName *name = oru_do_name_new("c");
+    oru_do_ntlist_add_builtin_type(columns, name, ORU_DO_TYPE_STRING, nullptr);
+    oru_do_vtable_set_column_info(table, columns);
+    ORUDoVlist *empty = oru_do_vlist_new();
+    EXPECT_EQ(oru_do_vtable_add(table, rows[0]), 1);
+    EXPECT_EQ(oru_do_vtable_add(table, empty), 2);
+    EXPECT_EQ(oru_do_vtable_add(table, rows[0]), 3);
+    EXPECT_EQ(oru_do_vtable_get(table, 1), empty);
+    EXPECT_EQ(oru_do_vtable_get(table, 2), rows[0]);
+    EXPECT_EQ(oru_do_vtable_get_column_num(table), 1);
+    oru_do_vlist_deref(empty);
+    oru_do_name_deref(name);
+    oru_do_ntlist_deref(columns);
+}
+
+TEST_F(Vtable, AnEmptyTableHasNothingToWalk) {
+    ORUDoIter iter;
+    oru_do_vtable_iter(table, &iter);
+    EXPECT_EQ(oru_do_vtable_has_next(&iter), 0);
+    EXPECT_EQ(oru_do_vtable_get_next(&iter), nullptr);
+    oru_do_vtable_iter_reset(table, nullptr, &iter);
+    EXPECT_EQ(oru_do_vtable_get_next_item(&iter), nullptr);
+}
+
+TEST(VtableMemory, ATableIsMadeOrNot) {
+    oru::test::sweep_oom([] {
+        ORUDoVtable *table = oru_do_vtable_new();
+        EXPECT_EQ(table == nullptr, oru::test::oom_hit());
+        oru_do_vtable_deref(table);
+    });
+}
+
+TEST_F(Vtable, EveryAllocationMayFail) {
     oru::test::sweep_oom(
-        [] {
-            ORUDoVtable *table = oru_do_vtable_new();
-            ORUDoVlist *row = oru_do_vlist_new();
-            if (table != nullptr && row != nullptr) {
-                EXPECT_EQ(oru_do_vtable_add(table, row), 1);
-                EXPECT_EQ(oru_do_vtable_add(table, row), 2);
-            }
-            oru_do_vlist_deref(row);
-            oru_do_vtable_deref(table);
+        [this] {
+            ORUDoVtable *made = oru_do_vtable_new();
+            if (made == nullptr)
+                return;
+            EXPECT_EQ(oru_do_vtable_add(made, rows[0]), 1);
+            EXPECT_EQ(oru_do_vtable_add(made, rows[1]), 2);
+            EXPECT_EQ(
+                oru_do_vtable_get(made, 0) != nullptr && oru_do_vtable_get(made, 1) != nullptr,
+                !oru::test::oom_hit());
+            oru_do_vtable_deref(made);
         },
-        {.promised_deaths = {}, .at_least = 4});
+        {.promised_deaths = {}, .at_least = 3});
+}
+
+TEST_F(Vtable, TheBufferTellsOfWhatIsMissing) {
+    oru_do_vlist_add_string(rows[0], std::string(300, 't').c_str());
+    oru_do_vlist_add_string(rows[1], std::string(600, 't').c_str());
+    fill();
+    for (const auto print : {oru_do_vtable_to_strbuf, oru_do_vtable_to_strbuf_with_defaults}) {
+        oru::test::sweep_oom(
+            [this, print] {
+                ORUDoStrbuf *text = oru_do_strbuf_new();
+                if (text == nullptr)
+                    return;
+                EXPECT_EQ(print(table, 1, text), 0);
+                EXPECT_EQ(oru_do_strbuf_get_err(text), oru::test::oom_hit() ? 10002 : 0);
+                oru_do_strbuf_deref(text);
+            },
+            {.promised_deaths = {}, .at_least = 4});
+    }
+}
+
+// ---- The records ----
+
+struct VtableItemImage {
+    ORUDoVlist *row;
+    VtableItemImage *next;
+    uint32_t ref_count;
+};
+
+struct VtableImage {
+    ORUDoNtlist *column_info;
+    VtableItemImage *first;
+    VtableItemImage *last;
+    int32_t row_count;
+    uint32_t ref_count;
+};
+
+TEST_F(Vtable, TheRecordsHaveTheirFieldsInOrder) {
+    ORUDoNtlist *columns = oru_do_ntlist_new();
+    oru_do_vtable_set_column_info(table, columns);
+    fill();
+    auto &image = *reinterpret_cast<VtableImage *>(table);
+    EXPECT_EQ(image.column_info, columns);
+    ASSERT_NE(image.first, nullptr);
+    EXPECT_EQ(image.first->row, rows[0]);
+    EXPECT_EQ(image.first->next, image.last);
+    EXPECT_EQ(image.first->ref_count, 1u);
+    EXPECT_EQ(image.last->row, rows[1]);
+    EXPECT_EQ(image.last->next, nullptr);
+    EXPECT_EQ(image.last->ref_count, 1u);
+    EXPECT_EQ(image.row_count, 2);
+    EXPECT_EQ(image.ref_count, 1u);
+    poolheap_fail_nth(1, 0);
+    oru_do_vtable_add(table, rows[0]);
+    poolheap_fail_off();
+    EXPECT_EQ(image.last, nullptr);
+    EXPECT_EQ(image.row_count, 3);
+    oru_do_vtable_clear(table);
+    EXPECT_EQ(image.first, nullptr);
+    EXPECT_EQ(image.last, nullptr);
+    EXPECT_EQ(image.row_count, 0);
+    oru_do_ntlist_deref(columns);
 }
 
 TEST_F(Vtable, RequiredArgumentsAreAsserted) {
@@ -211,7 +329,9 @@ TEST_F(Vtable, RequiredArgumentsAreAsserted) {
     EXPECT_ASSERTION(oru_do_vtable_item_get_row(nullptr), "item");
     oru_do_iter_init(&iter);
     EXPECT_ASSERTION(oru_do_vtable_has_next(&iter), "iter->coll_type == DO_COLL_PROPERTIES_LIST");
+    EXPECT_ASSERTION(oru_do_vtable_iter_reset(table, nullptr, nullptr), "iter");
     EXPECT_ASSERTION(oru_do_vtable_to_strbuf(table, 0, nullptr), "strbuf");
+    EXPECT_ASSERTION(oru_do_vtable_to_strbuf_with_defaults(table, 0, nullptr), "strbuf");
     EXPECT_EQ(oru_do_vtable_ref(nullptr), nullptr);
     oru_do_vtable_deref(nullptr);
 }
