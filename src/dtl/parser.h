@@ -59,9 +59,24 @@ void read_mr_attributes(ORUDtlNode *node, const xmlNode *element);
 // The op that a word stands for, from GET to ACTION; `otherwise` for any other word.
 int32_t op_of_word(const char *word, int32_t otherwise);
 
-// The text in an element.
-Text element_text(const xmlNode *element);
-Text stripped(const char *text);
+// The text in an element, mostly lent by the document. Null without memory.
+class ElementText {
+  public:
+    explicit ElementText(const xmlNode *element);
+    ~ElementText() { xmlFree(made_); }
+    ElementText(const ElementText &) = delete;
+    ElementText &operator=(const ElementText &) = delete;
+
+    const char *get() const { return reinterpret_cast<const char *>(text_); }
+    // Whether there is more in it than blanks.
+    bool says_something() const;
+    // Without the blanks at its ends.
+    Text stripped() const;
+
+  private:
+    const xmlChar *text_;
+    xmlChar *made_ = nullptr;
+};
 
 // The value that a text stands for: itself when it begins with one of `variable_starts`, JSON
 // otherwise. What is wrong with it becomes the error of `node`.

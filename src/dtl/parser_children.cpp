@@ -3,6 +3,7 @@
 
 #include "do/strbuf.h"
 #include "dtl/parser.h"
+#include "dtl/tree.h"
 #include "oru/rc.h"
 
 namespace oru::dtl {
@@ -11,77 +12,72 @@ namespace {
 // No element is read below this level.
 constexpr int32_t kMaxLevel = 16;
 
-// The nodes that one element makes: none, one, or one for each implementation of a library
-// resource. They are the last children of the node above.
-class Made {
-  public:
-    explicit Made(ORUDtlNode *above) : link_(&above->first_child) {
-        while (*link_ != nullptr)
-            link_ = &(*link_)->next;
-    }
-    ORUDtlNode *first() const { return *link_; }
+// The children of a node, while elements are read into them.
+struct Children {
+    Parser &parser;
+    ORUDtlNode *above;
+    ORUDtlNode **end = &above->first_child;
 
-  private:
-    ORUDtlNode **link_;
+    ORUDtlNode *add(const xmlNode *element, int32_t type) {
+        const auto name = Ref<ORUDoName>::adopt(oru_do_name_new(xml_name(element)));
+        ORUDtlNode *node = parser.made(name ? add_node(end, name.get(), type) : nullptr);
+        if (node != nullptr)
+            end = &node->next;
+        return node;
+    }
 };
 
-ORUDtlNode *add_child(Parser &parser, ORUDtlNode *above, const xmlNode *element, int32_t type) {
-    return parser.made(oru_dtl_tree_add_child_w_strname_type(above, xml_name(element), type));
-}
-
-void add_mr_child(Parser &parser, ORUDtlNode *above, const xmlNode *element, ORUDoUri *uri,
-                  ORUMdMrMeta *mr) {
-    ORUDtlNode *node = add_child(parser, above, element, ORU_DTL_NODE_MR_OP);
+void add_mr_child(Children &children, const xmlNode *element, ORUDoUri *uri, ORUMdMrMeta *mr) {
+    ORUDtlNode *node = children.add(element, ORU_DTL_NODE_MR_OP);
     if (node == nullptr)
         return;
-    parser.address(node, uri, mr->do_mr_meta);
+    children.parser.address(node, uri, mr->do_mr_meta);
     read_mr_op(node, element, uri);
     read_mr_attributes(node, element);
 }
 
 // An address that says nothing of the type stands for every implementation of a library resource.
-void add_mr_children(Parser &parser, ORUDtlNode *above, const xmlNode *element, ORUDoUri *uri,
-                     ORUMdMrMeta *mr) {
+void add_mr_children(Children &children, const xmlNode *element, ORUDoUri *uri, ORUMdMrMeta *mr) {
     if (oru_do_uri_has_type_query_part(uri) != 0 || oru_md_is_lib_mr(mr) == 0) {
-        add_mr_child(parser, above, element, uri, mr);
+        add_mr_child(children, element, uri, mr);
         return;
     }
     for (auto *impl = oru_md_mr_meta_get_impl_mr_meta_list(mr); impl != nullptr; impl = impl->next)
-        add_mr_child(parser, above, element, uri, impl->mr);
+        add_mr_child(children, element, uri, impl->mr);
 }
 
 // 5. An address that does not parse makes nothing.
-void add_addressed(Parser &parser, ORUDtlNode *above, const xmlNode *element, const char *text) {
+void add_addressed(Children &children, const xmlNode *element, const char *text) {
     const auto uri = Ref<ORUDoUri>::adopt(oru_do_uri_new_parse_unescape_key(text));
     if (!uri)
         return;
     const FoundMr found = find_mr(element);
     if (found.mr != nullptr) {
-        add_mr_children(parser, above, element, uri.get(), found.mr);
+        add_mr_children(children, element, uri.get(), found.mr);
         return;
     }
     // What was wrong shows on the node; the document goes on as though nothing had been.
-    parser.error = {};
-    ORUDtlNode *node = add_child(parser, above, element, ORU_DTL_NODE_CONTAINER);
+    children.parser.error = {};
+    ORUDtlNode *node = children.add(element, ORU_DTL_NODE_CONTAINER);
     if (node != nullptr)
         oru_dtl_tree_set_error(node, found.error.get());
 }
 
-// 4 and 5.
-void add_nodes(Parser &parser, ORUDtlNode *above, const xmlNode *element) {
+// 4 and 5: none, one, or one for each implementation of a library resource.
+void add_nodes(Children &children, const xmlNode *element) {
     const XmlAttribute uri(element, "uri");
     if (uri) {
-        add_addressed(parser, above, element, uri.text());
+        add_addressed(children, element, uri.text());
     } else {
-        add_child(parser, above, element, ORU_DTL_NODE_CONTAINER);
+        children.add(element, ORU_DTL_NODE_CONTAINER);
     }
 }
 
 // An attribute's text is a condition on the rows of its collection.
 void read_filter(ORUDtlNode *above, ORUDtlNode *node, const xmlNode *element) {
-    const Text raw = element_text(element);
-    const Text text = raw ? stripped(raw.get()) : Text();
-    if (!text || *text.get() == '\0')
+    const ElementText raw(element);
+    const Text text = raw.says_something() ? raw.stripped() : Text();
+    if (!text)
         return;
     const auto value = read_value(text.get(), "$@", above);
     const char *name = name_text(node->name);
@@ -135,11 +131,12 @@ void descend(Parser &parser, ORUDtlNode *above, ORUDtlNode *node, const xmlNode 
         oru_dtl_tree_set_op(node, ORU_DTL_OP_NOOP);
 }
 
-void read_child(Parser &parser, ORUDtlNode *above, const xmlNode *element, int32_t level) {
+void read_child(Children &children, const xmlNode *element, int32_t level) {
+    auto &[parser, above, end] = children;
     const ElementPlace place(parser, element);
-    const Made made(above);
-    add_nodes(parser, above, element);
-    for (ORUDtlNode *node = made.first(); node != nullptr; node = node->next) {
+    ORUDtlNode **made = end;
+    add_nodes(children, element);
+    for (ORUDtlNode *node = *made; node != nullptr; node = node->next) {
         match_node(parser, above, node, element);
         descend(parser, above, node, element, level);
     }
@@ -164,6 +161,7 @@ void read_children(Parser &parser, ORUDtlNode *node, const xmlNode *element, int
         expand_by_metadata(parser, node);
         return;
     }
+    Children children{parser, node};
     bool counted = false;
     for (const xmlNode *child : XmlChildren(element)) {
         if (level >= kMaxLevel) {  // 1
@@ -175,7 +173,7 @@ void read_children(Parser &parser, ORUDtlNode *node, const xmlNode *element, int
             continue;
         }
         counted = true;
-        read_child(parser, node, child, level);
+        read_child(children, child, level);
     }
     if (!counted)
         add_default_attrs(node);

@@ -17,6 +17,8 @@ namespace {
 constexpr const char *kOpWords[] = {"get",       "get-all",       "get-all-cfg",    "get-all-oper",
                                     "get-all-r", "get-all-cfg-r", "get-all-oper-r", "action"};
 
+constexpr char kBlanks[] = " \t\n\r";
+
 // A decimal number, at its bounds what does not fit; 0 for a text that begins with none.
 int32_t number_of(const char *text) {
     const long number = std::strtol(text, nullptr, 10);
@@ -106,18 +108,24 @@ void read_mr_attributes(ORUDtlNode *node, const xmlNode *element) {
     oru_dtl_tree_set_flatten(node, XmlAttribute(element, "flatten").text());
 }
 
-Text element_text(const xmlNode *element) {
-    xmlChar *content = xmlNodeGetContent(element);
-    if (content == nullptr)
-        return Text();
-    Text text(duplicate(reinterpret_cast<const char *>(content)));
-    xmlFree(content);
-    return text;
+ElementText::ElementText(const xmlNode *element) : text_(BAD_CAST "") {
+    const xmlNode *first = element->children;
+    if (first == nullptr)
+        return;
+    if (first->type == XML_TEXT_NODE && first->next == nullptr) {
+        text_ = first->content;
+    } else {
+        text_ = made_ = xmlNodeGetContent(element);
+    }
 }
 
-Text stripped(const char *text) {
+bool ElementText::says_something() const {
+    return text_ != nullptr && get()[std::strspn(get(), kBlanks)] != '\0';
+}
+
+Text ElementText::stripped() const {
     return Text(
-        oru_util_strndup_strip_end_chars(text, static_cast<int32_t>(std::strlen(text)), " \t\n\r"));
+        oru_util_strndup_strip_end_chars(get(), static_cast<int32_t>(std::strlen(get())), kBlanks));
 }
 
 Ref<ORUDoValue> read_value(const char *text, const char *variable_starts, ORUDtlNode *node) {

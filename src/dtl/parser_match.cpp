@@ -185,9 +185,9 @@ void read_param(Parser &parser, ORUDtlNode *above, ORUDtlNode *action, const xml
     if (node == nullptr)
         return;
     oru_dtl_tree_set_op(node, ORU_DTL_OP_NOOP);
-    const Text raw = element_text(element);
-    const Text text = raw ? stripped(raw.get()) : Text();
-    if (!text || *text.get() == '\0')
+    const ElementText raw(element);
+    const Text text = raw.says_something() ? raw.stripped() : Text();
+    if (!text)
         return;
     const auto value = read_value(text.get(), "$", above);
     if (value)

@@ -41,13 +41,10 @@ void set_where_error(ORUDtlNode *node, const char *words) {
         oru_dtl_tree_set_error(node, error.get());
 }
 
-// The raw text is what counts, blanks included; the stripped one only tells that there is any.
+// Blanks at the ends count, where there is more.
 Ref<ORUDoValue> read_operand(ORUDtlNode *node, const xmlNode *element) {
-    const Text raw = element_text(element);
-    const Text text = raw ? stripped(raw.get()) : Text();
-    if (!text || *text.get() == '\0')
-        return {};
-    return read_value(raw.get(), "$@", node);
+    const ElementText text(element);
+    return text.says_something() ? read_value(text.get(), "$@", node) : Ref<ORUDoValue>();
 }
 
 void read_conditions(Parser &parser, ORUDtlNode *node, const xmlNode *element, ORUDoNvlist *out);

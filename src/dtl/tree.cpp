@@ -1,4 +1,5 @@
-// Making and freeing the nodes of a tree.
+#include "dtl/tree.h"
+
 #include "do/error.h"
 #include "do/name.h"
 #include "do/nlist.h"
@@ -7,7 +8,6 @@
 #include "do/uri.h"
 #include "md/mr_meta.h"
 #include "md/prop_meta.h"
-#include "oru/dtl.h"
 #include "oru/nlist.h"
 
 namespace {
@@ -23,13 +23,6 @@ ORUDtlNode *make_node(ORUDoName *name, int32_t type) {
     node->op = ORU_DTL_OP_TRAVERSE;
     node->prop_name = oru::ref(name);
     return node;
-}
-
-void append(ORUDtlNode &parent, ORUDtlNode *child) {
-    ORUDtlNode **link = &parent.first_child;
-    while (*link != nullptr)
-        link = &(*link)->next;
-    *link = child;
 }
 
 void free_text(char *text) {
@@ -67,6 +60,10 @@ void delete_mr_info(ORUDtlMrInfo *info) {
 
 }  // namespace
 
+ORUDtlNode *oru::dtl::add_node(ORUDtlNode **end, ORUDoName *name, int32_t type) {
+    return *end = make_node(name, type);
+}
+
 ORUDtlNode *oru_dtl_tree_new() {
     const auto name = oru::Ref<ORUDoName>::adopt(oru_do_name_new(""));
     return name ? make_node(name.get(), ORU_DTL_NODE_DOC) : nullptr;
@@ -75,10 +72,10 @@ ORUDtlNode *oru_dtl_tree_new() {
 ORUDtlNode *oru_dtl_tree_add_child(ORUDtlNode *parent, ORUDoName *name, int32_t type) {
     ORU_REQUIRE(parent);
     ORU_REQUIRE(name);
-    ORUDtlNode *node = make_node(name, type);
-    if (node != nullptr)
-        append(*parent, node);
-    return node;
+    ORUDtlNode **end = &parent->first_child;
+    while (*end != nullptr)
+        end = &(*end)->next;
+    return oru::dtl::add_node(end, name, type);
 }
 
 ORUDtlNode *oru_dtl_tree_add_child_w_strname_type(ORUDtlNode *parent, const char *name,
