@@ -21,6 +21,45 @@ inline long resident_bytes() {
                                                                    : 0;
 }
 
+// The most that was ever resident.
+inline long peak_bytes() {
+    long kilobytes = 0;
+    char line[128];
+    std::FILE *file = std::fopen("/proc/self/status", "r");
+    while (file != nullptr && std::fgets(line, sizeof line, file) != nullptr &&
+           std::sscanf(line, "VmHWM: %ld", &kilobytes) != 1) {
+    }
+    if (file != nullptr) {
+        std::fclose(file);
+    }
+    return kilobytes * 1024;
+}
+
+// The most that `work` needs beyond what there was before it.
+template <class Work>
+double peak_bytes_of(Work work) {
+    int ends[2];
+    double bytes = 0;
+    if (pipe(ends) != 0) {
+        return bytes;
+    }
+    std::fflush(stdout);
+    const pid_t child = fork();
+    if (child == 0) {
+        const long before = resident_bytes();
+        work();
+        bytes = static_cast<double>(peak_bytes() - before);
+        _exit(write(ends[1], &bytes, sizeof bytes) == sizeof bytes ? 0 : 1);
+    }
+    close(ends[1]);
+    if (read(ends[0], &bytes, sizeof bytes) != sizeof bytes) {
+        bytes = 0;
+    }
+    close(ends[0]);
+    waitpid(child, nullptr, 0);
+    return bytes;
+}
+
 // Prints the bytes of one of the `count` objects that `make_all` makes and keeps. `prepare` runs
 // before.
 template <class Prepare, class MakeAll>

@@ -40,11 +40,18 @@ inline void expect(const std::string &work, const std::string &peer, Bound bound
     stated_bounds[work][peer] = bound;
 }
 
+// What contenders need of memory for a work, which is printed and bounded as times are.
+inline std::map<std::string, std::map<std::string, double>> measured_bytes;
+
+inline void measure_bytes(const std::string &work, const std::string &contender, double bytes) {
+    measured_bytes[work][contender] = bytes;
+}
+
 // Registers a work for one contender, on one thread. The best of the repetitions counts, in time of
 // the processor: of many short ones, since on a machine that others use a long one is never left
 // alone.
-inline void compare(const std::string &name, void (*body)(benchmark::State &),
-                    int repetitions = 100) {
+template <class Body>
+void compare(const std::string &name, Body body, int repetitions = 100) {
     benchmark::RegisterBenchmark(name.c_str(), body)->Repetitions(repetitions)->MinTime(0.002);
 }
 
@@ -62,11 +69,14 @@ class RatioReporter : public benchmark::ConsoleReporter {
     void Finalize() override {
         ConsoleReporter::Finalize();
         std::printf(
-            "\npeer's time / our time (above 1: ours is faster);\n"
+            "\npeer's time / our time (above 1: ours is faster), and bytes alike;\n"
             "times of one round, all threads together; best of the repetitions;\n"
             "time of the processor on one thread, of the clock on more\n");
         for (const auto &[work, contenders] : best_) {
-            print(work, contenders);
+            print(work, work.substr(0, work.rfind(' ')), contenders, kNanoseconds);
+        }
+        for (const auto &[work, contenders] : measured_bytes) {
+            print(work, work, contenders, kMegabytes);
         }
         if (!stated_bounds.empty()) {
             std::printf("bounds that do not hold: %d\n", missed_);
@@ -75,6 +85,13 @@ class RatioReporter : public benchmark::ConsoleReporter {
 
   private:
     using Contenders = std::map<std::string, double>;
+
+    struct Unit {
+        const char *name;
+        double size;
+    };
+    static constexpr Unit kNanoseconds{"ns", 1e-9};
+    static constexpr Unit kMegabytes{"MB", 1e6};
 
     // Of repetitions the median and its variation tell enough.
     static std::vector<Run> shown(const std::vector<Run> &runs) {
@@ -101,16 +118,20 @@ class RatioReporter : public benchmark::ConsoleReporter {
         best = std::min(best, time);
     }
 
-    void print(const std::string &work, const Contenders &contenders) {
+    // `shown` is the work with what tells its runs apart.
+    void print(const std::string &shown, const std::string &work, const Contenders &contenders,
+               Unit unit) {
         const auto ours = contenders.find("ours");
         if (ours == contenders.end()) {
             return;
         }
-        std::printf("%-28s ours %6.2f ns", work.c_str(), ours->second * 1e9);
-        for (const auto &[name, time] : contenders) {
+        std::printf("%-28s ours %6.2f %s", shown.c_str(), ours->second / unit.size, unit.name);
+        for (const auto &[name, amount] : contenders) {
             if (name != "ours") {
-                std::printf("   %s %6.2f ns: %.2f", name.c_str(), time * 1e9, time / ours->second);
-                print_bound(work.substr(0, work.rfind(' ')), name, time / ours->second);
+                const double ratio = amount / ours->second;
+                std::printf("   %s %6.2f %s: %.2f", name.c_str(), amount / unit.size, unit.name,
+                            ratio);
+                print_bound(work, name, ratio);
             }
         }
         std::printf("\n");
