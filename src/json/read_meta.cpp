@@ -53,8 +53,11 @@ Ref<ORUDoTypedefMeta> simple_type(const Element &element, ORUDoName *name, const
         return {};
     auto *constraints =
         object_at<ORUDoConstraintList>(element, "constraint_list", kTypeConstraintList);
-    return Ref<ORUDoTypedefMeta>::adopt(oru_do_typedef_meta_new_simpletype(
+    auto meta = Ref<ORUDoTypedefMeta>::adopt(oru_do_typedef_meta_new_simpletype(
         name, oru_do_get_typecode_by_typestr(text.get()), constraints));
+    if (meta && meta->simple == nullptr)
+        return {};  // memory ran out for all that it tells
+    return meta;
 }
 
 }  // namespace
