@@ -10,6 +10,7 @@ namespace oructl {
 enum : int { kDone = 0, kFaults = 1, kUsage = 2 };
 
 // Each adds a command. When it is chosen its result is stored in `status`, which must live on.
+void add_convert_command(CLI::App &app, int &status);
 void add_model_commands(CLI::App &app, int &status);
 
 }  // namespace oructl

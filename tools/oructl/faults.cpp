@@ -25,6 +25,8 @@ void print(std::FILE *stream, const Fault &fault) {
     std::string text = fault.file;
     if (fault.line > 0)
         text += ":" + std::to_string(fault.line);
+    if (fault.column > 0)
+        text += ":" + std::to_string(fault.column);
     if (!text.empty())
         text += ": ";
     if (!fault.element.empty())

@@ -18,9 +18,10 @@ struct Fault {
     int32_t line = 0;  // 0 where it is the whole file
     std::string element;
     std::string words;
+    int32_t column = 0;  // 0 where it is the whole line
 };
 
-// Prints `file:line: <element>: words` as far as the place is known.
+// Prints `file:line:column: <element>: words` as far as the place is known.
 void print(std::FILE *stream, const Fault &fault);
 void print(std::FILE *stream, const std::vector<Fault> &faults);
 

@@ -7,12 +7,13 @@
 namespace {
 
 int run(int argc, char **argv) {
-    CLI::App app{"Looks into models of managed resources.", "oructl"};
+    CLI::App app{"Looks into models of managed resources and converts objects.", "oructl"};
     app.require_subcommand(1);
     app.footer("Exit status: 0 done, 1 faults were found, 2 wrong use.");
 
     int status = oructl::kDone;
     oructl::add_model_commands(app, status);
+    oructl::add_convert_command(app, status);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError &error) {

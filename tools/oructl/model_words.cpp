@@ -5,7 +5,16 @@
 namespace oructl {
 namespace {
 
-std::string text_of_type(int32_t typecode) {
+std::string member_words(const char *kind, ORUMdComplexEl *first) {
+    std::vector<std::string> texts;
+    for (const ORUMdComplexEl &member : records(first))
+        texts.push_back(text_of(member.name) + " " + text_of(member.type_name));
+    return std::string(kind) + ": " + joined(texts);
+}
+
+}  // namespace
+
+std::string typecode_words(int32_t typecode) {
     const char *text = oru_do_get_typestr_by_typecode(typecode);
     return text != nullptr ? text : "?";
 }
@@ -22,15 +31,6 @@ std::string enum_words(ORUDoNvlist *labels) {
     }
     return "enumeration: " + joined(texts);
 }
-
-std::string member_words(const char *kind, ORUMdComplexEl *first) {
-    std::vector<std::string> texts;
-    for (const ORUMdComplexEl &member : records(first))
-        texts.push_back(text_of(member.name) + " " + text_of(member.type_name));
-    return std::string(kind) + ": " + joined(texts);
-}
-
-}  // namespace
 
 std::string text_of(ORUDoName *name) {
     return name != nullptr ? oru_do_name_get_strname(name) : "";
@@ -113,7 +113,7 @@ std::string definition_words(ORUMdTypedefMeta &type) {
         case ORU_DO_TYPE_CHOICE:
             return member_words("choice", type.complex_els);
         default:
-            return text_of_type(type.typecode);
+            return typecode_words(type.typecode);
     }
 }
 

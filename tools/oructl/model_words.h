@@ -19,6 +19,12 @@ std::string qualified_name(const ORUMdMrMeta &mr);
 // "library" or "implementation".
 const char *kind_of(const ORUMdPkgMeta &package);
 
+// The name of a built-in type, "?" for none.
+std::string typecode_words(int32_t typecode);
+
+// "enumeration: down = 0, up = 1".
+std::string enum_words(ORUDoNvlist *labels);
+
 // "1 key", "3 keys".
 std::string count_of(size_t count, const char *noun);
 

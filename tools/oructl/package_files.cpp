@@ -2,7 +2,6 @@
 
 #include <libxml/parser.h>
 #include <libxml/tree.h>
-#include <libxml/xmlerror.h>
 
 #include <algorithm>
 #include <array>
@@ -11,6 +10,8 @@
 #include <memory>
 #include <sstream>
 #include <string_view>
+
+#include "xml_text.h"
 
 namespace oructl {
 namespace {
@@ -56,22 +57,6 @@ std::string content_of(const fs::path &file) {
     std::ifstream stream(file, std::ios::binary);
     return {std::istreambuf_iterator<char>(stream), {}};
 }
-
-// The parser's own words about what it could not read.
-struct ParserFault {
-    int32_t line = 0;
-    std::string words;
-
-    static void receive(void *context, xmlError *error) {
-        auto *self = static_cast<ParserFault *>(context);
-        if (!self->words.empty() || error->message == nullptr)
-            return;
-        self->line = error->line;
-        self->words = error->message;
-        while (!self->words.empty() && self->words.back() == '\n')
-            self->words.pop_back();
-    }
-};
 
 }  // namespace
 
@@ -149,13 +134,11 @@ void PackageFiles::Reader::check_root(const xmlNode *root, const std::string &co
 }
 
 void PackageFiles::Reader::read(const std::string &content) const {
-    ParserFault parser_fault;
-    xmlSetStructuredErrorFunc(&parser_fault, ParserFault::receive);
+    const XmlWords parser;
     const Document document(xmlReadMemory(content.data(), static_cast<int>(content.size()), nullptr,
                                           nullptr, XML_PARSE_NONET));
-    xmlSetStructuredErrorFunc(nullptr, nullptr);
     if (!document) {
-        out.faults_.push_back({file, parser_fault.line, "", parser_fault.words});
+        out.faults_.push_back({file, parser.line, "", parser.words});
         return;
     }
     const xmlNode *root = xmlDocGetRootElement(document.get());
