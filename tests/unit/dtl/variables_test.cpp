@@ -1,6 +1,7 @@
 // References, templates of addresses, and the where clause of a cursor, seen through what is asked
 // of the back end.
 #include "oru/properties.h"
+#include "oru/uri_derive.h"
 #include "tests/support/trace_capture.h"
 #include "tests/unit/dtl/walk_support.h"
 
@@ -12,6 +13,17 @@ class DtlVariables : public DtlWalk {
   protected:
     // The address at which a template below one row is read; none when it is not read.
     std::string address_of(const char *text, const FakeRow &above = {"/sys/a;id=1"}) {
+        ask_below_row(above);
+        return read_at(add_mr_node(doc->first_child, "x", ORU_DTL_OP_GET_ALL_CFG, text));
+    }
+    std::string address_of(ORUDoUri *uri) {
+        ask_below_row({"/sys/a;id=1"});
+        ORUDtlNode *x = add_node(doc->first_child, "x", ORU_DTL_NODE_MR_OP, ORU_DTL_OP_GET_ALL_CFG);
+        oru_dtl_tree_init_mr_info(x, uri, nullptr);
+        return read_at(x);
+    }
+
+    void ask_below_row(const FakeRow &above) {
         oru_dtl_ctx_delete(std::exchange(ctx, nullptr));
         doc.reset(oru_dtl_tree_new());
         ORUDtlNode *a = add_mr_node(doc.get(), "a", ORU_DTL_OP_COLL_GET_ALL, "/sys?as");
@@ -19,9 +31,10 @@ class DtlVariables : public DtlWalk {
             const Name attribute(oru_do_name_new(name.c_str()));
             oru_dtl_tree_add_cfg_attr(a, attribute.get());
         }
-        ORUDtlNode *x = add_mr_node(a, "x", ORU_DTL_OP_GET_ALL_CFG, text);
-        EXPECT_NE(x, nullptr);
         system.rows["/sys?as"] = {above};
+    }
+    std::string read_at(const ORUDtlNode *node) {
+        EXPECT_NE(node, nullptr);
         rc = next(0);
         std::string read;
         for (const std::string &call : calls()) {
@@ -183,6 +196,27 @@ TEST_F(DtlVariables, ElementsOfAListThatAreNoAddressArePassedOver) {
     EXPECT_EQ(calls(), (Calls{"context", "cfg_props /p1"}));
 }
 
+// An address that was built on one that was read has the segments that it was built of.
+TEST_F(DtlVariables, ASegmentThatNamesTheRootWritesNoName) {
+    const Uri above(oru_do_uri_validate_new("/a"));
+    const Nvlist none(oru_do_nvlist_new());
+    for (const char *root : {"/", "//"}) {
+        const Name name(oru_do_name_new(root));
+        const Uri built(oru_do_uri_new_from_parent_uri(above.get(), name.get(), none.get()));
+        TraceCapture traces(7);
+        EXPECT_EQ(address_of(built.get()), "/a/");
+        EXPECT_TRUE(traces.has(7, "Ref name is orucore system root"));
+    }
+}
+
+// The root of the resources has no segments: only a base makes it an address.
+TEST_F(DtlVariables, TheRootIsTheBase) {
+    EXPECT_EQ(address_of("/"), "");
+    system.context_uri = "//locations;locationId=x";
+    system.rows["//locations;locationId=x/sys?as"] = {{"/a1"}};
+    EXPECT_EQ(address_of("/"), "//locations;locationId=x");
+}
+
 // ---- Where clauses ----
 
 TEST_F(DtlVariables, ValuesOfConditionsAreResolved) {
@@ -266,6 +300,28 @@ TEST_F(DtlReferences, ReachTheNodeAboveTheRowAndFurther) {
     EXPECT_EQ(default_below("@(./_uri)"), "b(/b1)[v=/b1]");
     EXPECT_EQ(default_below("@_uri"), "b(/b1)[v=/a1]");
     EXPECT_EQ(default_below("@none"), "b(/b1)[v=null]");
+}
+
+// What an expression writes is found by what comes behind it, and by the caller first of all.
+TEST_F(DtlReferences, ExpressionsWriteParameters) {
+    param("m", 1);
+    param("n", 4);
+    EXPECT_EQ(default_below("{\"_incr()\":[\"$n\"]}"), "b(/b1)[v=4]");
+    EXPECT_EQ(default_below("$n"), "b(/b1)[v=5]");
+    ASSERT_EQ(oru_do_nvlist_get_len(params.get()), 2);
+    EXPECT_STREQ(oru_do_nvlist_item_get_name(oru_do_nvlist_get_item(params.get(), 0)), "n");
+    EXPECT_EQ(default_below("{\"_max()\":[\"$new\",7]}"), "b(/b1)[v=7]");
+    EXPECT_EQ(default_below("$new"), "b(/b1)[v=7]");
+    EXPECT_EQ(oru_do_nvlist_get_len(params.get()), 3);
+}
+
+// Only parameters are written.
+TEST_F(DtlReferences, ExpressionsLeaveTheRest) {
+    for (const char *name : {"@k", "plain", "$$n", "@(../k)"}) {
+        const std::string text = std::string("{\"_max()\":[\"") + name + "\",7]}";
+        default_below(text.c_str());
+        EXPECT_EQ(oru_do_nvlist_get_len(params.get()), 0) << name;
+    }
 }
 
 }  // namespace
