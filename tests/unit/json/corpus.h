@@ -2,6 +2,7 @@
 #ifndef ORU_TESTS_UNIT_JSON_CORPUS_H
 #define ORU_TESTS_UNIT_JSON_CORPUS_H
 
+#include <ostream>
 #include <vector>
 
 #include "tests/unit/json/kinds.h"
@@ -13,6 +14,10 @@ struct Specimen {
     const char *name;
     void *(*make)();  // the result is the caller's
 };
+
+inline std::ostream &operator<<(std::ostream &out, const Specimen &specimen) {
+    return out << specimen.kind->name << "/" << specimen.name;
+}
 
 // Each part of the corpus appends its own.
 void add_values(std::vector<Specimen> &corpus);

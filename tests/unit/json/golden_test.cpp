@@ -97,10 +97,6 @@ std::string expected(const Specimen &specimen, const Form &form) {
 
 class Golden : public testing::TestWithParam<Specimen> {};
 
-std::ostream &operator<<(std::ostream &out, const Specimen &specimen) {
-    return out << specimen.kind->name << "/" << specimen.name;
-}
-
 TEST_P(Golden, IsWrittenAsItsFilesTell) {
     const Made object(GetParam());
     for (const Form &form : kForms) {
