@@ -9,6 +9,8 @@ target_sources(oruapi PRIVATE
   json/read_events.cpp
   json/read_meta.cpp
   json/read_object.cpp
+  json/read_scalars.cpp
+  json/read_stack.cpp
   json/read_value.cpp
   json/types.cpp
   json/write_config.cpp
