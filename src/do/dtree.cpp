@@ -23,15 +23,21 @@ ORUDoDtree **end_of_chain(ORUDoDtree **link) {
     return link;
 }
 
-// Releases the children in front of `end`, which becomes the first child; null releases all.
+bool has_child(const ORUDoDtree &parent, const ORUDoDtree *node) {
+    const ORUDoDtree *child = parent.children;
+    while (child != nullptr && child != node)
+        child = child->next;
+    return child != nullptr;
+}
+
+// Releases the children in front of `end`, one of them, which becomes the first; null releases all.
 void release_children(ORUDoDtree &parent, ORUDoDtree *end) {
-    while (parent.children != end && parent.children != nullptr) {
+    while (parent.children != end) {
         ORUDoDtree *child = parent.children;
         // Who holds the child on its own may give it to another parent.
         parent.children = std::exchange(child->next, nullptr);
         oru::deref(child);
     }
-    parent.children = end;
 }
 
 }  // namespace
@@ -179,7 +185,8 @@ void oru_do_dtree_remove_children(ORUDoDtree *dtree) {
 
 void oru_do_dtree_remove_visited_peers(ORUDoDtree *dtree) {
     ORU_REQUIRE(dtree);
-    if (dtree->parent != nullptr)
+    // A node that was moved to another chain still names its old parent.
+    if (dtree->parent != nullptr && has_child(*dtree->parent, dtree))
         release_children(*dtree->parent, dtree);
 }
 

@@ -214,6 +214,21 @@ TEST_F(Dtree, VisitedPeersGo) {
     EXPECT_EQ(children_of(root), "c d ");
 }
 
+// A moved node names its old parent, whose children are none of its siblings.
+TEST_F(Dtree, AMovedNodeHasNoVisitedPeersAtItsOldParent) {
+    ORUDoDtree *from = oru_do_dtree_new_str("f");
+    add(root, "a");
+    ORUDoDtree *b = add(from, "b");
+    oru_do_dtree_transfer_children(root, from);
+    oru_do_dtree_remove_visited_peers(b);
+    EXPECT_EQ(children_of(from), "");
+    add(from, "x");
+    oru_do_dtree_remove_visited_peers(b);
+    EXPECT_EQ(children_of(from), "x ");
+    EXPECT_EQ(children_of(root), "a b ");
+    oru_do_dtree_deref(from);
+}
+
 TEST_F(Dtree, ANodeTakenOutCanBeAdoptedAgain) {
     ORUDoDtree *a = oru_do_dtree_ref(add(root, "a"));
     ORUDoDtree *b = add(root, "b");
@@ -509,6 +524,21 @@ TEST_F(DtreeVisit, EitherCallbackMayBeMissing) {
     EXPECT_EQ(oru_do_dtree_visit_breath_first(root, note<'+'>, nullptr, &log), 1);
     EXPECT_EQ(log.text, "+r0 +a1 +c1 +b2 +d2 ");
     EXPECT_EQ(oru_do_dtree_visit_depth_first(root, nullptr, nullptr, nullptr), 1);
+}
+
+TEST_F(DtreeVisit, ZeroOfTheSecondCallStopsAtOnce) {
+    Log log{"", "a"};
+    EXPECT_EQ(oru_do_dtree_visit_breath_first(root, nullptr, note<'-'>, &log), 0);
+    EXPECT_EQ(log.text, "-b2 -d2 -a1 ");
+    log = {"", "b"};
+    EXPECT_EQ(oru_do_dtree_visit_breath_first(root, nullptr, note<'-'>, &log), 0);
+    EXPECT_EQ(log.text, "-b2 ");
+    log = {"", "r"};
+    EXPECT_EQ(oru_do_dtree_visit_breath_first(root, nullptr, note<'-'>, &log), 0);
+    EXPECT_EQ(log.text, "-b2 -d2 -a1 -c1 -r0 ");
+    log = {"", "a"};
+    EXPECT_EQ(oru_do_dtree_visit_depth_first(root, nullptr, note<'-'>, &log), 0);
+    EXPECT_EQ(log.text, "-b2 -a1 ");
 }
 
 TEST_F(DtreeVisit, ZeroStopsAtOnce) {

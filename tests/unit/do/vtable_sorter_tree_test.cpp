@@ -3,6 +3,7 @@
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <oruplatform/balanced_tree.h>
+#include <oruplatform/poolheap.h>
 
 #include <memory>
 #include <string>
@@ -270,6 +271,58 @@ TEST_F(VtableSorterTree, AMissingKeyIsLess) {
         EXPECT_EQ(compare(row_of({}), row_of({1})), kLess) << directions;
         EXPECT_EQ(compare(row_of({1}), row_of({})), kLess) << directions;
         EXPECT_EQ(compare(row_of({}), row_of({})), kLess) << directions;
+    }
+}
+
+TEST_F(VtableSorterTree, TextsGoByTheirLengthFirst) {
+    const auto text = [](const char *words) {
+        Vlist row(oru_do_vlist_new());
+        oru_do_vlist_add_string(row.get(), words);
+        return row;
+    };
+    for (const char *directions : {"s", "a"}) {
+        make(1, directions);
+        EXPECT_EQ(compare(text("b"), text("aa")), kLess);
+        EXPECT_EQ(compare(text("aa"), text("b")), kGreater);
+        EXPECT_EQ(compare(text("ab"), text("ba")), kLess);
+        EXPECT_EQ(compare(text("ba"), text("ab")), kGreater);
+        EXPECT_EQ(compare(text("ab"), text("ab")), kEqual);
+        EXPECT_EQ(compare(text(""), text("a")), kLess);
+    }
+}
+
+// One whose storage could not be had.
+TEST_F(VtableSorterTree, AStringWithoutStorageReadsAsEmpty) {
+    poolheap_fail_nth(2, 0);
+    const Value lost(oru_do_value_new_string("lost"));
+    poolheap_fail_off();
+    ASSERT_NE(lost, nullptr);
+    Vlist without(oru_do_vlist_new());
+    oru_do_vlist_add(without.get(), lost.get());
+    Vlist with(oru_do_vlist_new());
+    oru_do_vlist_add_string(with.get(), "a");
+    make(1, "s");
+    EXPECT_EQ(compare(without, with), kLess);
+    EXPECT_EQ(compare(with, without), kGreater);
+    EXPECT_EQ(compare(without, without), kEqual);
+}
+
+// The records of two URIs are compared, in whatever order they come out; one of another kind fails.
+TEST_F(VtableSorterTree, UrisHaveAnOrder) {
+    const auto uri = [](const char *text) {
+        Vlist row(oru_do_vlist_new());
+        oru_do_vlist_add_mr_uri(row.get(), oru::test::Uri(oru_do_uri_new(text)).get());
+        return row;
+    };
+    const Vlist first = uri("/a");
+    make(1, "a");
+    EXPECT_EQ(compare(first, first), kEqual);
+    EXPECT_EQ(compare(first, row_of({1})), kFailed);
+    for (int i = 0; i < 20; ++i) {
+        const Vlist second = uri("/b");
+        const int32_t ahead = compare(first, second);
+        EXPECT_TRUE(ahead == kLess || ahead == kGreater) << ahead;
+        EXPECT_EQ(compare(second, first), ahead == kLess ? kGreater : kLess);
     }
 }
 

@@ -239,6 +239,18 @@ TEST_F(CreatingAgain, UriAndTypeWithoutAValueAreOfNoType) {
     EXPECT_EQ(traces.at(3), Lines{"Failed to get _mr value (rc=101)\n"});
 }
 
+// A string whose storage could not be had reads as empty.
+TEST_F(CreatingAgain, ATypeWithoutStorageHasAnEmptyName) {
+    const Properties props = table("/a/b");
+    poolheap_fail_nth(2, 0);
+    const oru::test::Value lost(oru_do_value_new_string("lost"));
+    poolheap_fail_off();
+    oru_do_properties_set_value(props.get(), "_mr", lost.get());
+    add(props);
+    EXPECT_EQ(convert(), 0);
+    EXPECT_EQ(text(), "[(/a:1:b:) {  }]");
+}
+
 TEST_F(CreatingAgain, AnAttributeWithoutAValueIsLeftOut) {
     const Properties props(oru_do_properties_new());
     oru_do_properties_set_int(props.get(), "mtu", 9);
