@@ -6,7 +6,6 @@
 #include <oru/mr_meta.h>
 #include <oru/name.h>
 #include <oru/prop_meta.h>
-#include <oru/thread.h>
 #include <oru/uri.h>
 #include <oruplatform/poolheap.h>
 #include <unistd.h>
@@ -16,16 +15,7 @@
 #include <string>
 
 #include "tests/fuzz/fuzz.h"
-
-// One thread needs no lock.
-extern "C" {
-ORU_API int32_t oru_rwlock_wrlock(oru_rwlock_t *) {
-    return 0;
-}
-ORU_API int32_t oru_rwlock_unlock(oru_rwlock_t *) {
-    return 0;
-}
-}
+#include "tests/fuzz/no_locks.h"
 
 namespace {
 
