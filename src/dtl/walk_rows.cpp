@@ -65,19 +65,19 @@ void drop_without_children(WalkLevel &at) {
         at.call.retry = 1;
 }
 
-// 21, second rule: one row a call. True when there is a row to go on with.
-bool stops_after_one(WalkLevel &at) {
+// 21, second rule: one row a call. True when there is a row to go on with. Of a row that flattening
+// took away only the address is looked at.
+bool stops_after_one(WalkLevel &at, const ORUDoDtree *row) {
     if (at.delta != 0) {
         at.stop_at = at.child_stopped() ? at.c : at.next_row;
     } else {
-        if (at.ctx->dtree_node != at.c) {
+        if (at.ctx->dtree_node != row) {
             ORU_TRACE(Level::detail, "Artificially increment");
             ++at.call.node_added;
         }
         at.stop_at = at.next_row;
     }
-    if (at.ctx->parent != nullptr && at.c != nullptr)
-        at.ctx->dtree_node = at.c;
+    at.ctx->dtree_node = at.c;
     hide_rows_behind(at);
     return at.stop_at != nullptr;
 }
@@ -117,7 +117,7 @@ AfterRow walk_row(WalkLevel &at, ORUDoDtree *row) {
         drop_without_children(at);
         return after_rules(at);
     }
-    if (at.call.count != 0 && oru_dtl_tree_return_one(at.ch) != 0 && stops_after_one(at))
+    if (at.call.count != 0 && oru_dtl_tree_return_one(at.ch) != 0 && stops_after_one(at, row))
         return stop_at_row(at);
     if (at.child_stopped())
         return stop_with_the_child(at);
