@@ -119,6 +119,11 @@ Value make_value(const FakeValue &value) {
     return std::visit([](const auto &alternative) { return value_of(alternative); }, value);
 }
 
+std::string show(const FakeValue &value) {
+    const Value object = make_value(value);
+    return text_of(object.get());
+}
+
 FakeSystem &FakeSystem::of(ORUDataIfc *ifc) {
     return *reinterpret_cast<Data *>(ifc)->system;
 }
@@ -139,6 +144,8 @@ std::vector<std::string> FakeSystem::take_calls() {
 
 int32_t FakeSystem::outcome(const std::string &call) {
     error_.reset();
+    if (const size_t blank = call.find(' '); provide && blank != std::string::npos)
+        provide(call.substr(blank + 1));
     const auto failure = failures.find(call);
     if (failure == failures.end())
         return ORU_OK;

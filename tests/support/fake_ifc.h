@@ -4,6 +4,7 @@
 #define ORU_TESTS_SUPPORT_FAKE_IFC_H
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <string>
@@ -30,6 +31,9 @@ struct FakeRow {
 };
 
 Value make_value(const FakeValue &value);
+
+// The text form of a value.
+std::string show(const FakeValue &value);
 
 class FakeSystem {
   public:
@@ -61,6 +65,8 @@ class FakeSystem {
     uint32_t batch = 0;
     // Rows whose first value is no address.
     bool without_uri = false;
+    // Run before an address is read, which may give it rows, attributes and failures.
+    std::function<void(const std::string &uri)> provide{};
     // Run before each call is answered.
     void (*before_call)(FakeSystem &) = nullptr;
 
