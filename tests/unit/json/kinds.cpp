@@ -151,6 +151,19 @@ const Kind kRows = {"rows_properties", rows_json, nullptr, nullptr,
 #undef RELEASE
 #undef KIND
 
+const Kind *kind_named(std::string_view name) {
+    static const Kind *const kKinds[] = {
+        &kValue,        &kProperties, &kPropertiesList, &kNlist,      &kNvlist,   &kVlist,
+        &kVtable,       &kNtlist,     &kTypedefMeta,    &kConstraint, &kPropMeta, &kConstraintList,
+        &kPropMetaList, &kMrMeta,     &kMrMetaList,     &kConfigOps,  &kError,    &kPropErrs,
+        &kEvent,        &kDtree,      &kErrorList,      &kRows};
+    for (const Kind *kind : kKinds) {
+        if (kind->name == name)
+            return kind;
+    }
+    return nullptr;
+}
+
 std::string written_again(const Kind &kind, const std::string &text, uint32_t options) {
     ORUDoError *err = nullptr;
     void *object = kind.read(text.data(), size_of(text), &err);

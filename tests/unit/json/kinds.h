@@ -3,6 +3,7 @@
 #define ORU_TESTS_UNIT_JSON_KINDS_H
 
 #include <string>
+#include <string_view>
 
 #include "oru/types.h"
 
@@ -19,6 +20,9 @@ struct Kind {
 extern const Kind kValue, kProperties, kPropertiesList, kNlist, kNvlist, kVlist, kVtable, kNtlist,
     kTypedefMeta, kConstraint, kConstraintList, kPropMeta, kPropMetaList, kMrMeta, kMrMetaList,
     kConfigOps, kError, kPropErrs, kEvent, kDtree, kErrorList, kRows;
+
+// The kind of that name; null when there is none.
+const Kind *kind_named(std::string_view name);
 
 // What a reader makes of a text, in the JSON form of the options. Without an object it is "no
 // object", and the code when there is an error.

@@ -45,16 +45,9 @@ std::string word_of(const std::string &name, const char *end) {
 }
 
 const Kind &kind_of(const std::string &name) {
-    static const Kind *const kKinds[] = {
-        &kValue,     &kProperties,     &kPropertiesList, &kNlist,       &kNvlist,
-        &kVlist,     &kVtable,         &kNtlist,         &kTypedefMeta, &kConstraint,
-        &kPropMeta,  &kConstraintList, &kPropMetaList,   &kMrMeta,      &kMrMetaList,
-        &kConfigOps, &kError,          &kPropErrs,       &kEvent,       &kDtree};
-    const std::string word = word_of(name, "__");
-    const auto kind = std::find_if(std::begin(kKinds), std::end(kKinds),
-                                   [&word](const Kind *one) { return word == one->name; });
-    EXPECT_NE(kind, std::end(kKinds)) << name;
-    return **kind;
+    const Kind *kind = kind_named(word_of(name, "__"));
+    EXPECT_NE(kind, nullptr) << name;
+    return *kind;
 }
 
 // Nothing, a value, properties, a list, a table, operations, a tree.
