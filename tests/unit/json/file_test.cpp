@@ -83,6 +83,96 @@ TEST_F(JsonFile, WithoutJsonGivesTheReadersError) {
     EXPECT_EQ(props, nullptr);
 }
 
+// Each kind goes the same way.
+TEST_F(JsonFile, FailsTheSameForListsAndNames) {
+    ORUDoPropertiesList *list = nullptr;
+    ORUDoNlist *names = nullptr;
+    write("{x");
+    {
+        const TraceCapture traces(3);
+        EXPECT_EQ(oru_json_file_to_prop_list(path.c_str(), &list), ORU_JSON_ERR_PARSE);
+        EXPECT_EQ(oru_json_file_to_nlist(path.c_str(), &names), ORU_JSON_ERR_PARSE);
+        ASSERT_EQ(traces.at(3).size(), 2u);
+        EXPECT_EQ(traces.at(3)[0].rfind("Failed to get config file. lexical error", 0), 0u);
+        EXPECT_EQ(traces.at(3)[1], traces.at(3)[0]);
+    }
+    write(R"({"%properties":{"n":5}})");
+    {
+        const TraceCapture traces(3);
+        EXPECT_EQ(oru_json_file_to_prop_list(path.c_str(), &list), 10000);
+        EXPECT_EQ(oru_json_file_to_nlist(path.c_str(), &names), 10000);
+        EXPECT_EQ(traces.at(3), (Lines{"Failed to get config file. unknown error\n",
+                                       "Failed to get config file. unknown error\n"}));
+    }
+    std::filesystem::remove(path);
+    const TraceCapture traces(3);
+    EXPECT_EQ(oru_json_file_to_prop_list(path.c_str(), &list), 10004);
+    EXPECT_EQ(oru_json_file_to_nlist(path.c_str(), &names), 10004);
+    EXPECT_EQ(traces.at(3).back(), "Failed to read config from " + path + "\n");
+    EXPECT_EQ(list, nullptr);
+    EXPECT_EQ(names, nullptr);
+}
+
+TEST_F(JsonFile, WithoutATextCannotBeRead) {
+    write("");
+    ORUDoProperties *const untouched = oru_do_properties_new();
+    ORUDoProperties *props = untouched;
+    const TraceCapture traces(3);
+    EXPECT_EQ(oru_json_file_to_properties(path.c_str(), &props), 10001);
+    ASSERT_EQ(traces.at(3).size(), 2u);
+    EXPECT_EQ(traces.at(3)[0].rfind("Failed to read file '" + path + "': ", 0), 0u);
+    EXPECT_EQ(traces.at(3)[1], "Failed to read config from " + path + "\n");
+    EXPECT_EQ(props, untouched);
+    oru_do_properties_deref(untouched);
+}
+
+// The code and the words are those of the error that the text left.
+TEST_F(JsonFile, OfAnUnknownTypeShowsTheTag) {
+    write(R"({"%nope":1})");
+    ORUDoProperties *props = oru_do_properties_new();
+    ORUDoProperties *const before = props;
+    const TraceCapture traces(3);
+    EXPECT_EQ(oru_json_file_to_properties(path.c_str(), &props), ORU_JSON_ERR_UNKNOWN_TYPE);
+    EXPECT_EQ(traces.at(3).back(), "Failed to get config file. %nope\":1}\n");
+    EXPECT_EQ(props, nullptr);  // what the parser gave
+    oru_do_properties_deref(before);
+}
+
+TEST_F(JsonFile, TracesInOrder) {
+    write(R"({"%properties":{}})");
+    ORUDoProperties *props = nullptr;
+    const TraceCapture traces(7);
+    EXPECT_EQ(oru_json_file_to_properties(path.c_str(), &props), ORU_JSON_ERR_NO_ITEMS);
+    const auto lines = traces.lines();
+    ASSERT_GE(lines.size(), 3u);
+    const std::vector<oru::test::Trace> last(lines.end() - 3, lines.end());
+    EXPECT_EQ(last,
+              (std::vector<oru::test::Trace>{{7, "Importing json string ({\"%properties\":{}})\n"},
+                                             {3, "error: tmp_obj->val null"},
+                                             {3, "Failed to get config file. \n"}}));
+}
+
+TEST_F(JsonFile, EveryAllocationMayFail) {
+    write(R"({"%properties":{"n":5}})");
+    int failed = 0;
+    uint64_t nth = 1;
+    for (bool met = true; met; ++nth) {
+        const uint64_t blocks = poolheap_live_blocks();
+        ORUDoProperties *props = nullptr;
+        poolheap_fail_nth(nth, 0);
+        const int32_t code = oru_json_file_to_properties(path.c_str(), &props);
+        poolheap_fail_off();
+        met = poolheap_fail_hits() > 0;
+        const bool whole = code == 0 && props != nullptr;
+        // The text itself, the reader's context, or something that the text needs.
+        EXPECT_TRUE(whole || code == 10002 || code == 10000 || code == ORU_JSON_ERR_MEMORY) << code;
+        failed += whole ? 0 : 1;
+        oru_do_properties_deref(props);
+        EXPECT_EQ(poolheap_live_blocks(), blocks) << nth;
+    }
+    EXPECT_GT(failed, 5);
+}
+
 TEST_F(JsonFile, OfAnotherTypeHasAnUnknownError) {
     write(R"({"%nlist":["a"]})");
     ORUDoProperties *props = nullptr;
@@ -162,9 +252,44 @@ TEST_F(PendingAttributes, NeedATable) {
 }
 
 TEST_F(PendingAttributes, NeedAString) {
-    const Value number(oru_do_value_new_int(1));
-    EXPECT_EQ(read(number.get()), 101);
-    EXPECT_EQ(holder.told, "101 Failed to get pending attributes in json ");
+    for (ORUDoValue *made : {oru_do_value_new_int(1), oru_do_value_new_enumeration("{}"),
+                             oru_do_value_new_default(), oru_do_value_new_boolean(0)}) {
+        const Value stored(made);
+        holder.told.clear();
+        EXPECT_EQ(read(stored.get()), 101);
+        EXPECT_EQ(holder.told, "101 Failed to get pending attributes in json ");
+        EXPECT_EQ(props, nullptr);
+    }
+}
+
+// What the reader says goes to the holder by its code alone.
+TEST_F(PendingAttributes, NeedATextThatReads) {
+    EXPECT_EQ(read(R"({"%properties":{}})"), ORU_JSON_ERR_NO_ITEMS);
+    EXPECT_EQ(holder.told, "4 Failed to get properties from json");
+    EXPECT_EQ(read(R"({"%nope":{}})"), ORU_JSON_ERR_UNKNOWN_TYPE);
+    EXPECT_EQ(holder.told, "8 Failed to get properties from json");
+    // Another object is no error, and no table.
+    holder.told.clear();
+    EXPECT_EQ(read(R"({"%nlist":["a"]})"), 0);
+    EXPECT_EQ(props, nullptr);
+    EXPECT_EQ(holder.told, "");
+}
+
+TEST_F(PendingAttributes, EveryAllocationMayFail) {
+    const Value stored(oru_do_value_new_string(R"({"%properties":{"n":5}})"));
+    int failed = 0;
+    uint64_t nth = 1;
+    for (bool met = true; met; ++nth) {
+        holder.told.clear();
+        poolheap_fail_nth(nth, 0);
+        const int32_t code = read(stored.get());
+        poolheap_fail_off();
+        met = poolheap_fail_hits() > 0;
+        EXPECT_TRUE(code == 0 || code == ORU_JSON_ERR_MEMORY) << code;
+        EXPECT_EQ(holder.told, code == 0 ? "" : "1 Failed to get properties from json");
+        failed += code != 0 ? 1 : 0;
+    }
+    EXPECT_GT(failed, 5);
 }
 
 // A string that found no memory for its text reads as an empty one, which holds no table.

@@ -1,3 +1,6 @@
+#include <oruplatform/poolheap.h>
+
+#include <cstring>
 #include <string>
 
 #include "oru/nvlist.h"
@@ -170,6 +173,96 @@ TEST(JsonWriteValue, PasswordsInListsAreHiddenWhereElementsAreTagged) {
               R"({"%array":[{"%string":"<removed>","%typedef":"PasswordString"},{"%int":1}]})");
     EXPECT_EQ(json_of(mixed.get(), ORU_JSON_OPT_HIDE_PASSWORDS | ORU_JSON_OPT_COMPACT),
               R"({"%array":["s",1]})");
+}
+
+// Values as nobody makes them: their type stands behind name, counts and payload.
+Value of_type(ORUDoValue *value, int32_t type) {
+    constexpr size_t kTypeAt = 24;
+    std::memcpy(reinterpret_cast<char *>(value) + kTypeAt, &type, sizeof type);
+    EXPECT_EQ(oru_do_value_get_type(value), type);
+    return Value(value);
+}
+
+TEST(JsonWriteValue, AnUnknownValueHasATagAndNoText) {
+    const Value value = of_type(oru_do_value_new_default(), ORU_DO_TYPE_UNKNOWN);
+    expect_forms(value, R"({"%unknown":""})", R"("")");
+    oru_do_value_set_typedef_name(value.get(), "T");
+    EXPECT_EQ(json_of(value.get()), R"({"%unknown":"","%typedef":"T"})");
+}
+
+TEST(JsonWriteValue, AValueWithoutItsObjectIsNotWritten) {
+    for (const int32_t type :
+         {ORU_DO_TYPE_ANY_URI, ORU_DO_TYPE_MR_URI, ORU_DO_TYPE_COLL_URI, ORU_DO_TYPE_CHOICE,
+          ORU_DO_TYPE_SEQUENCE, ORU_DO_TYPE_ARRAY, ORU_DO_TYPE_BITS}) {
+        const Value value = of_type(oru_do_value_new_null(), type);
+        oru_do_value_set_typedef_name(value.get(), "T");
+        EXPECT_EQ(json_of(value.get()), "") << type;
+        EXPECT_EQ(json_of(value.get(), ORU_JSON_OPT_COMPACT), "") << type;
+    }
+}
+
+// A string that found no memory for its text is an empty one.
+TEST(JsonWriteValue, AStringWithoutItsTextIsEmpty) {
+    poolheap_fail_nth(2, 0);
+    const Value value(oru_do_value_new_string("a text of its own"));
+    poolheap_fail_off();
+    ASSERT_NE(value, nullptr);
+    expect_forms(value, R"({"%string":""})", R"("")");
+}
+
+TEST(JsonWriteValue, OnlyTheLowHalfOfTheOptionsCounts) {
+    const Value value(oru_do_value_new_string("secret"));
+    oru_do_value_set_typedef_name(value.get(), "EncryptedStringOfMine");
+    EXPECT_EQ(json_of(value.get(), 0xffff0000u),
+              R"({"%string":"secret","%typedef":"EncryptedStringOfMine"})");
+    EXPECT_EQ(json_of(value.get(), 0xffff0005u), R"("<removed>")");
+    EXPECT_EQ(json_of(value.get(), 2u | 8u),
+              R"({"%string":"secret","%typedef":"EncryptedStringOfMine"})");
+}
+
+TEST(JsonWriteValue, OnlyStringsOfAPasswordAreHidden) {
+    const Value label(oru_do_value_new_enumeration("up"));
+    oru_do_value_set_typedef_name(label.get(), "PasswordString");
+    EXPECT_EQ(json_of(label.get(), ORU_JSON_OPT_HIDE_PASSWORDS),
+              R"({"%enumeration":"up","%typedef":"PasswordString"})");
+    for (const char *name :
+         {"passwordString", "PasswordStrin", "EncryptedStrin", "MyPasswordString"}) {
+        const Value text(oru_do_value_new_string("shown"));
+        oru_do_value_set_typedef_name(text.get(), name);
+        EXPECT_EQ(json_of(text.get(), ORU_JSON_OPT_HIDE_PASSWORDS | ORU_JSON_OPT_COMPACT),
+                  R"("shown")")
+            << name;
+    }
+    const Value bare(oru_do_value_new_string("shown"));
+    EXPECT_EQ(json_of(bare.get(), ORU_JSON_OPT_HIDE_PASSWORDS), R"({"%string":"shown"})");
+}
+
+// Members of complex values are tagged, and hidden where that is asked for, in every form.
+TEST(JsonWriteValue, PasswordsInComplexValuesAreHidden) {
+    for (const bool sequence : {false, true}) {
+        ORUDoNvlist *list = oru_do_nvlist_new();
+        const Value secret(oru_do_value_new_string("s"));
+        oru_do_value_set_typedef_name(secret.get(), "PasswordString");
+        oru_do_nvlist_add(list, "p", secret.get());
+        const Value value(sequence ? oru_do_value_new_sequence(list)
+                                   : oru_do_value_new_choice(list));
+        oru_do_nvlist_deref(list);
+        const std::string hidden =
+            std::string("{\"%") + (sequence ? "sequence" : "choice") +
+            R"(":{"p":{"%string":"<removed>","%typedef":"PasswordString"}}})";
+        EXPECT_EQ(json_of(value.get(), ORU_JSON_OPT_HIDE_PASSWORDS), hidden);
+        EXPECT_EQ(json_of(value.get(), ORU_JSON_OPT_HIDE_PASSWORDS | ORU_JSON_OPT_COMPACT), hidden);
+    }
+}
+
+TEST(JsonWriteValue, EscapesAreThoseOfTheGenerator) {
+    const char text[] = "\"\\/\b\f\n\r\t\x01\x1f\x7f\xc3\xa9";
+    const Value value(oru_do_value_new_string(text));
+    EXPECT_EQ(json_of(value.get(), ORU_JSON_OPT_COMPACT),
+              "\"\\\"\\\\/\\b\\f\\n\\r\\t\\u0001\\u001F\x7f\xc3\xa9\"");
+    // Bytes that are no UTF-8 go through as they are.
+    EXPECT_EQ(json_of(Value(oru_do_value_new_string("\xff")).get(), ORU_JSON_OPT_COMPACT),
+              "\"\xff\"");
 }
 
 TEST(JsonWriteValue, NamesAndUrisAreNotEscaped) {
