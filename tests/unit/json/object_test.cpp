@@ -239,4 +239,124 @@ TEST(JsonObjects, NamesInAListAreTexts) {
     EXPECT_EQ(nlist(R"({"%nlist":["a",1,null,"b\t"]})"), "{\"%nlist\":[\"a\",\"b\t\"]}");
 }
 
+TEST(JsonObjects, TheBeginningOfAKeyWillDo) {
+    EXPECT_EQ(error(R"({"co":5,"ms":"m","na":"n","ca":{"%error":{"msg":"c"}},)"
+                    R"("p":{"%prop_errs":{"p":{"%error":{"msg":"q"}}}}})"),
+              R"({"%error":{"code":5,"msg":"m","namespace":"n","cause":{"%error":{"code":0,)"
+              R"("msg":"c"}},"prop_errs":{"%prop_errs":{"p":{"%error":{"code":0,"msg":"q"}}}}}})");
+    // The type tells "code" from "cause".
+    EXPECT_EQ(error(R"({"c":{"%error":{"msg":"c"}},"c":5,"m":"m"})"),
+              R"({"%error":{"code":5,"msg":"m","cause":{"%error":{"code":0,"msg":"c"}}}})");
+    EXPECT_EQ(dtree(R"({"n":"r","m":"/u","e":{"%error":{"msg":"e"}},"p":{"%properties":{"a":1}},)"
+                    R"("c":{"%dtree":[{"n":"a"}]}})"),
+              R"({"%dtree":{"name":"r","mr_uri":"/u","err":{"%error":{"code":0,"msg":"e"}},)"
+              R"("props":{"%properties":{"a":{"%int":1}}},"children":{"%dtree":[{"name":"a"}]}}})");
+    // Longer than the key it is another one.
+    EXPECT_EQ(error(R"({"msgs":"m"})"), "none");
+    EXPECT_EQ(dtree(R"({"names":"r"})"), "none");
+}
+
+TEST(JsonObjects, MembersOfAnotherTypeAreSkipped) {
+    EXPECT_EQ(error(R"({"code":1.5,"code":true,"msg":"m","namespace":1,"cause":"x",)"
+                    R"("cause":{"%int":1},"prop_errs":{"%error":{"msg":"x"}}})"),
+              R"({"%error":{"code":0,"msg":"m"}})");
+    EXPECT_EQ(dtree(R"({"name":1,"name":"r","mr_uri":{"%mr_uri":"/u"},"err":"x","props":{"a":1},)"
+                    R"("children":{"%nlist":["a"]}})"),
+              R"({"%dtree":{"name":"r"}})");
+    EXPECT_EQ(prop_errs(R"({"a":"x","b":{"%int":1},"c":null,"d":{"%error":{"msg":"m"}}})"),
+              R"({"%prop_errs":{"d":{"%error":{"code":0,"msg":"m"}}}})");
+    EXPECT_EQ(prop_errs(R"({"a":"x"})"), R"({"%prop_errs":{}})");
+    EXPECT_EQ(properties_list(R"({"%properties_list":[{"a":1},"x",{"%int":1},null]})"),
+              R"({"%properties_list":[{"%properties":{"a":{"%int":1}}}]})");
+    EXPECT_EQ(properties(R"({"a":{"%nlist":["x"]},"b":{"%properties":{"c":1}},"d":{"%null":1}})"),
+              R"({"%properties":{"a":null,"b":null,"d":null}})");
+}
+
+TEST(JsonObjects, TheFirstOfEqualMembersCounts) {
+    EXPECT_EQ(error(R"({"code":1,"code":2,"msg":"m","msg":"n","namespace":"x","namespace":"y",)"
+                    R"("cause":{"%error":{"msg":"c"}},"cause":{"%error":{"msg":"d"}}})"),
+              R"({"%error":{"code":1,"msg":"m","namespace":"x","cause":{"%error":{"code":0,)"
+              R"("msg":"c"}}}})");
+    EXPECT_EQ(dtree(R"({"name":"r","name":"s","mr_uri":"/u","mr_uri":"/v",)"
+                    R"("props":{"%properties":{"a":1}},"props":{"%properties":{"b":1}}})"),
+              R"({"%dtree":{"name":"r","mr_uri":"/u","props":{"%properties":{"a":{"%int":1}}}}})");
+    EXPECT_EQ(nvlist(R"({"%nvlist":{"a":1,"a":2}})"),
+              R"({"%nvlist":{"a":{"%int":1},"a":{"%int":2}}})");
+}
+
+TEST(JsonObjects, NumbersAreCutToTheirWidth) {
+    EXPECT_EQ(error(R"({"code":4294967297,"msg":"m"})"), R"({"%error":{"code":1,"msg":"m"}})");
+    EXPECT_EQ(properties(R"({"a":4294967301,"b":-4294967301,"c":1e3})"),
+              R"({"%properties":{"a":{"%int":5},"b":{"%int":-5},"c":{"%int":1}}})");
+}
+
+TEST(JsonObjects, MembersOfAVlistWithoutAKeyAreItsValues) {
+    EXPECT_EQ(vlist(R"({"%vlist":{"a":1,"b":[2]}})"), R"({"%vlist":[{"%int":1},{"%int":[2]}]})");
+    EXPECT_EQ(vlist(R"({"%vlist":5})"), R"({"%vlist":[{"%int":5}]})");
+    EXPECT_EQ(nvlist(R"({"%nvlist":[1,{"%int":2}]})"), R"({"%nvlist":{}})");
+}
+
+// Without a tag the elements of an array are scalars of their own.
+TEST(JsonObjects, BareArraysAreNoLists) {
+    for (const char *text : {R"(["a"])", R"([])"}) {
+        EXPECT_EQ(nlist(text), "none");
+        EXPECT_EQ(vlist(text), "none");
+    }
+    ORUDoError *err = nullptr;
+    const std::string text = R"(["a","b"])";
+    EXPECT_EQ(oru_do_nlist_from_json(text.data(), size_of(text), &err), nullptr);
+    const oru::test::Error owned(err);
+    ASSERT_NE(err, nullptr);
+    EXPECT_EQ(oru_do_error_get_code(err), 9);
+}
+
+TEST(JsonObjects, ChildrenMayBeTaggedAndHaveParents) {
+    const std::string text =
+        R"({"name":"r","children":{"%dtree":[{"%dtree":{"name":"a","children":{"%dtree":[)"
+        R"({"name":"b"}]}}},1,{"%int":1},{"mr_uri":"/x"},{"name":"c"}]}})";
+    ORUDoDtree *tree = oru_do_dtree_from_json(text.data(), size_of(text), nullptr);
+    ASSERT_NE(tree, nullptr);
+    EXPECT_EQ(oru_do_dtree_get_child_count(tree), 2);
+    ORUDoDtree *a = oru_do_dtree_get_child(tree, 0);
+    EXPECT_EQ(oru_do_dtree_get_parent(a), tree);
+    EXPECT_EQ(oru_do_dtree_get_parent(oru_do_dtree_get_child(a, 0)), a);
+    EXPECT_EQ(oru_do_dtree_get_parent(oru_do_dtree_get_child(tree, 1)), tree);
+    EXPECT_EQ(oru_do_dtree_get_parent(tree), nullptr);
+    oru_do_dtree_deref(tree);
+}
+
+// A member that holds something already takes no list of children, nor does one of another name.
+TEST(JsonObjects, ChildrenNeedAMemberOfTheirOwn) {
+    EXPECT_EQ(dtree(R"({"name":"r","kids":{"%dtree":[{"name":"a"}]}})"),
+              R"({"%dtree":{"name":"r"}})");
+    EXPECT_EQ(dtree(R"({"name":"r","children":{"%int":1},"children":{"%dtree":[{"name":"a"}]}})"),
+              R"({"%dtree":{"name":"r"}})");
+    // A single node in its place gives its own children away.
+    EXPECT_EQ(dtree(R"({"name":"r","children":{"%dtree":{"name":"a","children":)"
+                    R"({"%dtree":[{"name":"b"}]}}}})"),
+              R"({"%dtree":{"name":"r","children":{"%dtree":[{"name":"b"}]}}})");
+}
+
+TEST(JsonObjects, NamesOfMembersAreWrittenAsTheyStand) {
+    EXPECT_EQ(nlist(R"({"%nlist":["a\"b"]})"), R"({"%nlist":["a"b"]})");
+    EXPECT_EQ(nvlist(R"({"%nvlist":{"a\"b":1}})"), R"({"%nvlist":{"a"b":{"%int":1}}})");
+    EXPECT_EQ(properties(R"({"a\"b":1})"), R"({"%properties":{"a"b":{"%int":1}}})");
+    EXPECT_EQ(prop_errs(R"({"a\"b":{"%error":{"msg":"m"}}})"),
+              R"({"%prop_errs":{"a"b":{"%error":{"code":0,"msg":"m"}}}})");
+    EXPECT_EQ(dtree(R"({"name":"a\"b","mr_uri":"/\"u"})"),
+              R"({"%dtree":{"name":"a\"b","mr_uri":"/"u"}})");
+}
+
+TEST(JsonObjects, ThreeStringsAreUnderTheTagOfTheirType) {
+    const std::string text = R"({"%vlist":["a","b","c"]})";
+    ORUDoVlist *list = oru_do_vlist_from_json(text.data(), size_of(text), nullptr);
+    const auto form = [list](uint32_t options) {
+        return written(
+            [=](ORUDoStrbuf *b) { return oru_do_vlist_to_json_opt(list, b, options, nullptr); });
+    };
+    EXPECT_EQ(form(0), R"({"%string":["a","b","c"]})");
+    EXPECT_EQ(form(2), R"({"%vlist":[{"%string":"a"},{"%string":"b"},{"%string":"c"}]})");
+    oru_do_vlist_deref(list);
+}
+
 }  // namespace
