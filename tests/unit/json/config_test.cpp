@@ -237,6 +237,72 @@ TEST(EventJson, TheFirstOfEqualKeysWins) {
     EXPECT_STREQ(oru_do_name_get_strname(oru_do_event_get_name(event.get())), "e");
 }
 
+TEST(EventJson, TheBeginningOfAKeyWillDo) {
+    const Event event = event_from(
+        R"({"n":"e","m":"/a","t":9223372036854775807,"s":4294967298,"i":{"%properties":{"n":5}}})");
+    ASSERT_NE(event, nullptr);
+    EXPECT_EQ(json_of(event.get()),
+              R"({"%event":{"name":"e","mr_uri":"/a","time":9223372036854775807,"sev":2,)"
+              R"("info":{"%properties":{"n":{"%int":5}}}}})");
+}
+
+TEST(EventJson, KeysOfAnotherTypeAreSkipped) {
+    const Event event = event_from(
+        R"({"name":1,"name":"e","mr_uri":{"%mr_uri":"/b"},"mr_uri":"/a","time":"1","time":1.5,)"
+        R"("sev":null,"info":{"n":1},"info":{"%properties":{"n":5}},"info":{"%properties":{"m":6}}})");
+    ASSERT_NE(event, nullptr);
+    EXPECT_EQ(json_of(event.get()), R"({"%event":{"name":"e","mr_uri":"/a","time":0,"sev":0,)"
+                                    R"("info":{"%properties":{"n":{"%int":5}}}}})");
+}
+
+TEST(EventJson, TextsStandAsTheyAre) {
+    const Event event(oru_do_event_new(Name(oru_do_name_new("a\"b")).get(),
+                                       Uri(oru_do_uri_new("/\"u")).get(), 1, 2, nullptr));
+    EXPECT_EQ(json_of(event.get()), R"({"%event":{"name":"a"b","mr_uri":"/"u","time":1,"sev":2}})");
+}
+
+// The code counts as it is when the operation is whole, which the properties make it mostly.
+TEST(ConfigOpsJson, MembersBehindTheOperationAreForTheNext) {
+    const std::string props = R"("props":{"%properties":{"n":5}})";
+    const std::string made = R"("props":{"%properties":{"n":{"%int":5}}})";
+    EXPECT_EQ(read_back(R"({"%config_ops":[{"mr_uri":"/a",)" + props + R"(,"op_code":2}]})"),
+              R"({"%config_ops":[{"mr_uri":"/a","op_code":-1,)" + made + "}]}");
+    EXPECT_EQ(
+        read_back(R"({"%config_ops":[{"op_code":0,"mr_uri":"/a",)" + props + R"(,"op_code":3}]})"),
+        R"({"%config_ops":[{"mr_uri":"/a","op_code":3,)" + made + "}]}");
+    EXPECT_EQ(read_back(R"({"%config_ops":[{"op_code":1,"mr_uri":"/a",)" + props +
+                        R"(,"mr_name":"m","mr_uri":"/b","lib_mr_name":"l"}]})"),
+              R"({"%config_ops":[{"mr_uri":"/a","op_code":1,)" + made +
+                  R"(},{"mr_uri":"/b","op_code":1,)" + made + R"(,"mr_name":"m"}]})");
+    // Each object of the array begins anew.
+    EXPECT_EQ(read_back(R"({"%config_ops":[{"op_code":4,)" + props + R"(,"mr_name":"m"},)" +
+                        R"({"mr_uri":"/b",)" + props + "}]}"),
+              R"({"%config_ops":[{"mr_uri":"/b","op_code":-1,)" + made + "}]}");
+}
+
+TEST(ConfigOpsJson, TheLastNameAndThePropertiesOfTheLastKeyCount) {
+    EXPECT_EQ(read_back(R"({"%config_ops":[{"op_code":1,"op_code":4294967298,"mr_name":"m",)"
+                        R"("mr_name":"n","props":{"%properties":{"a":1}},)"
+                        R"("props":{"%properties":{"b":2}},"mr_uri":"/a"}]})"),
+              R"({"%config_ops":[{"mr_uri":"/a","op_code":2,)"
+              R"("props":{"%properties":{"b":{"%int":2}}},"mr_name":"n"}]})");
+}
+
+TEST(ConfigOpsJson, OptionsGoToTheProperties) {
+    const Ops ops(oru_do_config_ops_new());
+    const Properties props(oru_do_properties_new());
+    ORUDoValue *secret = oru_do_value_new_string("s");
+    oru_do_value_set_typedef_name(secret, "PasswordString");
+    oru_do_properties_set_value(props.get(), "p", secret);
+    oru_do_value_deref(secret);
+    oru_do_config_ops_add(ops.get(), 1, nullptr, props.get(), nullptr, nullptr, nullptr);
+    EXPECT_EQ(json_of(ops.get(), ORU_JSON_OPT_HIDE_PASSWORDS),
+              R"({"%config_ops":[{"op_code":1,"props":{"%properties":)"
+              R"({"p":{"%string":"<removed>","%typedef":"PasswordString"}}}}]})");
+    EXPECT_EQ(json_of(ops.get(), ORU_JSON_OPT_HIDE_PASSWORDS | ORU_JSON_OPT_COMPACT),
+              R"({"%config_ops":[{"op_code":1,"props":{"p":"<removed>"}}]})");
+}
+
 TEST(ConfigJsonMemory, EveryAllocationMayFail) {
     oru::test::sweep_oom(
         [] {
