@@ -38,6 +38,7 @@ struct SortNode {
     ORUVtableSorter *sorter;
     ORUDoVlist *keys;
     ORUDoVtable *rows;
+    ORUDoValue *first_key;  // the first of `keys`, which most comparisons end with; null for none
 };
 
 // ---- Comparing ----
@@ -55,7 +56,7 @@ bool are_uris(ORUDoValue *a, ORUDoValue *b) {
 // Values that cannot be compared are a failure of the tree. The order of URIs is any number whose
 // sign counts, the one of that failure too.
 int32_t compare_values(ORUDoValue *a, ORUDoValue *b) {
-    const int32_t order = oru_do_value_compare(a, b);
+    const int32_t order = oru::order_values(*a, *b, true);
     if (order == 0)
         return BALANCED_TREE_EQUAL;
     if (order == kNotComparable && !are_uris(a, b))
@@ -91,6 +92,26 @@ int32_t compare_key(ORUDoValue *a, ORUDoValue *b, char direction) {
     return direction == 'd' && order != kComparisonFailed ? opposite(order) : order;
 }
 
+ORUDoValue *value_of(const ORUDoVlistItem *item) {
+    return item != nullptr ? item->value : nullptr;
+}
+
+// Those behind the first keys, which both lists have.
+int32_t compare_further_keys(const ORUVtableSorter &sorter, const ORUDoVlist *keys_a,
+                             const ORUDoVlist *keys_b) {
+    const ORUDoVlistItem *a = keys_a->first;
+    const ORUDoVlistItem *b = keys_b->first;
+    for (int32_t i = 1; i < sorter.key_count; ++i) {
+        // A list that has ended ends the comparison.
+        a = a->next;
+        b = b->next;
+        const int32_t order = compare_key(value_of(a), value_of(b), sorter.directions[i]);
+        if (order != BALANCED_TREE_EQUAL)
+            return order;
+    }
+    return BALANCED_TREE_EQUAL;
+}
+
 int32_t compare_nodes(const void *first, const void *second) {
     const auto &a = *static_cast<const SortNode *>(first);
     const auto &b = *static_cast<const SortNode *>(second);
@@ -102,13 +123,10 @@ int32_t compare_nodes(const void *first, const void *second) {
             return BALANCED_TREE_EQUAL;
         return a.keys == nullptr ? BALANCED_TREE_LESS : BALANCED_TREE_GREATER;
     }
-    for (int32_t i = 0; i < sorter->key_count; ++i) {
-        const int32_t order = compare_key(oru_do_vlist_get_value(a.keys, i),
-                                          oru_do_vlist_get_value(b.keys, i), sorter->directions[i]);
-        if (order != BALANCED_TREE_EQUAL)
-            return order;
-    }
-    return BALANCED_TREE_EQUAL;
+    if (sorter->key_count < 1)
+        return BALANCED_TREE_EQUAL;
+    const int32_t order = compare_key(a.first_key, b.first_key, sorter->directions[0]);
+    return order != BALANCED_TREE_EQUAL ? order : compare_further_keys(*sorter, a.keys, b.keys);
 }
 
 // ---- Filing ----
@@ -138,7 +156,7 @@ int32_t file_under_new_key(ORUVtableSorter &sorter, Ref<ORUDoVlist> keys, ORUDoV
     if (result != 0)
         return code_of(result);
     auto *node = static_cast<SortNode *>(object);
-    *node = {&sorter, keys.get(), rows.get()};
+    *node = {&sorter, keys.get(), rows.get(), value_of(keys->first)};
     result = balanced_tree_insert(sorter.tree, node, 0);
     if (result != 0) {
         balanced_tree_free_object(sorter.tree, node);
@@ -154,7 +172,7 @@ int32_t file_row(ORUVtableSorter &sorter, ORUDoVlist *row) {
     auto keys = keys_of(sorter, row);
     if (!keys)
         return ORU_RC_MALLOC;
-    const SortNode wanted{&sorter, keys.get(), nullptr};
+    const SortNode wanted{&sorter, keys.get(), nullptr, value_of(keys->first)};
     void *found = nullptr;
     switch (balanced_tree_search(sorter.tree, BALANCED_TREE_SEARCH_EXACT, &wanted, &found, 0)) {
         case 0:

@@ -111,6 +111,7 @@ struct NodeImage {
     ORUVtableSorter *sorter;
     ORUDoVlist *keys;
     ORUDoVtable *rows;
+    ORUDoValue *first_key;
 };
 
 Vlist row_of(const std::vector<int32_t> &numbers) {
@@ -134,9 +135,13 @@ class VtableSorterTree : public testing::Test {
     }
     SorterImage &image() { return *reinterpret_cast<SorterImage *>(sorter); }
     int32_t add(const Vlist &row) { return oru_vtable_sorter_add(sorter, row.get()); }
+    static NodeImage node(ORUVtableSorter *owner, const Vlist &keys) {
+        return {owner, keys.get(), nullptr,
+                keys != nullptr ? oru_do_vlist_get_value(keys.get(), 0) : nullptr};
+    }
     int32_t compare(const Vlist &a, const Vlist &b) {
-        const NodeImage first{sorter, a.get(), nullptr};
-        const NodeImage second{sorter, b.get(), nullptr};
+        const NodeImage first = node(sorter, a);
+        const NodeImage second = node(sorter, b);
         return tree_log.compare(&first, &second);
     }
 
@@ -227,8 +232,8 @@ TEST_F(VtableSorterTree, NodesWithoutASorterAreEqual) {
     make(1, nullptr);
     const Vlist one = row_of({1});
     const Vlist two = row_of({2});
-    const NodeImage lone{nullptr, one.get(), nullptr};
-    const NodeImage owned{sorter, two.get(), nullptr};
+    const NodeImage lone = node(nullptr, one);
+    const NodeImage owned = node(sorter, two);
     EXPECT_EQ(tree_log.compare(&lone, &lone), kEqual);
     EXPECT_EQ(tree_log.compare(&lone, &owned), kEqual);
     EXPECT_EQ(tree_log.compare(&owned, &lone), kEqual);
