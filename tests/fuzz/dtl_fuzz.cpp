@@ -71,6 +71,17 @@ Tree parse(const fuzz::Text &text) {
     return tree;
 }
 
+// Whatever comes of a document for which memory runs out at some place, it is freed as it is.
+void parse_without_memory(const fuzz::Text &text, uint64_t failing_allocation) {
+    ORUDoError *error = nullptr;
+    poolheap_fail_nth(failing_allocation, 0);
+    const Tree tree(oru_dtl_from_str(text.get(), &error));
+    poolheap_fail_off();
+    oru_do_error_deref(error);
+    if (tree && tree->first_child != nullptr)
+        rendered(tree.get(), 1);
+}
+
 // ---- The walk ----
 
 Nvlist new_params() {
@@ -124,6 +135,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
         CHECK(rendered(tree.get(), 1).size() > shown.size());
         CHECK(rendered(parse(text).get(), 0) == shown);
         walk(tree.get(), options);
+        parse_without_memory(text, options.failing_allocation());
     }
     CHECK(poolheap_live_blocks() == live);
     return 0;

@@ -29,6 +29,7 @@ struct Options {
     int canceling_call() const { return bytes[5]; }
     size_t most_values() const { return bytes[6] == 0 ? SIZE_MAX : bytes[6] % 8; }
     uint8_t seed() const { return bytes[7]; }
+    uint64_t failing_allocation() const { return 1 + bytes[7] * 4u + bytes[5] % 4u; }
 };
 
 // ---- Documents that end the process (dtl_limits.cpp) ----
