@@ -87,8 +87,8 @@ struct ORUDtlNode {
     ORUDtlNode *first_child;
 };
 
-/* What a node that addresses a managed resource reads there. Each part may be null but for
-   `prop_meta_list` of a known resource. */
+/* What a node that addresses a managed resource reads there. Each part may be null;
+   `prop_meta_list` of a known resource is when memory ran out for it. */
 struct ORUDtlMrInfo {
     ORUDoUri *uri;                     /* the address, as the document gives it */
     ORUDoMrMeta *mr_meta;              /* description of the resource */
@@ -161,8 +161,8 @@ ORU_API ORUDtlNode *oru_dtl_tree_add_child_w_strname_type(ORUDtlNode *parent, co
 
 /*
  * Gives the node a new `mr_info` in place of what it had, with references to both arguments, which
- * may be null, and with all properties of `mr_meta`. `type` stays. The result is lent; null when
- * memory runs out.
+ * may be null, and with all properties of `mr_meta`, or without a list of them when memory runs out
+ * for it. `type` stays. The result is lent; null when memory runs out for the record.
  */
 ORU_API ORUDtlMrInfo *oru_dtl_tree_init_mr_info(ORUDtlNode *dtl_node, ORUDoUri *uri,
                                                 ORUDoMrMeta *mr_meta);
@@ -290,10 +290,12 @@ ORU_API int32_t oru_dtl_tree_to_xml(ORUDtlNode *node, uint8_t format, ORUDoStrbu
 /* ---- Reading documents ----
  * The tree, which may be incomplete when an error comes along with it; the caller owns both. Null
  * for a document that cannot be had or is no XML, or that declares entities of its own: 10001.
+ * 10001 "Failed to allocate DTL Node" where memory ran out for a node or for what it addresses,
  * 10000 "Max Level Exceeded" for elements 16 levels below the root, and "Invalid action name".
  * What else is wrong sits as an error on the node that it concerns. `errp` is written only when
  * there is an error. The caller holds the lock of the metadata store. Both assert their arguments
- * by name. */
+ * by name. Addresses have the limits of oru/uri.h: a longer name, or more segments, ends the
+ * process. */
 
 /* From a file. "Failed to open DTL file '%s': %s" and "Failed to read DTL file %s" at level 3. */
 ORU_API ORUDtlNode *oru_dtl_from_file(const char *dtl_filename, ORUDoError **errp);

@@ -200,6 +200,22 @@ TEST_F(DtlParser, AnElementWhoseAddressIsBrokenIsLeftOut) {
     EXPECT_EQ(error, nullptr);
 }
 
+// An address that has no room is a fault of whoever writes it, wherever it is read.
+TEST_F(DtlParser, AnAddressWithoutRoomEndsTheProcess) {
+    const auto read = [](const std::string &address) {
+        ORUDoError *raised = nullptr;
+        const std::string text = "<r><a uri='" + address + "' mr='net/Box'/></r>";
+        oru_dtl_tree_delete(oru_dtl_from_str(text.c_str(), &raised));
+    };
+    const std::string name = "/" + std::string(64, 'n');
+    EXPECT_FATAL(read(name), "Not enough room for ref-name 64 64 " + name);
+    const std::string eleven = "/a/b/c/d/e/f/g/h/i/j/k";
+    EXPECT_FATAL(read(eleven),
+                 "Insufficient URI MAX segments: '" + eleven + "'Increase URI_MAX_SEGMENTS 11/10");
+    read(name.substr(0, 64));
+    read(eleven.substr(0, 20));
+}
+
 TEST_F(DtlParser, AnElementWithoutItsResourceShowsAnError) {
     EXPECT_EQ(below("<a uri='/a' mr='net/None'><c/></a><d uri='/d'/>"),
               "a container traverse !102 Unknown MR: net/None\n(c container traverse); d container "
