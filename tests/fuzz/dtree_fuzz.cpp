@@ -13,16 +13,7 @@
 namespace {
 
 using fuzz::children_of;
-using fuzz::name_of;
 using fuzz::Tree;
-using Names = std::vector<std::string>;
-
-Names names_of(const std::vector<ORUDoDtree *> &nodes) {
-    Names names;
-    for (ORUDoDtree *node : nodes)
-        names.emplace_back(name_of(node));
-    return names;
-}
 
 // ---- Hiding ----
 
@@ -68,76 +59,22 @@ void check_rows(const Tree &tree) {
     oru_do_rows_properties_deref(rows);
 }
 
-// ---- Flattening ----
+// ---- Moving ----
 
-// A node and what would become of its name. Those that somebody holds stay where they are.
-struct Piece {
-    ORUDoDtree *node;
-    std::string name;
-};
-
-bool is_held(const Tree &tree, ORUDoDtree *node) {
-    return std::any_of(tree.held.begin(), tree.held.end(),
-                       [node](const fuzz::Node &held) { return held.get() == node; });
-}
-
-// The names that take the place of a child: a node with children is replaced by them, at the end.
-Names flattened(const Tree &tree, ORUDoDtree *child, bool joins) {
-    std::vector<Piece> pieces{{child, name_of(child)}};
-    for (size_t i = 0; i < pieces.size();) {
-        const Piece piece = pieces[i];
-        const auto children = children_of(piece.node);
-        if (children.empty() || is_held(tree, piece.node)) {
-            ++i;
-            continue;
-        }
-        pieces.erase(pieces.begin() + static_cast<std::ptrdiff_t>(i));
-        for (ORUDoDtree *inner : children)
-            pieces.push_back({inner, (joins ? piece.name + "." : "") + name_of(inner)});
-    }
-    Names names;
-    for (const Piece &piece : pieces)
-        names.push_back(piece.name);
-    return names;
-}
-
-bool lacks_value(ORUDoDtree *node) {
-    ORUDoProperties *props = oru_do_dtree_get_properties(node);
-    if (props == nullptr)
-        return false;
-    ORUDoIter iter;
-    oru_do_properties_iter(props, &iter);
-    while (ORUDoProperty *entry = oru_do_properties_get_next(&iter)) {
-        if (oru_do_property_get_value(entry) == nullptr)
-            return true;
-    }
-    return false;
-}
-
-// Properties that are handed down must have values: the others are asserted.
-bool may_flatten(const Tree &tree) {
-    return std::none_of(tree.nodes.begin(), tree.nodes.end(), [](ORUDoDtree *node) {
-        return oru_do_dtree_get_child_count(node) > 0 && lacks_value(node);
-    });
-}
-
-// Parents of moved nodes may be gone, so nothing looks up from here on.
-void check_flattening(const Tree &tree, size_t which, uint32_t flags) {
+// A node that has a sibling behind it is not taken, and the error of the would-be parent says so.
+void check_adoption(const Tree &tree) {
     ORUDoDtree *root = tree.root.get();
     const auto children = children_of(root);
-    if (which >= children.size()) {
-        CHECK(oru_do_dtree_flatten(root, root, flags) == nullptr);
+    if (children.size() < 2)
         return;
-    }
-    const Names before = names_of(children);
-    const Names pieces = flattened(tree, children[which], (flags & 1u) != 0);
-    Names expected(before.begin(), before.begin() + static_cast<std::ptrdiff_t>(which));
-    expected.insert(expected.end(), pieces.begin(), pieces.end());
-    expected.insert(expected.end(), before.begin() + static_cast<std::ptrdiff_t>(which) + 1,
-                    before.end());
-    oru_do_dtree_flatten(root, children[which], flags);
-    CHECK(names_of(children_of(root)) == expected);
-    CHECK(fuzz::json_of(root).find("\"name\":\"root\"") != std::string::npos);
+    const fuzz::Node other(oru_do_dtree_new_str("other"));
+    CHECK(oru_do_dtree_adopt_child(other.get(), children.front()) == nullptr);
+    CHECK(oru_do_error_get_code(oru_do_dtree_get_error(other.get())) == 10000);
+    CHECK(children_of(other.get()).empty() && children_of(root) == children);
+    oru_do_dtree_transfer_children(other.get(), root);
+    CHECK(children_of(other.get()) == children && children_of(root).empty());
+    oru_do_dtree_transfer_children(root, other.get());
+    CHECK(children_of(other.get()).empty() && children_of(root) == children);
 }
 
 // Releases the children in front of one.
@@ -173,11 +110,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
         fuzz::check_addresses(tree, fuzz::until_zero(lines[2]));
         fuzz::check_forms(tree);
         check_hiding(tree, number(0));
+        check_adoption(tree);
         check_rows(tree);
-        if (number(1) < 8 && may_flatten(tree)) {
-            check_flattening(tree, number(0), number(1));
-        } else {
+        if (number(1) < 8) {
             check_removal(tree, number(0));
+        } else {
+            fuzz::check_flattening(tree, number(0), number(1));
         }
     }
     CHECK(poolheap_live_blocks() == blocks);

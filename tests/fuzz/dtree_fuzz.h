@@ -52,6 +52,9 @@ void check_paths(const Tree &tree, const std::string &path);
 void check_addresses(const Tree &tree, const std::string &query);
 void check_forms(const Tree &tree);
 
+// Flattens a child, all of them or a document; what is left is only to be walked down.
+void check_flattening(const Tree &tree, size_t which, uint32_t how);
+
 }  // namespace fuzz
 
 #endif
