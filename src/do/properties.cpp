@@ -92,13 +92,18 @@ ORUDoProperty *oru::properties_find(const ORUDoProperties &properties, const cha
 void oru::properties_append(ORUDoProperties &properties, ORUDoName *name, ORUDoValue *value) {
     ORU_REQUIRE(name);
     ORU_REQUIRE_AS(value, "val");
+    properties_hand_over(properties, Ref<ORUDoName>::share(name), Ref<ORUDoValue>::share(value));
+}
+
+bool oru::properties_hand_over(ORUDoProperties &properties, Ref<ORUDoName> name,
+                               Ref<ORUDoValue> value) {
     auto *entry = make_element<ORUDoProperty>();
     if (entry == nullptr) {
         ORU_TRACE(Level::failure, "Failed to add property: %s\n", name->str);
-        return;
+        return false;
     }
-    entry->name = ref(name);
-    entry->value = ref(value);
+    entry->name = name.release();
+    entry->value = value.release();
     entry->ref_count = 1;
     if (properties.hash_table == nullptr &&
         properties.count >= properties_settings.max_size_before_hash_table)
@@ -107,7 +112,8 @@ void oru::properties_append(ORUDoProperties &properties, ORUDoName *name, ORUDoV
     if (properties.hash_table != nullptr)
         properties_index_add(properties, *entry);
     ORU_TRACE(Level::detail, "oru props %p added item name: %s", static_cast<void *>(&properties),
-              name->str);
+              entry->name->str);
+    return true;
 }
 
 void oru::properties_set(ORUDoProperties &properties, const char *name, ORUDoValue *value) {

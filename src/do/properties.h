@@ -43,6 +43,9 @@ ORUDoProperty *properties_find(const ORUDoProperties &properties, const char *na
 // looked for, but once there is an index a name that is there already is fatal.
 void properties_append(ORUDoProperties &properties, ORUDoName *name, ORUDoValue *value);
 
+// The same with references that the caller gives away. False when memory runs out.
+bool properties_hand_over(ORUDoProperties &properties, Ref<ORUDoName> name, Ref<ORUDoValue> value);
+
 // Replaces the value of the entry of that name, which a null value leaves as it is, or appends an
 // entry with a name of its own. A name that cannot be had drops the value.
 void properties_set(ORUDoProperties &properties, const char *name, ORUDoValue *value);

@@ -32,13 +32,25 @@ void oru::ObjectType<ORUDoVlistItem>::release_members(ORUDoVlistItem &self) {
     deref(self.value);
 }
 
-ORUDoVlistItem *oru::make_vlist_item(ORUDoValue *value) {
-    Item *item = value != nullptr ? make_element<Item>() : nullptr;
+namespace {
+
+Item *make_item(oru::Ref<ORUDoValue> value) {
+    Item *item = value ? oru::make_element<Item>() : nullptr;
     if (item == nullptr)
         return nullptr;
-    item->value = ref(value);
+    item->value = value.release();
     item->ref_count = 1;
     return item;
+}
+
+}  // namespace
+
+ORUDoVlistItem *oru::make_vlist_item(ORUDoValue *value) {
+    return make_item(Ref<ORUDoValue>::share(value));
+}
+
+int32_t oru::vlist_hand_over(ORUDoVlist &vlist, Ref<ORUDoValue> value) {
+    return append(vlist, make_item(std::move(value)));
 }
 
 ORUDoVlist *oru_do_vlist_clone(ORUDoVlist *vlist) {

@@ -37,6 +37,10 @@ namespace oru {
 // An item that is in no list yet. Null for a null value and when memory runs out.
 ORUDoVlistItem *make_vlist_item(ORUDoValue *value);
 
+// Appends a value with the reference that the caller gives away, if there is one. The result of all
+// adders: the new length, or -1.
+int32_t vlist_hand_over(ORUDoVlist &vlist, Ref<ORUDoValue> value);
+
 }  // namespace oru
 
 #endif

@@ -8,6 +8,7 @@
 #include "do/vtable.h"
 #include "frame/require.h"
 #include "frame/text.h"
+#include "json/read_names.h"
 #include "json/yajl_memory.h"
 #include "oru/config_op.h"
 #include "oru/constraint.h"
@@ -31,11 +32,33 @@ constexpr size_t largest(size_t a, size_t b, size_t c) {
     return a > b ? (a > c ? a : c) : (b > c ? b : c);
 }
 
+constexpr int32_t kMostSpare = 32;
+
 // A zeroed record, or null.
 template <class Record>
-Record *make_record() {
-    void *block = pool.take();
-    return block != nullptr ? ::new (block) Record{} : nullptr;
+Record *make_record(Reader &reader) {
+    void *block = reader.spare;
+    if (block != nullptr) {
+        reader.spare = reader.spare->next;
+        --reader.spare_count;
+    } else if ((block = pool.take()) == nullptr) {
+        return nullptr;
+    }
+    return ::new (block) Record{};
+}
+
+void give_record(Reader &reader, void *record) {
+    if (reader.spare_count == kMostSpare) {
+        pool.give(record);
+        return;
+    }
+    reader.spare = ::new (record) SpareRecord{reader.spare};
+    ++reader.spare_count;
+}
+
+void give_spare_records(Reader &reader) {
+    while (reader.spare != nullptr)
+        pool.give(std::exchange(reader.spare, reader.spare->next));
 }
 
 // What cannot be made leaves the error that there was.
@@ -91,40 +114,41 @@ void show_unknown(Reader &reader) {
     fail_unknown(&reader.data, {reader.unknown_from, size});
 }
 
-void free_items(Item *item) {
+void free_items(Reader &reader, Item *item) {
     while (item != nullptr) {
         Item *next = item->next;
-        drop_object(*item);
+        if (item->obj != nullptr)
+            drop_object(*item);
         if (item->owns_key)
             ph_free_named(const_cast<char *>(item->key));
         if (item->owns_text)
             ph_free_named(const_cast<char *>(item->scalar.text));
-        pool.give(item);
+        give_record(reader, item);
         item = next;
     }
 }
 
-Element *make_element(Element *parent) {
-    auto *element = make_record<Element>();
+Element *make_element(Reader &reader) {
+    auto *element = make_record<Element>(reader);
     if (element == nullptr)
         return nullptr;
     element->depth = 1;
-    element->parent = parent;
+    element->parent = reader.data.top;
     return element;
 }
 
-void free_element(Element *element) {
-    free_items(element->items);
-    free_items(element->tag_items);
+void free_element(Reader &reader, Element *element) {
+    free_items(reader, element->items);
+    free_items(reader, element->tag_items);
     if (element->obj != nullptr)
         oru_do_json_free_obj(element->type_info->type_code, element->obj);
     if (element->owns_tag)
         ph_free_named(const_cast<char *>(element->tag));
-    pool.give(element);
+    give_record(reader, element);
 }
 
-Item *append_item(Item *&first, Item *&last) {
-    auto *item = make_record<Item>();
+Item *append_item(Reader &reader, Item *&first, Item *&last) {
+    auto *item = make_record<Item>(reader);
     if (item == nullptr)
         return nullptr;
     item->key_len = -1;
@@ -158,6 +182,10 @@ std::string_view text_of(const Item &item) {
     return {item.scalar.text, static_cast<size_t>(item.scalar_len)};
 }
 
+std::string_view key_of(const Item &item) {
+    return {item.key, static_cast<size_t>(item.key_len)};
+}
+
 }  // namespace oru::json
 
 using oru::json::Reader;
@@ -170,9 +198,10 @@ ORUDoJsonCtxData *oru_do_json_parse_allow_expr(
     const char *text, int32_t length, int64_t expected,
     ORUDoValue *(*resolve_fn)(void *user, const char *text, ORUDoValue *default_value),
     void (*set_fn)(void *user, const char *text, ORUDoValue *value), void *user) {
-    auto *reader = oru::json::make_record<Reader>();
-    if (reader == nullptr)
+    void *block = oru::json::pool.take();
+    if (block == nullptr)
         return nullptr;
+    auto *reader = ::new (block) Reader{};
     reader->data.expected = expected;
     reader->data.resolve_fn = resolve_fn;
     reader->data.set_fn = set_fn;
@@ -182,12 +211,15 @@ ORUDoJsonCtxData *oru_do_json_parse_allow_expr(
     reader->begin = text;
     reader->end = text + length;
 
+    oru::json::NameCache names;
+    reader->names = &names;
     oru::json::YajlMemory memory;
     auto work = [&] { oru::json::run_yajl(memory, *reader, {text, static_cast<size_t>(length)}); };
     if (!memory.run(work))
         oru::json::fail_memory(&reader->data);
     oru::json::show_unknown(*reader);
     oru::Text(std::exchange(reader->shown, nullptr));
+    reader->names = nullptr;
     return &reader->data;
 }
 
@@ -201,8 +233,10 @@ void oru_do_json_ctx_data_set_err(ORUDoJsonCtxData *ctx, int32_t code, const cha
 void oru_do_json_delete_ctx_data(ORUDoJsonCtxData *ctx) {
     if (ctx == nullptr)
         return;
+    Reader &reader = oru::json::reader_of(ctx);
     while (ctx->top != nullptr)
-        oru::json::free_element(std::exchange(ctx->top, ctx->top->parent));
+        oru::json::free_element(reader, std::exchange(ctx->top, ctx->top->parent));
+    oru::json::give_spare_records(reader);
     oru_do_error_deref(ctx->err);
     oru_do_json_free_obj(ctx->completed_type, ctx->completed_obj);
     oru::json::pool.give(ctx);

@@ -35,9 +35,20 @@ struct Item {
     bool owns_text;
 };
 
+class NameCache;
+
+// A record that was given back. They come and go with every member of an object, so a parse keeps a
+// few for itself.
+struct SpareRecord {
+    SpareRecord *next;
+};
+
 // What one text needs beyond the public record, which comes first.
 struct Reader {
     ORUDoJsonCtxData data;
+    NameCache *names;    // while the text is read
+    SpareRecord *spare;  // records for those that are made next
+    int32_t spare_count;
     const char *begin;
     const char *end;
     int32_t nesting;           // open brackets, those that are skipped not counted
@@ -45,6 +56,10 @@ struct Reader {
     char *shown;               // a copy of the text for messages, made for the first of them
     const char *unknown_from;  // what the error of an unknown type shows, to the end of the text
 };
+
+inline Reader &reader_of(ORUDoJsonCtxData *ctx) {
+    return *reinterpret_cast<Reader *>(ctx);
+}
 
 // Texts from outside nest no deeper, so that what is made of them can be walked on the call stack.
 inline constexpr int32_t kMaxNesting = 1000;
@@ -93,12 +108,13 @@ void show_unknown(Reader &reader);
 
 // ---- Elements and items ----
 
-Element *make_element(Element *parent);
-void free_element(Element *element);
-void free_items(Item *first);
+// A new element on those that there are, or null.
+Element *make_element(Reader &reader);
+void free_element(Reader &reader, Element *element);
+void free_items(Reader &reader, Item *first);
 
 // A new item at the end of a list, or null.
-Item *append_item(Item *&first, Item *&last);
+Item *append_item(Reader &reader, Item *&first, Item *&last);
 
 // Releases the completed object of an item, if it has one.
 void drop_object(Item &item);
@@ -109,13 +125,18 @@ const Item *find_item(const Element &element, const char *key, int64_t type,
                       const char *sooner = nullptr);
 bool has_key(const Item &item, const char *key);
 
-// The text of a text item.
+// The text of a text item, and the key of one that has one.
 std::string_view text_of(const Item &item);
+std::string_view key_of(const Item &item);
 
 // ---- Values ----
 
 // What an item is as a value, with a new reference; null when memory runs out.
 ORUDoValue *item_to_value(const Item &item);
+
+// The same of an item of an element that is being completed. An element that goes after that gives
+// up its values; the one at the top level stays, and may be completed again.
+Ref<ORUDoValue> take_value(const Element &element, Item &item);
 
 // ---- Deserialisers ----
 // The completed object, which belongs to the caller, or null.

@@ -20,7 +20,7 @@ void add_key(Reader &reader, Element &element, Kept key, size_t size, bool tagge
     Item *&first = tagged ? element.tag_items : element.items;
     Item *&last = tagged ? element.tag_items_tail : element.items_tail;
     Item *before = last;
-    Item *item = append_item(first, last);
+    Item *item = append_item(reader, first, last);
     element.pending = item;
     element.before_pending = before;
     if (item == nullptr) {
@@ -85,10 +85,6 @@ bool open_own_array(Reader &reader, Element &top) {
 
 // ---- yajl's callbacks ----
 
-Reader &reader_of(void *context) {
-    return *static_cast<Reader *>(context);
-}
-
 // Whether a scalar is passed over: it stands in a part that is skipped.
 bool passes_over(const Reader &reader) {
     const Element *top = reader.data.top;
@@ -96,35 +92,35 @@ bool passes_over(const Reader &reader) {
 }
 
 int on_null(void *context) {
-    Reader &reader = reader_of(context);
+    Reader &reader = *static_cast<Reader *>(context);
     if (!passes_over(reader))
         give_null(reader);
     return 1;
 }
 
 int on_boolean(void *context, int value) {
-    Reader &reader = reader_of(context);
+    Reader &reader = *static_cast<Reader *>(context);
     if (!passes_over(reader))
         give_boolean(reader, value != 0);
     return 1;
 }
 
 int on_number(void *context, const char *digits, size_t size) {
-    Reader &reader = reader_of(context);
+    Reader &reader = *static_cast<Reader *>(context);
     if (!passes_over(reader))
         give_number(reader, {digits, size});
     return 1;
 }
 
 int on_string(void *context, const unsigned char *bytes, size_t size) {
-    Reader &reader = reader_of(context);
+    Reader &reader = *static_cast<Reader *>(context);
     if (!passes_over(reader))
         give_text(reader, bytes, size);
     return 1;
 }
 
 int on_map_key(void *context, const unsigned char *bytes, size_t size) {
-    Reader &reader = reader_of(context);
+    Reader &reader = *static_cast<Reader *>(context);
     Element *top = reader.data.top;
     if (reader.skipped > 0 || top == nullptr || top->unknown != 0)
         return 1;
@@ -145,7 +141,7 @@ int on_map_key(void *context, const unsigned char *bytes, size_t size) {
 }
 
 int on_start_map(void *context) {
-    Reader &reader = reader_of(context);
+    Reader &reader = *static_cast<Reader *>(context);
     if (!enter(reader))
         return 1;
     Element *top = reader.data.top;
@@ -161,7 +157,7 @@ int on_start_map(void *context) {
 }
 
 int on_start_array(void *context) {
-    Reader &reader = reader_of(context);
+    Reader &reader = *static_cast<Reader *>(context);
     if (!enter(reader))
         return 1;
     Element *top = reader.data.top;
@@ -178,7 +174,7 @@ int on_start_array(void *context) {
 }
 
 int on_end(void *context) {
-    Reader &reader = reader_of(context);
+    Reader &reader = *static_cast<Reader *>(context);
     if (reader.skipped > 0) {
         --reader.skipped;
         return 1;

@@ -11,7 +11,7 @@
 #include "do/value.h"
 #include "do/vlist.h"
 #include "do/vtable.h"
-#include "json/read.h"
+#include "json/read_names.h"
 #include "oru/nlist.h"
 #include "oru/nvlist.h"
 #include "oru/properties_list.h"
@@ -20,20 +20,14 @@
 namespace oru::json {
 namespace {
 
-Ref<ORUDoName> name_of(const char *text, int32_t length) {
-    return Ref<ORUDoName>::adopt(oru_do_name_new_l(text, length));
-}
-
 // A member that finds no memory is left out, with the failure in the context.
-void set_property(ORUDoJsonCtxData *ctx, ORUDoProperties *props, const Item &item) {
-    const auto name = name_of(item.key, item.key_len);
-    if (name && oru_do_properties_get_prop_n(props, name.get()) != nullptr)
+void set_property(ORUDoJsonCtxData *ctx, ORUDoProperties *props, const Element &element,
+                  Item &item) {
+    auto name = read_name(ctx, item.key, item.key_len);
+    if (name && properties_find(*props, name->str) != nullptr)
         return;  // the first occurrence wins
-    const auto value = Ref<ORUDoValue>::adopt(name ? item_to_value(item) : nullptr);
-    const int32_t before = oru_do_properties_get_len(props);
-    if (value)
-        oru_do_properties_set_value_n(props, name.get(), value.get());
-    if (oru_do_properties_get_len(props) == before)
+    auto value = name ? take_value(element, item) : Ref<ORUDoValue>();
+    if (!value || !properties_hand_over(*props, std::move(name), std::move(value)))
         fail_memory(ctx);
 }
 
@@ -134,10 +128,10 @@ void *properties_deser(ORUDoJsonCtxData *ctx, Element *element) {
     if (!is_complete(ctx, element, kExactly, kTypeProperties))
         return nullptr;
     auto props = Ref<ORUDoProperties>::adopt(oru_do_properties_new());
-    for (const Item *item = element->items; props && item != nullptr; item = item->next) {
+    for (Item *item = element->items; props && item != nullptr; item = item->next) {
         if (item->key == nullptr)
             break;
-        set_property(ctx, props.get(), *item);
+        set_property(ctx, props.get(), *element, *item);
     }
     return finished(ctx, std::move(props));
 }
@@ -161,7 +155,7 @@ void *nlist_deser(ORUDoJsonCtxData *ctx, Element *element) {
     for (const Item *item = element->items; list && item != nullptr; item = item->next) {
         if (item->type != kText)
             continue;
-        const auto name = name_of(item->scalar.text, item->scalar_len);
+        const auto name = read_name(ctx, item->scalar.text, item->scalar_len);
         if (!name || oru_do_nlist_add(list.get(), name.get()) < 0)
             list = Ref<ORUDoNlist>();
     }
@@ -172,11 +166,10 @@ void *nvlist_deser(ORUDoJsonCtxData *ctx, Element *element) {
     if (!is_complete(ctx, element, kExactly, kTypeNvlist))
         return nullptr;
     auto list = Ref<ORUDoNvlist>::adopt(oru_do_nvlist_new());
-    for (const Item *item = element->items; list && item != nullptr; item = item->next) {
+    for (Item *item = element->items; list && item != nullptr; item = item->next) {
         if (item->key == nullptr)
             continue;
-        const auto value = Ref<ORUDoValue>::adopt(item_to_value(*item));
-        if (!value || oru_do_nvlist_add_l(list.get(), item->key, item->key_len, value.get()) < 0)
+        if (nvlist_hand_over(*list, key_of(*item), take_value(*element, *item).release()) < 0)
             fail_memory(ctx);
     }
     return finished(ctx, std::move(list));
@@ -188,9 +181,8 @@ void *vlist_deser(ORUDoJsonCtxData *ctx, Element *element) {
     if (!is_complete(ctx, element, kExactly, kTypeVlist))
         return nullptr;
     auto list = Ref<ORUDoVlist>::adopt(oru_do_vlist_new());
-    for (const Item *item = element->items; list && item != nullptr; item = item->next) {
-        const auto value = Ref<ORUDoValue>::adopt(item_to_value(*item));
-        if (!value || oru_do_vlist_add(list.get(), value.get()) < 0)
+    for (Item *item = element->items; list && item != nullptr; item = item->next) {
+        if (vlist_hand_over(*list, take_value(*element, *item)) < 0)
             fail_memory(ctx);
     }
     const Element *parent = element->parent;
@@ -239,7 +231,7 @@ void *prop_errs_deser(ORUDoJsonCtxData *ctx, Element *element) {
     for (const Item *item = element->items; prop_errs && item != nullptr; item = item->next) {
         if (item->key == nullptr || item->type != kTypeError)
             continue;
-        const auto name = name_of(item->key, item->key_len);
+        const auto name = read_name(ctx, item->key, item->key_len);
         if (name && oru_do_prop_errs_get_err(prop_errs.get(), name.get()) != nullptr)
             continue;  // the first occurrence wins
         if (name)
@@ -262,7 +254,7 @@ void *dtree_deser(ORUDoJsonCtxData *ctx, Element *element) {
     const Item *name = find_item(*element, "name", kText);
     if (name == nullptr)
         return nullptr;
-    const auto object = name_of(name->scalar.text, name->scalar_len);
+    const auto object = read_name(ctx, name->scalar.text, name->scalar_len);
     auto node = Ref<ORUDoDtree>::adopt(object ? oru_do_dtree_new(object.get()) : nullptr);
     if (node)
         fill_node(ctx, node.get(), *element, name);

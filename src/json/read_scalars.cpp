@@ -1,6 +1,7 @@
 // Scalars: texts, numbers and the elements that take them.
 #include <cerrno>
 #include <charconv>
+#include <cmath>
 #include <cstdlib>
 #include <cstring>
 
@@ -19,7 +20,8 @@ struct Scalar {
 };
 
 void fill(Item &item, const Scalar &scalar) {
-    drop_object(item);
+    if (item.obj != nullptr)
+        drop_object(item);
     item.type = scalar.type;
     if (scalar.type == kText) {
         item.scalar.text = scalar.text.data();
@@ -35,7 +37,7 @@ void fill(Item &item, const Scalar &scalar) {
 Item *take(Reader &reader, Element &element, const Scalar &scalar) {
     Item *item = std::exchange(element.pending, nullptr);
     if (item == nullptr)
-        item = append_item(element.items, element.items_tail);
+        item = append_item(reader, element.items, element.items_tail);
     if (item == nullptr) {
         fail_memory(&reader.data);
         return nullptr;
@@ -84,7 +86,8 @@ bool read_integer(std::string_view text, int64_t &number) {
     return good;
 }
 
-bool read_real(Reader &reader, std::string_view text, double &number) {
+// As the C library reads it, which takes numbers for out of range that are too small to be exact.
+bool read_rare_real(Reader &reader, std::string_view text, double &number) {
     constexpr size_t kUsualSize = 128;
     char usual[kUsualSize];
     Text longer;
@@ -103,6 +106,12 @@ bool read_real(Reader &reader, std::string_view text, double &number) {
     errno = 0;
     number = std::strtod(copy, nullptr);
     return errno != ERANGE;
+}
+
+bool read_real(Reader &reader, std::string_view text, double &number) {
+    const auto result = std::from_chars(text.data(), text.data() + text.size(), number);
+    const bool usual = result.ec == std::errc() && (number == 0 || std::isnormal(number));
+    return usual || read_rare_real(reader, text, number);
 }
 
 }  // namespace

@@ -82,7 +82,7 @@ void resolve(Reader &reader, Element &element) {
 // ---- Push and pop ----
 
 bool push(Reader &reader) {
-    Element *element = make_element(reader.data.top);
+    Element *element = make_element(reader);
     if (element == nullptr) {
         fail_memory(&reader.data);
         return false;
@@ -94,13 +94,13 @@ bool push(Reader &reader) {
 void pop_to_parent(Reader &reader) {
     Element *element = reader.data.top;
     reader.data.top = element->parent;
-    free_element(element);
+    free_element(reader, element);
 }
 
 namespace {
 
 // Takes the member that waits out of its object: its value is of no known type.
-void leave_out_pending(Element &element) {
+void leave_out_pending(Reader &reader, Element &element) {
     Item *item = std::exchange(element.pending, nullptr);
     if (item == nullptr)
         return;
@@ -109,13 +109,18 @@ void leave_out_pending(Element &element) {
     Item *&last = tagged ? element.tag_items_tail : element.items_tail;
     last = element.before_pending;
     (last != nullptr ? last->next : first) = nullptr;
-    free_items(item);
+    free_items(reader, item);
 }
 
 void give_to_parent(Reader &reader, Element &parent, int64_t type, void *object) {
     Item *item = parent.pending;
+    if (item == nullptr && parent.type_info != nullptr &&
+        parent.type_info->type_code == kTypeVtable) {
+        oru_do_json_free_obj(type, object);  // rows are in the table already
+        return;
+    }
     if (item == nullptr)
-        item = append_item(parent.items, parent.items_tail);
+        item = append_item(reader, parent.items, parent.items_tail);
     if (item == nullptr) {
         fail_memory(&reader.data);
         ORU_TRACE(Level::failure, "error: parent does not take completed obj %p", object);
@@ -147,7 +152,7 @@ void pop_unresolved(Reader &reader, Element &element) {
               rest_of_input(reader, element));
     if (element.parent == nullptr)
         return;
-    leave_out_pending(*element.parent);
+    leave_out_pending(reader, *element.parent);
     pop_to_parent(reader);
 }
 

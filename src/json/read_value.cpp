@@ -16,16 +16,10 @@
 namespace oru::json {
 namespace {
 
-// The list gets the value, if there is one. False when memory ran out.
-bool add_value(ORUDoVlist *list, ORUDoValue *value) {
-    const auto owned = Ref<ORUDoValue>::adopt(value);
-    return owned && oru_do_vlist_add(list, value) >= 0;
-}
-
 Ref<ORUDoVlist> list_of_items(const Element &element) {
     auto list = Ref<ORUDoVlist>::adopt(oru_do_vlist_new());
-    for (const Item *item = element.items; list && item != nullptr; item = item->next) {
-        if (!add_value(list.get(), item_to_value(*item)))
+    for (Item *item = element.items; list && item != nullptr; item = item->next) {
+        if (vlist_hand_over(*list, take_value(element, *item)) < 0)
             list = Ref<ORUDoVlist>();
     }
     return list;
@@ -34,11 +28,10 @@ Ref<ORUDoVlist> list_of_items(const Element &element) {
 // Items without a key are dropped.
 Ref<ORUDoNvlist> named_items(const Element &element) {
     auto list = Ref<ORUDoNvlist>::adopt(oru_do_nvlist_new());
-    for (const Item *item = element.items; list && item != nullptr; item = item->next) {
+    for (Item *item = element.items; list && item != nullptr; item = item->next) {
         if (item->key == nullptr)
             continue;
-        const auto value = Ref<ORUDoValue>::adopt(item_to_value(*item));
-        if (!value || oru_do_nvlist_add_l(list.get(), item->key, item->key_len, value.get()) < 0)
+        if (nvlist_hand_over(*list, key_of(*item), take_value(element, *item).release()) < 0)
             list = Ref<ORUDoNvlist>();
     }
     return list;
@@ -163,7 +156,7 @@ ORUDoValue *typed_array(const Element &element) {
     if (!list)
         return nullptr;
     for (const Item *item = element.items; item != nullptr; item = item->next) {
-        if (!add_value(list.get(), build(element, *item)))
+        if (vlist_hand_over(*list, Ref<ORUDoValue>::adopt(build(element, *item))) < 0)
             return nullptr;
     }
     return oru_do_value_new_array(list.get());
@@ -210,6 +203,13 @@ ORUDoValue *item_to_value(const Item &item) {
         default:
             return oru_do_value_new_null();
     }
+}
+
+Ref<ORUDoValue> take_value(const Element &element, Item &item) {
+    const bool holds = item.obj != nullptr && (item.type & (kValue | kExpression)) != 0;
+    if (holds && element.parent != nullptr && !trace_enabled(Level::reference)) [[likely]]
+        return Ref<ORUDoValue>::adopt(static_cast<ORUDoValue *>(std::exchange(item.obj, nullptr)));
+    return Ref<ORUDoValue>::adopt(item_to_value(item));
 }
 
 void *value_deser(ORUDoJsonCtxData *ctx, Element *element) {

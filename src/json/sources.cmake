@@ -8,6 +8,7 @@ target_sources(oruapi PRIVATE
   json/read_config.cpp
   json/read_events.cpp
   json/read_meta.cpp
+  json/read_names.cpp
   json/read_object.cpp
   json/read_scalars.cpp
   json/read_stack.cpp

@@ -113,6 +113,12 @@ TEST(JsonReadValue, NumbersOutOfRangeAreDropped) {
     EXPECT_EQ(read_back("18446744073709551616"), "none");
     EXPECT_EQ(read_back("-9223372036854775809"), "none");
     EXPECT_EQ(read_back("1.0e400"), "none");
+    EXPECT_EQ(read_back("-1.0e400"), "none");
+    EXPECT_EQ(read_back("1.0e-400"), "none");
+    EXPECT_EQ(read_back("1.5e-310"), "none");  // it would lose digits
+    EXPECT_EQ(read_back("0.0e-400"), R"({"%double":0})");
+    EXPECT_EQ(read_back("-0.0"), R"({"%double":-0})");
+    EXPECT_EQ(read_back("2.5e-308"), R"({"%double":2.5e-308})");
     EXPECT_EQ(read_back(std::string(300, '9') + ".5"), R"({"%double":1e+300})");
     const Context ctx = parsed(R"({"%nvlist":{"a":18446744073709551616,"b":1}})");
     ASSERT_NE(ctx->completed_obj, nullptr);
