@@ -239,6 +239,34 @@ TEST_F(ExpressionCalls, ADirectCallOverwritesTheError) {
     EXPECT_EQ(with_error(text, error), "{'%string':'b'}");
 }
 
+// Who resolves a reference may read another text for it.
+TEST_F(ExpressionCalls, AReferenceMayStandForAnotherExpression) {
+    const auto resolve = [](void *user, const char *, ORUDoValue *) {
+        const std::string inner = json("{'_tostring()':['in\\n',{'_add()':[1,1]}]}");
+        ++*static_cast<int *>(user);
+        return oru_do_json_eval_expr(inner.data(), size_of(inner), nullptr, nullptr, nullptr,
+                                     nullptr);
+    };
+    const std::string text = json("{'_tostring()':['$a','\\t','$b']}");
+    const std::string whole = "{'%string':'in\\n2\\tin\\n2'}";
+    uint64_t nth = 0;
+    for (bool met = true; met; ++nth) {
+        int asked = 0;
+        ORUDoError *error = nullptr;
+        poolheap_fail_nth(nth, 0);
+        const Value value(
+            oru_do_json_eval_expr(text.data(), size_of(text), resolve, nullptr, &asked, &error));
+        poolheap_fail_off();
+        met = nth == 0 || poolheap_fail_hits() > 0;
+        const Error owned(error);
+        if (!met || nth == 0) {
+            EXPECT_EQ(shown(value.get()), whole);
+            EXPECT_EQ(asked, 2);
+        }
+    }
+    EXPECT_GT(nth, 40u);
+}
+
 // ---- Bounds ----
 
 std::string nested_sums(int levels) {

@@ -237,6 +237,16 @@ TEST(JsonWriteValue, OnlyStringsOfAPasswordAreHidden) {
     EXPECT_EQ(json_of(bare.get(), ORU_JSON_OPT_HIDE_PASSWORDS), R"({"%string":"shown"})");
 }
 
+TEST(JsonWriteValue, TheCompactFormByItselfShowsPasswords) {
+    const Value secret(oru_do_value_new_string("s"));
+    oru_do_value_set_typedef_name(secret.get(), "PasswordString");
+    EXPECT_EQ(
+        written([&](ORUDoStrbuf *b) { return oru_do_value_to_compact_json(secret.get(), b); }),
+        R"("s")");
+    EXPECT_EQ(written([&](ORUDoStrbuf *b) { return oru_do_strbuf_add_value(b, secret.get()); }),
+              R"("s")");
+}
+
 // Members of complex values are tagged, and hidden where that is asked for, in every form.
 TEST(JsonWriteValue, PasswordsInComplexValuesAreHidden) {
     for (const bool sequence : {false, true}) {
