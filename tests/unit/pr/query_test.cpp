@@ -20,7 +20,7 @@ using Texts = std::vector<std::string>;
 struct Wanted {
     Nlist attrs{names_of({"first"})};
     Nlist order_names{oru_do_nlist_new()};
-    char directions[8] = "-------";
+    char directions[10] = "---------";
 
     void ask(ORUDoNvlist *where, ORUDoNlist *order) {
         oru_pr_get_where_and_orderby_attrs(where, order, attrs.get(), order_names.get(),
@@ -35,16 +35,16 @@ TEST(PrWhereAndOrder, NamesOfTheOrderComeBeforeThoseOfTheWhereClause) {
     wanted.ask(where.get(), order.get());
     EXPECT_EQ(names_in(wanted.attrs.get()), (Texts{"first", "slot", "port", "mtu", "speed", ""}));
     EXPECT_EQ(names_in(wanted.order_names.get()), (Texts{"slot", "port"}));
-    EXPECT_STREQ(wanted.directions, "ad-----");
+    EXPECT_STREQ(wanted.directions, "ad-------");
 }
 
 TEST(PrWhereAndOrder, EachWordHasItsDirection) {
     Wanted wanted;
     const Nlist order =
-        names_of({"a", "b desc", "c snmp", "d asc", "e DESC", "f ", "g descending"});
+        names_of({"a", "b desc", "c snmp", "d asc", "e DESC", "f ", "g descending", "h snmpv2"});
     wanted.ask(nullptr, order.get());
-    EXPECT_EQ(std::string(wanted.directions), "adsaaaa");
-    EXPECT_EQ(names_in(wanted.order_names.get()), (Texts{"a", "b", "c", "d", "e", "f", "g"}));
+    EXPECT_EQ(std::string(wanted.directions), "adsaaaaa-");
+    EXPECT_EQ(names_in(wanted.order_names.get()), (Texts{"a", "b", "c", "d", "e", "f", "g", "h"}));
 }
 
 TEST(PrWhereAndOrder, TheNameEndsAtItsFirstBlank) {
@@ -53,7 +53,7 @@ TEST(PrWhereAndOrder, TheNameEndsAtItsFirstBlank) {
     const Nlist order = names_of({"x  desc ", " desc"});
     wanted.ask(where.get(), order.get());
     EXPECT_EQ(names_in(wanted.attrs.get()), (Texts{"first", "x", "", "mtu>=", "a"}));
-    EXPECT_STREQ(wanted.directions, "dd-----");
+    EXPECT_STREQ(wanted.directions, "dd-------");
 }
 
 TEST(PrWhereAndOrder, NothingIsLeftOutForBeingThereAlready) {
@@ -71,7 +71,7 @@ TEST(PrWhereAndOrder, EitherMayBeNull) {
     oru_pr_get_where_and_orderby_attrs(nullptr, nullptr, wanted.attrs.get(), nullptr, nullptr);
     wanted.ask(where_of({{"mtu", 1}}).get(), nullptr);
     EXPECT_EQ(names_in(wanted.attrs.get()), (Texts{"first", "mtu"}));
-    EXPECT_STREQ(wanted.directions, "-------");
+    EXPECT_STREQ(wanted.directions, "---------");
 }
 
 TEST(PrWhereAndOrder, WhatItFillsIsRequired) {
