@@ -142,7 +142,7 @@ TEST_F(SampleValues, RefuseWhatDoesNotFit) {
         {"VirtualRouter", "families", R"({"%enumeration":[]})", "", 113},
         {"Interface", "adminState", R"({"%enumeration":"up"})", "", 114},
         {"Interface", "adminState", R"({"%enumeration":"up"})",
-         R"("addresses":{"%ip_address":["10.0.0.1"]})", 0},
+         R"("addresses":{"%ip_address":["0A000001"]})", 0},
         {"Interface", "metric", R"({"%uint":16777215})", "", 114},
         {"Ospf", "name", R"({"%string":"bgp"})", "", 114},
         {"OspfArea", "stub", R"({"%boolean":true})", R"("id":{"%uint":0})", 114},
@@ -219,7 +219,7 @@ TEST_F(SampleValues, GiveDefaults) {
         {"Interface", "preference", "", "100"},
         {"Interface", "metric", "", "10"},
         {"Interface", "adminState", "", "down"},
-        {"Interface", "adminState", R"("addresses":{"%ip_address":["10.0.0.1"]})", "up"},
+        {"Interface", "adminState", R"("addresses":{"%ip_address":["0A000001"]})", "up"},
         {"StaticRoute", "tag", "", "-1"},
         {"Ospf", "referenceBandwidth", "", "100000000000"},
         {"Ospf", "adminState", "", "up"},
@@ -273,7 +273,7 @@ TEST_F(SampleValues, TellWhatACreatedResourceNeeds) {
     };
     const Row table[] = {
         {"VirtualRouter", "", 133},
-        {"VirtualRouter", R"("routerId":{"%ip_address":"10.0.0.1"})", 0},
+        {"VirtualRouter", R"("routerId":{"%ip_address":"0A000001"})", 0},
         {"Bgp", R"("name":{"%string":"bgp"})", 133},
         {"Bgp", R"("asNumber":{"%uint":64512})", 0},
         {"BgpNeighbor", R"("passive":{"%boolean":true})", 133},
