@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "sqlite_parts.h"
 
 namespace embedded {
@@ -65,10 +67,22 @@ void add_parts(Sql &sql, SqliteDatabase &database, const Condition &condition, R
     sql.add(")");
 }
 
-/* Which rows: everything behind FROM, without the order. The first two marks are the range. */
-void add_source(Sql &sql, SqliteDatabase &database, const Query &query) {
-    sql.add(" FROM row WHERE key >= ").mark(Cell::of_blob(query.range.first));
-    sql.add(" AND key < ").mark(Cell::of_blob(query.range.end));
+void add_ranges(Sql &sql, std::span<const Range> ranges) {
+    const char *between = "(";
+    for (const Range &range : ranges) {
+        sql.add(between).add("key >= ").mark(Cell::of_blob(range.first));
+        sql.add(" AND key < ").mark(Cell::of_blob(range.end));
+        between = " OR ";
+    }
+    sql.add(ranges.empty() ? "0" : ")");
+}
+
+/* Which rows of some ranges: everything behind FROM, without the order. The first marks are those
+   of the ranges. */
+void add_source(Sql &sql, SqliteDatabase &database, const Query &query,
+                std::span<const Range> ranges) {
+    sql.add(" FROM row WHERE ");
+    add_ranges(sql, ranges);
     sql.add(" AND since <= ").mark(Cell::of_integer(query.at));
     sql.add(" AND until > ").mark(Cell::of_integer(query.at));
     if (!query.kinds.empty()) {
@@ -84,11 +98,6 @@ void add_source(Sql &sql, SqliteDatabase &database, const Query &query) {
         sql.add(" AND ");
         add_condition(sql, database, *query.where, query.at);
     }
-}
-
-void bind_all(Statement &statement, const std::vector<Cell> &marks) {
-    for (const Cell &mark : marks)
-        statement.bind(mark);
 }
 
 /* Reads the attributes that a query wants of the rows that it finds. */
@@ -135,65 +144,92 @@ class SqliteScan : public Scan {
         Transaction transaction(database_->connection, Transaction::Aim::read);
         if (query_.at < database_->setting("horizon"))
             return ReadStatus::expired;
-        const ResetAtEnd reset(rows_);
-        bind(limit);
-        for (uint32_t i = 0; i < limit; i++) {
-            if (!rows_.step())
-                return ReadStatus::last;
-            key_ = rows_.bytes(0);
-            sink.row(
-                {key_, rows_.bytes(1), database_->words.text(rows_.integer(2)), rows_.integer(3)});
-            attributes_.read(*database_, rows_.integer(4), sink);
-            passed_++;
+        uint32_t left = limit;
+        while (begin(left)) {
+            const ResetAtEnd reset(rows_);
+            is_cut_ = true;
+            while (rows_.step()) {
+                if (left == 0)
+                    return ReadStatus::more;
+                hand_on(sink);
+                left--;
+            }
+            is_cut_ = false;
         }
-        end_batch();
-        return ReadStatus::more;
+        return ReadStatus::last;
     }
 
   protected:
-    virtual void bind(uint32_t limit) = 0;
-    virtual void end_batch() = 0; /* after one that was full */
+    /* Binds `rows_` to what comes behind the last row, one row more than `limit` at most. False
+       when there is nothing. */
+    virtual bool begin(uint32_t limit) = 0;
 
     std::shared_ptr<SqliteDatabase> database_;
     Query query_;
     AttributeReader attributes_;
-    Statement rows_;     /* key, label, kind, since, id */
-    std::string key_;    /* of the last row */
-    int64_t passed_ = 0; /* rows */
+    Statement rows_;      /* key, label, kind, since, id */
+    std::string key_;     /* of the last row */
+    int64_t passed_ = 0;  /* rows */
+    bool is_cut_ = false; /* the last batch ended in front of rows that `rows_` had */
+
+  private:
+    void hand_on(RowSink &sink) {
+        key_ = rows_.bytes(0);
+        passed_++;
+        sink.row({key_, rows_.bytes(1), database_->words.text(rows_.integer(2)), rows_.integer(3)});
+        attributes_.read(*database_, rows_.integer(4), sink);
+    }
 };
 
-/* Rows in the order of their keys: a batch takes the part of the range behind the last key. */
+/* Rows in the order of their keys, range by range: a batch begins behind the last key. */
 class KeyScan final : public SqliteScan {
   public:
     KeyScan(std::shared_ptr<SqliteDatabase> database, Query query)
         : SqliteScan(std::move(database), std::move(query)) {
         Sql sql;
         sql.add("SELECT key, label, kind, since, id");
-        add_source(sql, *database_, query_);
+        add_source(sql, *database_, query_, std::span(&range_, 1));
         sql.add(query_.descending ? " ORDER BY key DESC LIMIT ?" : " ORDER BY key LIMIT ?");
         marks_ = std::move(sql.marks);
         rows_ = database_->connection.prepare(sql.text);
     }
 
   private:
-    void bind(uint32_t limit) override {
-        bind_all(rows_, marks_);
-        rows_.bind(int64_t{limit});
+    bool begin(uint32_t limit) override {
+        if (is_cut_)
+            take_rest();
+        else if (!take_next_range())
+            return false;
+        marks_[0].bytes = range_.first;
+        marks_[1].bytes = range_.end;
+        for (const Cell &mark : marks_)
+            rows_.bind(mark);
+        rows_.bind(int64_t{limit} + 1);
+        return true;
     }
 
-    void end_batch() override {
+    bool take_next_range() {
+        const size_t count = query_.ranges.size();
+        if (entered_ == count)
+            return false;
+        range_ = query_.ranges[query_.descending ? count - 1 - entered_ : entered_];
+        entered_++;
+        return true;
+    }
+
+    /* Behind the last row, which may be one of an earlier range. */
+    void take_rest() {
         if (query_.descending) {
-            query_.range.end = key_;
-            marks_[1].bytes = query_.range.end;
+            range_.end = std::min(range_.end, key_);
         } else {
             // the least key that is greater
-            query_.range.first = key_;
-            query_.range.first += '\0';
-            marks_[0].bytes = query_.range.first;
+            range_.first = std::max(range_.first, key_ + '\0');
         }
     }
 
     std::vector<Cell> marks_;
+    Range range_;        /* what is left of the one at hand */
+    size_t entered_ = 0; /* ranges */
 };
 
 /* Rows in an order of attributes: their keys are sorted once, into a table of the connection. */
@@ -205,7 +241,8 @@ class SortedScan final : public SqliteScan {
         Sql sql;
         add_sorted(sql);
         Statement fill = connection.prepare(sql.text);
-        bind_all(fill, sql.marks);
+        for (const Cell &mark : sql.marks)
+            fill.bind(mark);
         {
             Transaction transaction(connection, Transaction::Aim::read);
             fill.run();
@@ -239,11 +276,12 @@ class SortedScan final : public SqliteScan {
         value.add("a.value");
         sql.add("INSERT INTO temp.sorted (key, since) SELECT key, since FROM (SELECT key, since");
         for (size_t i = 0; i < query_.order.size(); i++) {
-            sql.add(", ");
+            sql.add(", coalesce(");
             add_lookup(sql, *database_, query_.order[i].name, query_.at, value);
-            sql.add(") AS s").add(std::to_string(i));
+            sql.add("), ").mark(query_.order[i].when_missing).add(") AS s");
+            sql.add(std::to_string(i));
         }
-        add_source(sql, *database_, query_);
+        add_source(sql, *database_, query_, query_.ranges);
         // the limit keeps the values from being looked up again for the order
         sql.add(" LIMIT -1) ORDER BY ");
         for (size_t i = 0; i < query_.order.size(); i++) {
@@ -257,10 +295,12 @@ class SortedScan final : public SqliteScan {
         sql.add("key");
     }
 
-    void bind(uint32_t limit) override {
-        rows_.bind(first_ + passed_).bind(end_).bind(int64_t{limit});
+    bool begin(uint32_t limit) override {
+        if (first_ + passed_ >= end_)
+            return false;
+        rows_.bind(first_ + passed_).bind(end_).bind(int64_t{limit} + 1);
+        return true;
     }
-    void end_batch() override {}
 
     int64_t first_ = 0; /* positions in the table */
     int64_t end_ = 0;

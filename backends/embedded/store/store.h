@@ -16,6 +16,7 @@
 #define EMBEDDED_STORE_H
 
 #include <cstdint>
+#include <limits>
 #include <memory>
 #include <span>
 #include <stdexcept>
@@ -26,6 +27,9 @@
 namespace embedded {
 
 using Revision = int64_t;
+
+/* Whatever is newest, for reads that are one by themselves. */
+constexpr Revision kNewest = std::numeric_limits<Revision>::max() - 1;
 
 /* ---- Rows ---- */
 
@@ -99,10 +103,11 @@ struct SortKey {
     std::string name;
     bool descending = false;
     bool by_length = false;
+    Cell when_missing; /* what a row without the attribute counts as; a null cell comes first */
 };
 
 struct Query {
-    Range range;
+    std::vector<Range> ranges;      /* apart from each other, in the order of their keys */
     std::vector<std::string> kinds; /* none: all */
     const Condition *where = nullptr;
     std::vector<SortKey> order;     /* then by key; rows without the attribute come first */
@@ -114,7 +119,7 @@ struct Query {
 
 enum class ReadStatus : uint8_t {
     last,    /* these were the last rows, or: found */
-    more,    /* more rows may follow */
+    more,    /* more rows follow */
     missing, /* a single row that is not there */
     expired, /* the revision is gone */
 };

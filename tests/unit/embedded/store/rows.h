@@ -85,7 +85,7 @@ inline std::vector<std::string> read_all(Store &store, Query query, uint32_t bat
 
 inline Query everything(Revision at) {
     Query query;
-    query.range = kEverything;
+    query.ranges = {kEverything};
     query.all_names = true;
     query.at = at;
     return query;

@@ -64,9 +64,9 @@ class StoreScan : public testing::Test {
 
 TEST_F(StoreScan, RangeIsHalfOpen) {
     Query query = all_keys();
-    query.range = {"b", "d"};
+    query.ranges = {{"b", "d"}};
     EXPECT_EQ(keys(query), "bc");
-    query.range = {"b", "b"};
+    query.ranges = {{"b", "b"}};
     EXPECT_EQ(keys(query), "");
 }
 
@@ -75,7 +75,7 @@ TEST_F(StoreScan, DescendingComesFromTheEnd) {
     query.descending = true;
     EXPECT_EQ(keys(query), "edcba");
     EXPECT_EQ(keys(query, 1), "edcba");
-    query.range = {"b", "d"};
+    query.ranges = {{"b", "d"}};
     EXPECT_EQ(keys(query), "cb");
 }
 
@@ -88,12 +88,43 @@ TEST_F(StoreScan, LastBatchTellsSoWhenItIsNotFull) {
     EXPECT_EQ(rows.texts.size(), 5U);
 }
 
-TEST_F(StoreScan, FullLastBatchIsFollowedByAnEmptyOne) {
-    const std::unique_ptr<Scan> scan = store->scan(all_keys());
-    Rows rows;
-    EXPECT_EQ(scan->next(5, rows), ReadStatus::more);
-    EXPECT_EQ(scan->next(5, rows), ReadStatus::last);
-    EXPECT_EQ(rows.texts.size(), 5U);
+TEST_F(StoreScan, FullBatchTellsWhetherMoreFollows) {
+    Query query = all_keys();
+    for (const bool is_sorted : {false, true}) {
+        if (is_sorted)
+            query.order = {{"x"}};
+        Rows rows;
+        EXPECT_EQ(store->scan(query)->next(5, rows), ReadStatus::last);
+        EXPECT_EQ(store->scan(query)->next(4, rows), ReadStatus::more);
+        EXPECT_EQ(rows.texts.size(), 9U);
+    }
+}
+
+TEST_F(StoreScan, RangesFollowEachOtherWithinABatch) {
+    Query query = all_keys();
+    query.ranges = {{"a", "c"}, {"ca", "cb"}, {"d", "f"}};
+    for (uint32_t batch = 1; batch < 6; batch++)
+        EXPECT_EQ(keys(query, batch), "abde") << batch;
+    query.descending = true;
+    for (uint32_t batch = 1; batch < 6; batch++)
+        EXPECT_EQ(keys(query, batch), "edba") << batch;
+    query.order = {{"x"}};
+    EXPECT_EQ(keys(query), "dbae");
+    query.ranges = {};
+    EXPECT_EQ(keys(query), "");
+    query.order = {};
+    EXPECT_EQ(keys(query), "");
+}
+
+TEST_F(StoreScan, NewestIsWhateverIsThere) {
+    EXPECT_EQ(read_one(*store, "c", kNewest), "c:K{x/5=2}");
+    EXPECT_EQ(read_all(*store, everything(kNewest)).size(), 5U);
+}
+
+TEST_F(StoreScan, MissingAttributesSortAsTold) {
+    SortKey key{"x"};
+    key.when_missing = Cell::of_integer(2);
+    EXPECT_EQ(ordered({key}), "bcdae");
 }
 
 TEST_F(StoreScan, KindsChoose) {
@@ -192,7 +223,7 @@ TEST_F(StoreScan, OrderedScansDoNotMindEachOther) {
     std::unique_ptr<Scan> first = store->scan(query);
     query.order = {{"x", true}};
     const std::unique_ptr<Scan> second = store->scan(query);
-    query.range = {"z", "zz"};
+    query.ranges = {{"z", "zz"}};
     const std::unique_ptr<Scan> empty = store->scan(query);
     Rows rows;
     first->next(2, rows);
