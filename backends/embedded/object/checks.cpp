@@ -1,0 +1,347 @@
+#include "checks.h"
+
+#include <algorithm>
+
+#include "indexes.h"
+
+namespace embedded {
+
+namespace {
+
+/* The records of the metadata that belong to the attributes of a type, in their order; null for
+   references. */
+using Records = std::vector<ORUMdAttrMeta *>;
+
+class RecordsByType {
+  public:
+    const Records &of(const ResourceType &type) {
+        const auto [at, is_new] = records_.try_emplace(&type);
+        if (is_new)
+            read(type, at->second);
+        return at->second;
+    }
+
+  private:
+    static void read(const ResourceType &type, Records &records) {
+        ORUMdMrMeta *const meta = oru_md_get_mr_meta_by_name(type.name.c_str());
+        for (const AttributeType &attribute : type.attributes) {
+            const bool is_known = meta != nullptr && attribute.role != AttributeType::Role::peer;
+            records.push_back(is_known ? oru_md_get_attr_meta_w_str(meta, attribute.name.c_str())
+                                       : nullptr);
+        }
+    }
+
+    std::unordered_map<const ResourceType *, Records> records_;
+};
+
+/* The constraint that decides about an attribute, in words. */
+std::string constraint_text(const AttributeType &attribute, ORUDoProperties *props) {
+    ORUDoTypedefMeta *const type = oru_do_prop_meta_get_typedef_meta(attribute.meta.get());
+    ORUDoConstraintList *const lists[] = {
+        oru_do_prop_meta_get_constraint_list(attribute.meta.get()),
+        type != nullptr ? oru_do_typedef_meta_get_constraint_list(type) : nullptr};
+    std::string words;
+    for (ORUDoConstraintList *list : lists) {
+        ORUDoConstraint *const constraint =
+            list != nullptr
+                ? oru_do_constraint_list_appl_constraint(list, attribute.object.get(), props)
+                : nullptr;
+        if (constraint != nullptr)
+            words += (words.empty() ? "" : " ") +
+                     std::string(view(oru_do_constraint_get_str(constraint)));
+    }
+    return words;
+}
+
+std::string labels_of(const AttributeType &attribute) {
+    ORUDoTypedefMeta *const type = oru_do_prop_meta_get_typedef_meta(attribute.meta.get());
+    std::string labels;
+    EachItem each(type != nullptr ? oru_do_typedef_meta_get_enums(type) : nullptr);
+    while (ORUDoNvlistItem *label = each())
+        labels +=
+            (labels.empty() ? "" : ", ") + std::string(view(oru_do_nvlist_item_get_name(label)));
+    return labels;
+}
+
+std::string type_text(const AttributeType &attribute) {
+    const std::string_view type = view(oru_do_get_typestr_by_typecode(attribute.type));
+    std::string words = attribute.is_many ? "an array of " : "";
+    words += type;
+    if (!attribute.type_name.empty())
+        words += " (" + attribute.type_name + ")";
+    return words;
+}
+
+std::string expectation(const AttributeType &attribute, int32_t code, ORUDoProperties *props) {
+    switch (code) {
+        case ORU_RC_ENUM_CONSTRAINT:
+            return labels_of(attribute);
+        case ORU_RC_TYPE_MISMATCH:
+        case ORU_RC_TYPE_COMPATIBILITY:
+        case ORU_RC_CHOICE_CONSTRAINT:
+        case ORU_RC_SEQUENCE_CONSTRAINT:
+            return type_text(attribute);
+        default:
+            return constraint_text(attribute, props);
+    }
+}
+
+/* Whether the attribute has to have a value when the resource is made: the rule of the library. */
+bool is_mandatory(const AttributeType &attribute) {
+    ORUDoConstraintList *const list = oru_do_prop_meta_get_constraint_list(attribute.meta.get());
+    ORUDoConstraint *const constraint =
+        list != nullptr ? oru_do_constraint_list_get_constraint_unconditional(list) : nullptr;
+    ORUDoRange *const size =
+        constraint != nullptr ? oru_do_constraint_get_size(constraint) : nullptr;
+    return size != nullptr && oru_do_range_has_strict_max_value(size) != 0;
+}
+
+using UriList = std::vector<ORUDoUri *>;
+
+/* The addresses in a value: one, or those of an array. */
+UriList addresses_in(ORUDoValue *value) {
+    int32_t status = 0;
+    if (oru_do_value_is_array(value) == 0) {
+        ORUDoUri *const uri = oru_do_value_get_uri(value);
+        return uri != nullptr ? UriList{uri} : UriList{};
+    }
+    UriList found;
+    Each<ORUDoVlist, ORUDoValue, oru_do_vlist_iter, oru_do_vlist_has_next, oru_do_vlist_get_next>
+        each(oru_do_value_get_array(value, &status));
+    while (ORUDoValue *element = each()) {
+        if (ORUDoUri *const uri = oru_do_value_get_uri(element))
+            found.push_back(uri);
+    }
+    return found;
+}
+
+/* One address, or an array of them where there are many. */
+bool is_of_addresses(const AttributeType &attribute, ORUDoValue *value) {
+    int32_t status = 0;
+    if (!attribute.is_many)
+        return oru_do_value_get_type(value) == ORU_DO_TYPE_MR_URI;
+    ORUDoVlist *const elements = oru_do_value_get_array(value, &status);
+    return elements != nullptr &&
+           addresses_in(value).size() == static_cast<size_t>(oru_do_vlist_get_len(elements));
+}
+
+class Checker {
+  public:
+    explicit Checker(Edit &edit) : edit_(edit), drafts_(edit.drafts()) {}
+
+    void run() {
+        // checks read further drafts, which are not checked themselves
+        std::vector<Draft *> touched;
+        for (auto &[key, draft] : drafts_.all()) {
+            if (draft.is_touched)
+                touched.push_back(&draft);
+        }
+        for (Draft *draft : touched) {
+            if (draft->after.exists())
+                check_state(*draft);
+            else
+                check_nobody_refers(*draft);
+        }
+        check_numbers(touched);
+    }
+
+  private:
+    void fault(const Draft &draft, int32_t code, const std::string &attribute, std::string rule,
+               std::string expected, std::string got) {
+        edit_.faults().add({code, drafts_.source().addresses.label_of(draft.place), attribute,
+                            std::move(rule), std::move(expected), std::move(got)});
+    }
+
+    void check_state(Draft &draft) {
+        const Records &records = records_.of(*draft.after.type);
+        const std::vector<AttributeType> &attributes = draft.after.type->attributes;
+        for (size_t i = 0; i < attributes.size(); i++)
+            check_attribute(draft, attributes[i], records, i);
+        check_secondary_keys(draft);
+    }
+
+    void check_attribute(Draft &draft, const AttributeType &attribute, const Records &records,
+                         size_t index) {
+        const Value value = draft.after.value(attribute);
+        if (!value) {
+            if (attribute.role == AttributeType::Role::config && is_mandatory(attribute))
+                fault(draft, ORU_RC_COLL_PROPERTY_CONSTRAINT, attribute.name,
+                      "a mandatory attribute is missing", type_text(attribute), "nothing");
+        } else if (attribute.role == AttributeType::Role::peer) {
+            check_references(draft, attribute, value);
+        } else if (!attribute.is_secret() || draft.given.count(attribute.name) != 0) {
+            check_value(draft, attribute, records[index], value);
+        }
+    }
+
+    /* Secrets that are in the store already are not what the constraints speak of. */
+    void check_value(const Draft &draft, const AttributeType &attribute, ORUMdAttrMeta *record,
+                     const Value &value) {
+        ORUDoProperties *const props = draft.after.props.get();
+        const int32_t code =
+            record != nullptr ? oru_md_eval_attr_constraint(record, value.get(), props) : ORU_OK;
+        if (code != ORU_OK)
+            fault(draft, code, attribute.name, {}, expectation(attribute, code, props),
+                  shown(attribute, value.get()));
+    }
+
+    /* What was not given was checked when it was. */
+    void check_references(Draft &draft, const AttributeType &attribute, const Value &value) {
+        if (draft.given.count(attribute.name) == 0)
+            return;
+        if (!is_of_addresses(attribute, value.get()))
+            return fault(draft, ORU_RC_TYPE_MISMATCH, attribute.name, {}, type_text(attribute),
+                         shown(attribute, value.get()));
+        for (ORUDoUri *uri : addresses_in(value.get()))
+            check_reference(draft, attribute, uri);
+        ORUDoConstraintList *const list =
+            oru_do_prop_meta_get_constraint_list(attribute.meta.get());
+        const int32_t rest = list != nullptr
+                                 ? oru_do_constraint_list_eval(list, attribute.object.get(),
+                                                               value.get(), draft.after.props.get())
+                                 : ORU_OK;
+        if (rest != ORU_OK)
+            fault(draft, rest, attribute.name, {},
+                  expectation(attribute, rest, draft.after.props.get()),
+                  shown(attribute, value.get()));
+    }
+
+    void check_reference(const Draft &draft, const AttributeType &attribute, ORUDoUri *uri) {
+        const std::string address(view(oru_do_uri_get_uri_str(uri)));
+        const std::string expected =
+            attribute.target != nullptr ? attribute.target->name : std::string("a resource");
+        const std::optional<Target> target = drafts_.source().resolve(address, drafts_.revision());
+        const Draft *const found = target ? &drafts_.at(target->place) : nullptr;
+        if (found == nullptr || !found->after.exists())
+            fault(draft, ORU_RC_NO_SUCH_RESOURCE, attribute.name, "a reference leads to nothing",
+                  expected, address);
+        else if (attribute.target != nullptr && !found->after.type->is_a(*attribute.target))
+            fault(draft, ORU_RC_TYPE_MISMATCH, attribute.name,
+                  "a reference leads to a resource of another type", expected,
+                  address + " of the type " + found->after.type->name);
+    }
+
+    /* Of those who referred to the resource before, and stay. */
+    void check_nobody_refers(const Draft &draft) {
+        if (!draft.before.exists())
+            return;
+        for (const std::string &key : drafts_.keys(links_to(draft.place.key))) {
+            const Place from = place_of(source_of_link(key));
+            if (refers(drafts_.at(from), draft))
+                fault(draft, ORU_RC_CONFIG_VALIDATION, {},
+                      "another resource refers to it: " +
+                          drafts_.source().addresses.label_of(drafts_.at(from).place),
+                      {}, {});
+        }
+    }
+
+    bool refers(const Draft &from, const Draft &to) {
+        if (!from.after.exists())
+            return false;
+        const std::vector<Target> targets =
+            targets_of(drafts_.source(), drafts_.revision(), from.after);
+        return std::any_of(targets.begin(), targets.end(),
+                           [&](const Target &target) { return target.place.key == to.place.key; });
+    }
+
+    /* The address stands in the draft once it is read. */
+    static Place place_of(const std::string &key) { return {key, {}}; }
+
+    void check_secondary_keys(const Draft &draft) {
+        const Place collection = collection_of(draft.place);
+        for (size_t group = 0; group < draft.after.type->secondary_keys.size(); group++) {
+            const std::string key =
+                secondary_key(collection, *draft.after.type, group, draft.after.props.get());
+            if (key.empty() || !is_taken(draft, key))
+                continue;
+            const AttributeType &first =
+                draft.after.type->attributes[draft.after.type->secondary_keys[group].front()];
+            const Value value = draft.after.value(first);
+            fault(draft, ORU_RC_RESOURCE_EXISTS, first.name,
+                  "another resource has this secondary key", {}, shown(first, value.get()));
+        }
+    }
+
+    /* By a draft that has it after the change, or by a resource in the store that keeps it. */
+    bool is_taken(const Draft &draft, const std::string &key) {
+        const auto [at, is_new] = taken_.emplace(key, &draft);
+        if (!is_new && at->second != &draft)
+            return true;
+        const std::optional<Place> owner = drafts_.owner_of(key);
+        if (!owner || owner->key == draft.place.key)
+            return false;
+        const Draft &other = drafts_.at(*owner);
+        if (!other.after.exists())
+            return false;
+        IndexRows rows;
+        add_secondary_keys(drafts_.source(), other.place, other.after, rows);
+        return rows.count(key) != 0;
+    }
+
+    /* How many children a reference may have. */
+    void check_numbers(const std::vector<Draft *> &touched) {
+        std::set<std::string> seen;
+        for (const Draft *draft : touched) {
+            const std::optional<Target> target =
+                drafts_.source().resolve(draft->place.path, drafts_.revision());
+            if (!target || target->reference == nullptr)
+                continue;
+            const Place collection = collection_of(draft->place);
+            if (seen.insert(collection.key).second)
+                check_number(collection, *target);
+        }
+    }
+
+    void check_number(const Place &collection, const Target &target) {
+        ORUDoConstraintList *const list =
+            oru_do_prop_meta_get_constraint_list(target.reference->meta.get());
+        ORUDoConstraint *const constraint =
+            list != nullptr ? oru_do_constraint_list_get_constraint_unconditional(list) : nullptr;
+        ORUDoRange *const size =
+            constraint != nullptr ? oru_do_constraint_get_size(constraint) : nullptr;
+        const Draft &parent = drafts_.at(parent_of(collection, target));
+        if (size == nullptr || !parent.after.exists())
+            return;
+        const size_t count = drafts_.count_after(range_of(collection.key));
+        if (oru_do_range_eval_long(size, static_cast<int64_t>(count)) == 0)
+            fault(parent, ORU_RC_COLL_SIZE_CONSTRAINT, target.reference->name,
+                  "the number of children does not fit",
+                  std::string(view(oru_do_constraint_get_str(constraint))), std::to_string(count));
+    }
+
+    static Place parent_of(const Place &collection, const Target &target) {
+        const size_t slash = collection.path.rfind('/');
+        return {target.parent_key, collection.path.substr(0, slash)};
+    }
+
+    Edit &edit_;
+    Drafts &drafts_;
+    RecordsByType records_;
+    std::map<std::string, const Draft *> taken_; /* secondary keys */
+};
+
+}  // namespace
+
+void check(Edit &edit) {
+    const MetadataLock lock;
+    Checker(edit).run();
+}
+
+std::vector<Target> targets_of(const Source &source, Revision at, const Draft::State &state) {
+    std::vector<Target> targets;
+    for (const AttributeType &attribute : state.type->attributes) {
+        if (attribute.role != AttributeType::Role::peer)
+            continue;
+        const Value value = state.value(attribute);
+        if (!value)
+            continue;
+        for (ORUDoUri *uri : addresses_in(value.get())) {
+            if (std::optional<Target> target =
+                    source.resolve(view(oru_do_uri_get_uri_str(uri)), at))
+                targets.push_back(std::move(*target));
+        }
+    }
+    return targets;
+}
+
+}  // namespace embedded

@@ -1,0 +1,181 @@
+#include "draft.h"
+
+namespace embedded {
+
+namespace {
+
+constexpr uint32_t kPage = 1000;
+
+/* The rows that are expected stay: the change asks for a revision that is kept. */
+[[noreturn]] void fail_expired() {
+    throw StoreFault(StoreFault::Kind::busy, "the store changed too much meanwhile");
+}
+
+Range only(const std::string &key) {
+    Range range{key, key};
+    range.end += '\0';
+    return range;
+}
+
+}  // namespace
+
+Value Draft::State::value(const AttributeType &attribute) const {
+    return Value::share(oru_do_properties_get_value_n(props.get(), attribute.object.get()));
+}
+
+void set_property(Properties &props, const AttributeType &attribute, const Value &value) {
+    if (!value) {
+        oru_do_properties_remove_by_name(props.get(), attribute.name.c_str());
+        return;
+    }
+    oru_do_properties_set_value_n(props.get(), attribute.object.get(), value.get());
+    // nothing else tells that memory ran out
+    if (oru_do_properties_get_value_n(props.get(), attribute.object.get()) != value.get())
+        throw std::bad_alloc();
+}
+
+/* Makes the states of the rows that it is handed. Secrets stay as they are kept. */
+class DraftReader final : public RowSink {
+  public:
+    explicit DraftReader(Drafts &drafts) : drafts_(drafts) {}
+
+    void row(const Row &row) override {
+        finish();
+        draft_ = &drafts_.drafts_[std::string(row.key)];
+        const size_t location = drafts_.source_.addresses.location().size();
+        draft_->place = {std::string(row.key), std::string(row.label.substr(location))};
+        draft_->before.type = drafts_.source_.model->find(row.kind);
+        draft_->before.props = made<Properties>(oru_do_properties_new());
+    }
+
+    void attribute(const Attribute &attribute) override {
+        const AttributeType *const known = draft_->before.type != nullptr
+                                               ? draft_->before.type->find_attribute(attribute.name)
+                                               : nullptr;
+        if (known != nullptr)
+            set_property(draft_->before.props, *known, value_of(attribute));
+    }
+
+    void finish() {
+        if (draft_ == nullptr)
+            return;
+        draft_->after.type = draft_->before.type;
+        draft_->after.props =
+            made<Properties>(oru_do_properties_new_init(draft_->before.props.get()));
+        draft_ = nullptr;
+    }
+
+  private:
+    Drafts &drafts_;
+    Draft *draft_ = nullptr;
+};
+
+namespace {
+
+/* The rows of a range that have no draft yet. */
+class NewRows final : public RowSink {
+  public:
+    NewRows(const std::map<std::string, Draft> &known, DraftReader &reader)
+        : known_(known), reader_(reader) {}
+
+    void row(const Row &row) override {
+        is_new_ = known_.count(std::string(row.key)) == 0;
+        if (is_new_)
+            reader_.row(row);
+    }
+    void attribute(const Attribute &attribute) override {
+        if (is_new_)
+            reader_.attribute(attribute);
+    }
+
+  private:
+    const std::map<std::string, Draft> &known_;
+    DraftReader &reader_;
+    bool is_new_ = false;
+};
+
+class KeyList final : public RowSink {
+  public:
+    void row(const Row &row) override { keys.emplace_back(row.key); }
+    void attribute(const Attribute &) override {}
+
+    std::vector<std::string> keys;
+};
+
+}  // namespace
+
+Draft &Drafts::at(const Place &place) {
+    const auto known = drafts_.find(place.key);
+    if (known != drafts_.end())
+        return known->second;
+    ranges_.push_back(only(place.key));
+    DraftReader reader(*this);
+    if (source_.store->read(place.key, nullptr, at_, reader) == ReadStatus::expired)
+        fail_expired();
+    reader.finish();
+    Draft &draft = drafts_[place.key];
+    if (!draft.before.exists())
+        draft.place = place;
+    return draft;
+}
+
+void Drafts::read(const Range &range) {
+    ranges_.push_back(range);
+    Query query;
+    query.ranges = {range};
+    query.all_names = true;
+    query.at = at_;
+    const std::unique_ptr<Scan> scan = source_.store->scan(std::move(query));
+    DraftReader reader(*this);
+    NewRows rows(drafts_, reader);
+    ReadStatus status = ReadStatus::more;
+    while (status == ReadStatus::more)
+        status = scan->next(kPage, rows);
+    if (status == ReadStatus::expired)
+        fail_expired();
+    reader.finish();
+}
+
+std::vector<std::string> Drafts::keys(const Range &range) {
+    ranges_.push_back(range);
+    Query query;
+    query.ranges = {range};
+    query.at = at_;
+    const std::unique_ptr<Scan> scan = source_.store->scan(std::move(query));
+    KeyList list;
+    ReadStatus status = ReadStatus::more;
+    while (status == ReadStatus::more)
+        status = scan->next(kPage, list);
+    if (status == ReadStatus::expired)
+        fail_expired();
+    return std::move(list.keys);
+}
+
+std::optional<Place> Drafts::owner_of(const std::string &key) {
+    ranges_.push_back(only(key));
+    return source_.owner_of(key, at_);
+}
+
+std::vector<Draft *> Drafts::below(const Place &place) {
+    std::vector<Draft *> found;
+    for (size_t levels = 0; place.depth() + levels <= kMaxDepth; levels++) {
+        const Range range = descendants_of(place, levels);
+        const auto end = drafts_.lower_bound(range.end);
+        for (auto at = drafts_.lower_bound(range.first); at != end; ++at)
+            found.push_back(&at->second);
+    }
+    return found;
+}
+
+size_t Drafts::count_after(const Range &range) {
+    const std::vector<std::string> stored = keys(range);
+    size_t count = stored.size();
+    const auto end = drafts_.lower_bound(range.end);
+    for (auto at = drafts_.lower_bound(range.first); at != end; ++at) {
+        count += at->second.after.exists() ? 1 : 0;
+        count -= at->second.before.exists() ? 1 : 0;
+    }
+    return count;
+}
+
+}  // namespace embedded

@@ -1,0 +1,73 @@
+/* Resources as a set of operations leaves them, beside what the store has. */
+#ifndef EMBEDDED_DRAFT_H
+#define EMBEDDED_DRAFT_H
+
+#include <map>
+#include <set>
+
+#include "session.h"
+
+namespace embedded {
+
+/* One resource before and after. Without one there is no type and there are no properties. */
+struct Draft {
+    struct State {
+        const ResourceType *type = nullptr;
+        Properties props;
+
+        bool exists() const { return type != nullptr; }
+        Value value(const AttributeType &attribute) const;
+    };
+
+    Place place;
+    State before;
+    State after;
+    std::set<std::string> given; /* the attributes that operations gave a value */
+    bool is_touched = false;     /* by an operation */
+    bool is_made_anew = false;   /* deleted, and created again */
+};
+
+/* Sets a property, or takes it away for a null value. */
+void set_property(Properties &props, const AttributeType &attribute, const Value &value);
+
+/* The drafts of a change, read from one revision as they are needed. What was read is remembered:
+   the change holds as long as none of it changes. */
+class Drafts {
+  public:
+    Drafts(const Source &source, Revision at) : source_(source), at_(at) {}
+
+    /* The draft of a place, which is read at the first time. */
+    Draft &at(const Place &place);
+
+    /* Reads all that is in a range into drafts. */
+    void read(const Range &range);
+
+    /* The resource that a row names by its label, of a row that is none of a resource itself. */
+    std::optional<Place> owner_of(const std::string &key);
+
+    /* The keys of a range in the store, of rows that are none of resources. */
+    std::vector<std::string> keys(const Range &range);
+
+    /* The drafts below a place, itself included, as far as they were read. */
+    std::vector<Draft *> below(const Place &place);
+
+    /* How many resources there are in a range after the change. */
+    size_t count_after(const Range &range);
+
+    std::map<std::string, Draft> &all() { return drafts_; }
+    const Source &source() const { return source_; }
+    Revision revision() const { return at_; }
+    std::vector<Range> &ranges_read() { return ranges_; }
+
+  private:
+    friend class DraftReader;
+
+    const Source &source_;
+    Revision at_;
+    std::map<std::string, Draft> drafts_; /* by key */
+    std::vector<Range> ranges_;
+};
+
+}  // namespace embedded
+
+#endif

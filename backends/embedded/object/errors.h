@@ -1,0 +1,51 @@
+/* The error holder that a session and each cursor have, and what failed in words. */
+#ifndef EMBEDDED_ERRORS_H
+#define EMBEDDED_ERRORS_H
+
+#include <exception>
+
+#include "handles.h"
+
+namespace embedded {
+
+class ErrorHolder {
+  public:
+    ErrorHolder();
+    ErrorHolder(const ErrorHolder &) = delete;
+    ErrorHolder &operator=(const ErrorHolder &) = delete;
+
+    ORUErrorIfc *table() { return &table_.table; }
+
+    void clear() { held_ = {}; }
+
+    /* Holds a new error and gives its code. */
+    int32_t fail(int32_t code, const std::string &words);
+
+    void hold(Error error) { held_ = std::move(error); }
+
+    /* Runs what may throw, and gives its code or that of what it threw. */
+    template <typename Body>
+    int32_t guard(Body body) {
+        clear();
+        try {
+            return body();
+        } catch (const std::exception &fault) {
+            return fail(fault);
+        }
+    }
+
+  private:
+    using Table = OwnedTable<ORUErrorIfc, ErrorHolder>;
+
+    int32_t fail(const std::exception &fault);
+
+    Table table_;
+    Error held_;
+};
+
+/* The result code that stands for an exception of the back end. */
+int32_t code_of(const std::exception &fault);
+
+}  // namespace embedded
+
+#endif

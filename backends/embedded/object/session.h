@@ -1,0 +1,73 @@
+/* What a client session has, and the two tables through which it reads. */
+#ifndef EMBEDDED_SESSION_H
+#define EMBEDDED_SESSION_H
+
+#include <memory>
+
+#include "addresses.h"
+#include "errors.h"
+#include "rows.h"
+#include "store/store.h"
+#include "where.h"
+
+namespace embedded {
+
+/* All that an object of a session needs to read: the model, the store, and what it may see. */
+struct Source {
+    std::shared_ptr<const Model> model;
+    std::shared_ptr<Store> store;
+    std::shared_ptr<const SecretReader> secrets;
+    Addresses addresses;
+
+    /* Names a resource by what stands in an address, looking at a revision where a secondary key
+       does so. */
+    std::optional<Target> resolve(std::string_view address, Revision at) const;
+    std::optional<Members> resolve_collection(std::string_view address, Revision at) const;
+
+    /* The resource that a row of the store leads to, which is none itself. */
+    std::optional<Place> owner_of(const std::string &index_key, Revision at) const;
+
+  private:
+    FindBySecondaryKey finder(Revision at) const;
+};
+
+/* Single resources. */
+class DataInterface {
+  public:
+    explicit DataInterface(std::shared_ptr<const Source> source);
+
+    ORUDataIfc *table() { return &table_.table; }
+
+  private:
+    using Table = OwnedTable<ORUDataIfc, DataInterface>;
+
+    int32_t get_values(ORUDoUri *uri, ORUDoNlist *names, bool return_defaults, ORUDoVlist *values);
+    int32_t get_props(ORUDoUri *uri, bool is_operational, ORUDoProperties *props);
+    int32_t no_such_resource(ORUDoUri *uri);
+
+    Table table_;
+    std::shared_ptr<const Source> source_;
+    Uri context_;
+    ErrorHolder errors_;
+};
+
+/* Cursors over the members of collections. */
+class CollectionInterface {
+  public:
+    explicit CollectionInterface(std::shared_ptr<const Source> source);
+
+    ORUCollIfc *table() { return &table_.table; }
+
+  private:
+    using Table = OwnedTable<ORUCollIfc, CollectionInterface>;
+
+    int32_t open(ORUDoUri *uri, ORUDoNlist *attributes, ORUDoNvlist *where, ORUDoNlist *order,
+                 bool return_defaults, ORUDtlCursor **out_cursor);
+
+    Table table_;
+    std::shared_ptr<const Source> source_;
+};
+
+}  // namespace embedded
+
+#endif

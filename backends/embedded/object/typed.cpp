@@ -1,0 +1,203 @@
+#include "typed.h"
+
+namespace embedded {
+
+namespace {
+
+using EachValue =
+    Each<ORUDoVlist, ORUDoValue, oru_do_vlist_iter, oru_do_vlist_has_next, oru_do_vlist_get_next>;
+
+/* A list with what `change` makes of each element. */
+template <typename Change>
+ValueList map_list(ORUDoVlist *elements, Change change) {
+    ValueList changed = made<ValueList>(oru_do_vlist_new());
+    EachValue each(elements);
+    while (ORUDoValue *element = each()) {
+        if (oru_do_vlist_add(changed.get(), change(element).get()) < 0)
+            throw std::bad_alloc();
+    }
+    return changed;
+}
+
+/* The members with what `change` makes of each. */
+template <typename Change>
+NameValueList map_members(ORUDoNvlist *members, Change change) {
+    NameValueList changed = made<NameValueList>(oru_do_nvlist_new());
+    EachItem each(members);
+    while (ORUDoNvlistItem *item = each()) {
+        const char *const name = oru_do_nvlist_item_get_name(item);
+        const Value value = change(name, oru_do_nvlist_item_get_value(item));
+        if (oru_do_nvlist_add(changed.get(), name, value.get()) < 1)
+            throw std::bad_alloc();
+    }
+    return changed;
+}
+
+ORUDoNvlist *members_of(ORUDoValue *value) {
+    int32_t status = 0;
+    return oru_do_value_get_type(value) == ORU_DO_TYPE_CHOICE
+               ? oru_do_value_get_choice(value, &status)
+               : oru_do_value_get_sequence(value, &status);
+}
+
+Value of_members(int32_t type, const NameValueList &members) {
+    return made<Value>(type == ORU_DO_TYPE_CHOICE ? oru_do_value_new_choice(members.get())
+                                                  : oru_do_value_new_sequence(members.get()));
+}
+
+bool is_composed(ORUDoValue *value) {
+    const int32_t type = oru_do_value_get_type(value);
+    return type == ORU_DO_TYPE_CHOICE || type == ORU_DO_TYPE_SEQUENCE || type == ORU_DO_TYPE_ARRAY;
+}
+
+/* Names a value that is nobody else's. */
+Value named(Value made_here, std::string_view type_name) {
+    if (!type_name.empty())
+        oru_do_value_set_typedef_name_l(made_here.get(), type_name.data(),
+                                        static_cast<int32_t>(type_name.size()));
+    return made_here;
+}
+
+/* A value with the name of a derived type. One that is shared is copied; copies of composed values
+   lose the names inside, but these were made anew when they fit their type. */
+Value with_name(const Value &value, ORUDoValue *given, std::string_view type_name) {
+    if (view(oru_do_value_get_typedef_name(value.get())) == type_name)
+        return value;
+    if (value.get() != given)
+        return named(value, type_name);
+    if (is_composed(given))
+        return value;
+    const Value copy = made<Value>(oru_do_value_clone(given));
+    oru_do_value_set_flags(copy.get(), 0);
+    return named(copy, type_name);
+}
+
+/* ---- Into a type ---- */
+
+bool is_integer_type(int32_t type) {
+    return type >= ORU_DO_TYPE_UNSIGNED_BYTE && type <= ORU_DO_TYPE_LONG;
+}
+
+std::string number_text(ORUDoValue *value) {
+    int32_t status = 0;
+    if (oru_do_value_is_unsigned_int_number(value) != 0)
+        return std::to_string(oru_do_value_to_u_int64(value, &status));
+    return std::to_string(oru_do_value_to_int64(value, &status));
+}
+
+/* A number in another width, when it fits. */
+Value number_in_type(int32_t type, ORUDoValue *value) {
+    int32_t status = 0;
+    const std::string text = number_text(value);
+    const Value number(oru_do_value_new_from_string(text.c_str(), type, &status));
+    return number && number_text(number.get()) == text ? number : Value::share(value);
+}
+
+Value scalar_in_type(int32_t type, ORUDoValue *value) {
+    int32_t status = 0;
+    const int32_t given = oru_do_value_get_type(value);
+    if (given == type)
+        return Value::share(value);
+    if (is_integer_type(type) && is_integer_type(given))
+        return number_in_type(type, value);
+    if (type == ORU_DO_TYPE_STRING && given == ORU_DO_TYPE_ENUMERATION)
+        return made<Value>(oru_do_value_new_string(oru_do_value_get_enumeration(value, &status)));
+    if (given != ORU_DO_TYPE_STRING)
+        return Value::share(value);
+    const char *const text = oru_do_value_get_string(value, &status);
+    if (type == ORU_DO_TYPE_ENUMERATION)
+        return made<Value>(oru_do_value_new_enumeration(text));
+    if (type == ORU_DO_TYPE_MR_URI)
+        return made<Value>(oru_do_value_new_mr_uri(made<Uri>(oru_do_uri_new(text)).get()));
+    return Value::share(value);
+}
+
+Value in_type(int32_t code, ORUDoTypedefMeta *type, ORUDoValue *value);
+
+Value member_in_type(ORUDoNtlist *types, const char *name, ORUDoValue *value) {
+    ORUDoNtlistItem *const member =
+        types != nullptr ? oru_do_ntlist_get_item_by_name(types, name) : nullptr;
+    if (member == nullptr)
+        return Value::share(value);
+    return in_type(oru_do_ntlist_item_get_type_code(member), oru_do_ntlist_item_get_typedef(member),
+                   value);
+}
+
+Value complex_in_type(int32_t code, ORUDoNtlist *types, ORUDoValue *value) {
+    if (oru_do_value_get_type(value) != code)
+        return Value::share(value);
+    return of_members(code,
+                      map_members(members_of(value), [&](const char *name, ORUDoValue *member) {
+                          return member_in_type(types, name, member);
+                      }));
+}
+
+Value unnamed_in_type(int32_t code, ORUDoTypedefMeta *type, ORUDoValue *value) {
+    switch (type != nullptr ? oru_do_typedef_meta_get_category(type) : ORU_TYPEDEF_SIMPLE) {
+        case ORU_TYPEDEF_ENUM:
+            return scalar_in_type(ORU_DO_TYPE_ENUMERATION, value);
+        case ORU_TYPEDEF_SEQUENCE:
+            return complex_in_type(ORU_DO_TYPE_SEQUENCE,
+                                   oru_do_typedef_meta_get_sequence_members(type), value);
+        case ORU_TYPEDEF_CHOICE:
+            return complex_in_type(ORU_DO_TYPE_CHOICE, oru_do_typedef_meta_get_choices(type),
+                                   value);
+        default:
+            return scalar_in_type(
+                type != nullptr ? oru_do_typedef_meta_get_simple_type(type) : code, value);
+    }
+}
+
+Value in_type(int32_t code, ORUDoTypedefMeta *type, ORUDoValue *value) {
+    const Value converted = unnamed_in_type(code, type, value);
+    ORUDoName *const name = type != nullptr ? oru_do_typedef_meta_get_name(type) : nullptr;
+    return name != nullptr ? with_name(converted, value, view(oru_do_name_get_strname(name)))
+                           : converted;
+}
+
+}  // namespace
+
+Value in_type_of(const AttributeType &attribute, ORUDoValue *value) {
+    ORUDoTypedefMeta *const type = oru_do_prop_meta_get_typedef_meta(attribute.meta.get());
+    if (!attribute.is_many)
+        return in_type(attribute.type, type, value);
+    if (oru_do_value_is_array(value) == 0)
+        return Value::share(value);
+    int32_t status = 0;
+    const ValueList elements =
+        map_list(oru_do_value_get_array(value, &status),
+                 [&](ORUDoValue *element) { return in_type(attribute.type, type, element); });
+    return made<Value>(oru_do_value_new_array(elements.get()));
+}
+
+namespace {
+
+Value replace_inner(ORUDoValue *value, const ReplaceSecret &replace) {
+    return replace_secrets(Value::share(value), replace);
+}
+
+}  // namespace
+
+Value replace_secrets(const Value &value, const ReplaceSecret &replace) {
+    int32_t status = 0;
+    const int32_t type = oru_do_value_get_type(value.get());
+    const std::string_view type_name = view(oru_do_value_get_typedef_name(value.get()));
+    if (type == ORU_DO_TYPE_STRING) {
+        const Secrecy secrecy = secrecy_of(type_name);
+        return secrecy == Secrecy::none ? value : named(replace(value.get(), secrecy), type_name);
+    }
+    if (!is_composed(value.get()))
+        return value;
+    if (type == ORU_DO_TYPE_ARRAY) {
+        const ValueList elements =
+            map_list(oru_do_value_get_array(value.get(), &status),
+                     [&](ORUDoValue *element) { return replace_inner(element, replace); });
+        return named(made<Value>(oru_do_value_new_array(elements.get())), type_name);
+    }
+    const NameValueList members = map_members(
+        members_of(value.get()),
+        [&](const char *, ORUDoValue *member) { return replace_inner(member, replace); });
+    return named(of_members(type, members), type_name);
+}
+
+}  // namespace embedded
