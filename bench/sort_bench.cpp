@@ -15,12 +15,14 @@
 #include <string>
 #include <vector>
 
+#include "bench/memory.h"
 #include "bench/ratios.h"
 
 namespace {
 
 constexpr int32_t kRows = 100000;
 constexpr int32_t kColumns = 6;  // in front of the keys
+constexpr int32_t kAnyNumber = 1 << 24;
 constexpr int kRepetitions = 7;
 
 void size_pools() {
@@ -132,12 +134,32 @@ void add(const std::string &work) {
     oru::bench::expect(work, "stable_sort", oru::bench::at_most(3));
 }
 
+// What a row costs while it is in the sorter, and in a table; the row itself is there before.
+void print_bytes() {
+    const auto file_all = [] {
+        ORUVtableSorter *sorter = oru_vtable_sorter_new(kColumns, 1, "a", -1, -1);
+        for (const Row &row : rows_with(kAnyNumber))
+            oru_vtable_sorter_add(sorter, row.values);
+    };
+    const auto add_all = [] { table_of(pointers_to(rows_with(kAnyNumber))); };
+    const auto make_rows = [] { rows_with(kAnyNumber); };
+    const auto make_pooled_rows = [] {
+        size_pools();
+        rows_with(kAnyNumber);
+    };
+    oru::bench::print_bytes_each("row in the sorter", "pools", kRows, make_pooled_rows, file_all);
+    oru::bench::print_bytes_each("row in the sorter", "heap", kRows, make_rows, file_all);
+    oru::bench::print_bytes_each("row in a table", "pools", kRows, make_pooled_rows, add_all);
+    oru::bench::print_bytes_each("row in a table", "heap", kRows, make_rows, add_all);
+}
+
 }  // namespace
 
 int main(int argc, char **argv) {
     tracelet_set_threshold(0);
+    print_bytes();
     size_pools();
-    add<1 << 24, 1>("100000 rows, a number");
+    add<kAnyNumber, 1>("100000 rows, a number");
     add<1000, 1>("100000 rows, 1000 numbers");
     add<1000, 2>("100000 rows, number, text");
     return oru::bench::run_all(argc, argv);
