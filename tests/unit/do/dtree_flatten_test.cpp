@@ -367,6 +367,17 @@ TEST_F(DtreeFlatten, AMovedNodeThatIsHeldElsewhereIsMovedAndThenLeft) {
     oru_do_dtree_deref(b);
 }
 
+// The node that goes is given back where nodes come from now.
+TEST_F(DtreeFlatten, AChildThatIsNotOfThePoolIsFatal) {
+    EXPECT_FATAL(
+        {
+            add(add(root, "a"), "b");
+            init_chunk_poolheap_oru_do_dtree(8, 0);
+            oru_do_dtree_flatten(root, nullptr, 0);
+        },
+        "Failed to free ##name from chunk poolheap_chunk_##type");
+}
+
 TEST_F(DtreeFlatten, WithoutMemoryForATextTheNamesStay) {
     ORUDoDtree *a = add(root, "a");
     set(a, "p", 1);
