@@ -11,6 +11,8 @@ import sys
 import tempfile
 import unittest
 
+from cases import cases as read_cases
+
 ORUCTL, CASES = map(os.path.abspath, sys.argv[1:3])
 FORMS = ("json", "compact", "xml", "text")
 
@@ -21,18 +23,7 @@ def run(*arguments, read=b"", folder=None, to=subprocess.PIPE):
 
 
 def cases(name):
-    """The cases of a file: words with the texts behind them, a case at a time."""
-    case = {}
-    with open(os.path.join(CASES, name), encoding="utf-8") as lines:
-        for line in lines:
-            if line.startswith("#") or not line.strip():
-                continue
-            word, text = line[:8].rstrip(), line[9:].rstrip("\n")
-            if word == "read" and case:
-                yield case
-                case = {}
-            case.setdefault(word, []).append(text)
-    yield case
+    return read_cases(os.path.join(CASES, name))
 
 
 class Test(unittest.TestCase):

@@ -9,8 +9,12 @@ namespace oructl {
 // Exit statuses. What was asked for wrongly is told apart from what was found faulty.
 enum : int { kDone = 0, kFaults = 1, kUsage = 2 };
 
+// Takes an existing file, or "-" for standard input.
+CLI::Validator input_file();
+
 // Each adds a command. When it is chosen its result is stored in `status`, which must live on.
 void add_convert_command(CLI::App &app, int &status);
+void add_dtl_commands(CLI::App &app, int &status);
 void add_model_commands(CLI::App &app, int &status);
 
 }  // namespace oructl

@@ -1,7 +1,6 @@
 // `oructl convert`: reads objects in any JSON form and writes them in another.
 #include <cerrno>
 #include <cstdio>
-#include <filesystem>
 #include <map>
 #include <memory>
 #include <stdexcept>
@@ -64,12 +63,6 @@ int run(const Arguments &arguments) {
     return faulty ? kFaults : kDone;
 }
 
-std::string check_file(const std::string &file) {
-    if (file == kStandardInput || std::filesystem::exists(file))
-        return "";
-    return "File does not exist: " + file;
-}
-
 std::string check_form(const std::string &form) {
     return kForms.count(form) != 0 ? "" : form + " is no form; known are: json compact xml text";
 }
@@ -87,7 +80,7 @@ void add_convert_command(CLI::App &app, int &status) {
     const auto arguments = std::make_shared<Arguments>();
     auto *command = app.add_subcommand("convert", "Reads objects and writes them in another form");
     command->add_option("file", arguments->files, "files; - or none is standard input")
-        ->check(CLI::Validator(check_file, "FILE", "file"));
+        ->check(input_file());
     command->add_option("-t,--to", arguments->form, "json (the default), compact, xml or text")
         ->check(CLI::Validator(check_form, "FORM", "form"));
     command

@@ -7,13 +7,15 @@
 namespace {
 
 int run(int argc, char **argv) {
-    CLI::App app{"Looks into models of managed resources and converts objects.", "oructl"};
+    CLI::App app{"Looks into models of managed resources, converts objects, checks documents.",
+                 "oructl"};
     app.require_subcommand(1);
     app.footer("Exit status: 0 done, 1 faults were found, 2 wrong use.");
 
     int status = oructl::kDone;
     oructl::add_model_commands(app, status);
     oructl::add_convert_command(app, status);
+    oructl::add_dtl_commands(app, status);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError &error) {

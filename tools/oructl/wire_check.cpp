@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <unordered_set>
 
+#include "similar.h"
 #include "wire_checker.h"
 
 namespace oructl {
@@ -103,10 +104,9 @@ const Form *Checker::check_tagged(const JsonNode &node) {
     }
     const Form *form = find_form(payload.key);
     if (form == nullptr) {
-        const std::string similar = similar_tag(payload.key);
-        lose(payload.key_begin,
-             "no type is known by " + quoted(payload.key) +
-                 (similar.empty() ? "; this is left out" : "; is it " + quoted(similar) + "?"));
+        const std::string question = similar_question(payload.key, known_tags());
+        lose(payload.key_begin, "no type is known by " + quoted(payload.key) +
+                                    (question.empty() ? "; this is left out" : question));
         return nullptr;
     }
     if (const auto whole = whole_tag(payload.key); whole != payload.key)

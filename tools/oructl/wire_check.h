@@ -15,6 +15,7 @@ namespace oructl {
 struct WireOptions {
     std::string type;  // what a document is, without "%"; "value" for any; empty to go by its tag
     bool show_secrets = false;
+    bool computes_later = false;  // functions that can end the process are not called here
 };
 
 struct CheckedDocument {

@@ -138,7 +138,7 @@ void Checker::check_call(const JsonNode &payload) {
         lose(payload.key_begin, "no function is known by " + name + "; this is left out");
         return;
     }
-    if (ends_process(payload.key)) {
+    if (ends_process(payload.key) && !options_.computes_later) {
         refuse(payload.key_begin, name + " is not computed here: it can end the process");
     }
     if (payload.next != nullptr)

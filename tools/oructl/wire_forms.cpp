@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <iterator>
 #include <limits>
-#include <vector>
 
 namespace oructl {
 namespace {
@@ -158,23 +157,6 @@ const oru_json_type_info *row_of(std::string_view tag) {
     return oru_json_get_type_info(tag.data(), static_cast<int32_t>(tag.size()));
 }
 
-// How many letters are to be put in, left out or changed.
-size_t distance(std::string_view a, std::string_view b) {
-    std::vector<size_t> row(b.size() + 1);
-    for (size_t j = 0; j <= b.size(); ++j)
-        row[j] = j;
-    for (size_t i = 0; i < a.size(); ++i) {
-        size_t corner = row[0];
-        row[0] = i + 1;
-        for (size_t j = 0; j < b.size(); ++j) {
-            const size_t change = corner + (a[i] == b[j] ? 0 : 1);
-            corner = row[j + 1];
-            row[j + 1] = std::min({change, corner + 1, row[j] + 1});
-        }
-    }
-    return row.back();
-}
-
 }  // namespace
 
 const Form *find_form(std::string_view tag) {
@@ -207,13 +189,11 @@ bool is_function(std::string_view tag) {
     return tag.size() >= 4 && tag.front() == '_' && tag.back() == ')';
 }
 
-std::string similar_tag(std::string_view tag) {
-    constexpr size_t kLongest = 32;
-    tag = tag.substr(0, kLongest);
-    const auto *nearest = std::ranges::min_element(
-        kForms, {}, [&](const Form &form) { return distance(form.tag, tag); });
-    constexpr size_t kNear = 2;
-    return distance(nearest->tag, tag) <= kNear ? nearest->tag : "";
+std::vector<std::string> known_tags() {
+    std::vector<std::string> tags;
+    for (const Form &form : kForms)
+        tags.emplace_back(form.tag);
+    return tags;
 }
 
 std::string known_types() {

@@ -6,6 +6,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace oructl {
 
@@ -63,10 +64,8 @@ bool is_read_untagged(const Form &form);
 bool is_tag(std::string_view key);
 bool is_function(std::string_view tag);
 
-// The tag that looks like one that is not known; empty when none does.
-std::string similar_tag(std::string_view tag);
-
-// All tags without their "%", in the order of the reader's table.
+// All tags, in the order of the reader's table, and the same in one line without their "%".
+std::vector<std::string> known_tags();
 std::string known_types();
 
 }  // namespace oructl
