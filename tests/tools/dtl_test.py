@@ -194,12 +194,14 @@ class Faults(Test):
 class Hostile(Test):
     def test_values_that_would_end_the_process_are_only_told(self):
         for value in ('{"_div()":[1,0]}', '{"_mod()":[1,0]}', '{"_div()":[1,0]} x',
-                      '[{"_div()":[1,0]}', '{"_add()":[{"_div()":[1,0]} x', '{"_div()":<b>[1,0]</b>}',
+                      '[{"_div()":[1,0]}', '{"_add()":[{"_div()":[1,0]} x',
+                      '{"_div()":<b>[1,0]</b>}',
                       '<![CDATA[{"_div()":[1,0]}]]>', '{"&#95;div()":[1,0]}',
                       '{"\\u005fdiv()":[1,0]}', '{"%int":"x"}',
                       '{"_key()":[{"%mr_uri":"/' + "a" * 70 + '"}]}'):
             for document in (f"<a {BOXES}><mtu>{value}</mtu></a>",
-                             f'<a {BOXES} xmlns:dtl="u"><dtl:where><mtu>{value}</mtu></dtl:where></a>',
+                             f'<a {BOXES} xmlns:dtl="u"><dtl:where><mtu>{value}</mtu></dtl:where>'
+                             "</a>",
                              f'<a {BOX} op="action"><reset><mode>{value}</mode></reset></a>'):
                 with self.subTest(document=document):
                     self.assertNotEqual(self.faults(document), [])
@@ -229,7 +231,8 @@ class Hostile(Test):
         entities = "".join(f'<!ENTITY e{i} "{f"&e{i - 1};" * 10 if i else "x" * 1000}">'
                            for i in range(10))
         for declared in (entities, '<!ATTLIST a b CDATA "x">', '<!ENTITY x SYSTEM "/etc/passwd">',
-                         '<!ENTITY % x SYSTEM "/etc/passwd"> %x;', '<!ENTITY x SYSTEM "x" NDATA y>'):
+                         '<!ENTITY % x SYSTEM "/etc/passwd"> %x;',
+                         '<!ENTITY x SYSTEM "x" NDATA y>'):
             self.assertEqual(self.faults(f"<!DOCTYPE a [{declared}]><a>&e9;&x;</a>"),
                              ["-: declares entities or attributes, which is refused"])
         self.assertEqual(self.faults("<!DOCTYPE a><a/>"), [])

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <charconv>
 
-#include "similar.h"
+#include "fault_words.h"
 
 namespace oructl {
 namespace {
@@ -49,10 +49,6 @@ Words names_in(DtlRole role) {
             break;
     }
     return names;
-}
-
-std::string in_quotes(const std::string &text) {
-    return '"' + text + '"';
 }
 
 std::string fault_of_word(const std::string &name, const std::string &word, const Words &known) {

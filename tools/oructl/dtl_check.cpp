@@ -5,9 +5,9 @@
 
 #include "dtl_attributes.h"
 #include "dtl_words.h"
+#include "fault_words.h"
 #include "model_words.h"
 #include "object_text.h"
-#include "similar.h"
 
 namespace oructl {
 namespace {
@@ -22,10 +22,6 @@ struct ReleaseUri {
     void operator()(ORUDoUri *uri) const { oru_do_uri_deref(uri); }
 };
 using Tree = std::unique_ptr<ORUDtlNode, ReleaseTree>;
-
-std::string in_quotes(std::string_view text) {
-    return '"' + std::string(text) + '"';
-}
 
 ORUDoMrMeta *meta_of(const ORUDtlNode &node) {
     return node.mr_info != nullptr ? node.mr_info->mr_meta : nullptr;
@@ -385,27 +381,6 @@ void Walk::check_condition(DtlItem &item, const ORUDtlNode &node, const xmlNode 
         add(item, element, text.fault);
 }
 
-// ---- Drawing ----
-
-std::string place_of(const Fault &fault) {
-    return fault.file + (fault.line > 0 ? ":" + std::to_string(fault.line) : "") + ": ";
-}
-
-void draw(const DtlItem &item, const std::string &head, const std::string &indent,
-          std::string &out) {
-    out += head + item.title + "\n";
-    const std::string inner = indent + (item.children.empty() ? "    " : "│   ");
-    for (const std::string &line : item.details)
-        out += inner + line + "\n";
-    for (const Fault &fault : item.faults)
-        out += inner + "! " + place_of(fault) + "<" + fault.element + ">: " + fault.words + "\n";
-    for (size_t i = 0; i < item.children.size(); ++i) {
-        const bool last = i + 1 == item.children.size();
-        draw(item.children[i], indent + (last ? "└── " : "├── "), indent + (last ? "    " : "│   "),
-             out);
-    }
-}
-
 bool told_in(const std::vector<DtlItem> &items) {
     return std::ranges::any_of(items, item_has_faults);
 }
@@ -430,13 +405,6 @@ CheckedDtl check_dtl(const DtlDocument &document, const Model &model) {
 
 bool has_faults(const CheckedDtl &checked) {
     return !checked.faults.empty() || told_in(checked.roots);
-}
-
-std::string draw(const CheckedDtl &checked) {
-    std::string out;
-    for (const DtlItem &root : checked.roots)
-        draw(root, "", "", out);
-    return out;
 }
 
 }  // namespace oructl

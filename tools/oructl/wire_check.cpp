@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <unordered_set>
 
-#include "similar.h"
+#include "fault_words.h"
 #include "wire_checker.h"
 
 namespace oructl {
@@ -24,11 +24,6 @@ bool is_secret_type(std::string_view name) {
 }
 
 }  // namespace
-
-std::string quoted(std::string_view text) {
-    constexpr size_t kLongest = 60;
-    return '"' + std::string(text.substr(0, kLongest)) + (text.size() > kLongest ? "...\"" : "\"");
-}
 
 bool is_tagged(const JsonNode &node) {
     return node.kind == JsonNode::kObject && node.first != nullptr && is_tag(node.first->key);
@@ -105,12 +100,12 @@ const Form *Checker::check_tagged(const JsonNode &node) {
     const Form *form = find_form(payload.key);
     if (form == nullptr) {
         const std::string question = similar_question(payload.key, known_tags());
-        lose(payload.key_begin, "no type is known by " + quoted(payload.key) +
+        lose(payload.key_begin, "no type is known by " + in_quotes(payload.key) +
                                     (question.empty() ? "; this is left out" : question));
         return nullptr;
     }
     if (const auto whole = whole_tag(payload.key); whole != payload.key)
-        lose(payload.key_begin, quoted(payload.key) + " is read as " + quoted(whole));
+        lose(payload.key_begin, in_quotes(payload.key) + " is read as " + in_quotes(whole));
     if (is_read_untagged(*form))
         edits_.push_back({node.begin, payload.begin, ""});
     check_payload(*form, payload);
@@ -127,12 +122,14 @@ void Checker::check_beside(const Form &form, const JsonNode &payload) {
         const bool is_typedef = other->key.starts_with('%') && begins(other->key, kTypedefTag);
         if (!is_typedef || !is_value(form)) {
             refuse(other->key_begin,
-                   quoted(other->key) + " beside " + quoted(tag) + ", where " +
-                       (is_value(form) ? "only " + quoted(kTypedefTag) : "nothing") + " may stand");
+                   in_quotes(other->key) + " beside " + in_quotes(tag) + ", where " +
+                       (is_value(form) ? "only " + in_quotes(kTypedefTag) : "nothing") +
+                       " may stand");
         } else if (other->kind != JsonNode::kText) {
-            lose(other->begin, quoted(kTypedefTag) + " takes a text, not " + words_of(other->kind));
+            lose(other->begin,
+                 in_quotes(kTypedefTag) + " takes a text, not " + words_of(other->kind));
         } else if (other->key != kTypedefTag) {
-            lose(other->key_begin, quoted(other->key) + " is read as " + quoted(kTypedefTag));
+            lose(other->key_begin, in_quotes(other->key) + " is read as " + in_quotes(kTypedefTag));
         }
         const bool hides = is_typedef && other->kind == JsonNode::kText &&
                            is_secret_type(other->text) && !options_.show_secrets;
@@ -247,9 +244,10 @@ void Checker::check_named(const Form &form, const JsonNode &payload) {
     for (const JsonNode *member = payload.first; member != nullptr; member = member->next) {
         if (is_tag(member->key))
             lose(member->key_begin,
-                 quoted(member->key) + " is taken for a tag, not for a name, and is left out");
+                 in_quotes(member->key) + " is taken for a tag, not for a name, and is left out");
         if (once && !names.insert(member->key).second)
-            lose(member->key_begin, quoted(member->key) + " stands here twice; the first is read");
+            lose(member->key_begin,
+                 in_quotes(member->key) + " stands here twice; the first is read");
         if (form.payload == Payload::named_values)
             check_value(*member);
         else

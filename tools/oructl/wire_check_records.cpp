@@ -1,6 +1,7 @@
 // Objects with fixed members.
 #include <algorithm>
 
+#include "fault_words.h"
 #include "wire_checker.h"
 
 namespace oructl {
@@ -11,18 +12,19 @@ void Checker::check_record(const Form &form, const JsonNode &record) {
         const auto member = std::ranges::find_if(
             form.members, [&](const Member &known) { return known.name == node->key; });
         if (member == form.members.end()) {
-            leave_out(*node, quoted(node->key) + " is no member of " + form.tag);
+            leave_out(*node, in_quotes(node->key) + " is no member of " + form.tag);
             continue;
         }
         const auto index = static_cast<size_t>(member - form.members.begin());
         if (found[index])
-            lose(node->key_begin, quoted(node->key) + " stands here twice; the first is read");
+            lose(node->key_begin, in_quotes(node->key) + " stands here twice; the first is read");
         if (check_member(form, *member, *node))
             found[index] = true;
     }
     for (size_t i = 0; i < found.size(); ++i) {
         if (form.members[i].required && !found[i])
-            refuse(record.begin, std::string(form.tag) + " needs " + quoted(form.members[i].name));
+            refuse(record.begin,
+                   std::string(form.tag) + " needs " + in_quotes(form.members[i].name));
     }
     if (form.is("%dtree"))
         check_order(record, "name", "children", "before \"name\" children are lost");
@@ -33,7 +35,7 @@ void Checker::check_record(const Form &form, const JsonNode &record) {
 
 // Whether the reader takes the member.
 bool Checker::check_member(const Form &form, const Member &member, const JsonNode &node) {
-    const std::string what = quoted(member.name) + " of " + form.tag;
+    const std::string what = in_quotes(member.name) + " of " + form.tag;
     switch (member.want) {
         case Want::text:
             if (node.kind == JsonNode::kText)
@@ -53,7 +55,7 @@ bool Checker::check_member(const Form &form, const Member &member, const JsonNod
             check_children(node);
             return true;
         default:
-            leave_out(node, quoted(member.name) + ": " + member.of);
+            leave_out(node, in_quotes(member.name) + ": " + member.of);
             return true;
     }
     if (node.kind == JsonNode::kObject || node.kind == JsonNode::kArray)
@@ -88,14 +90,14 @@ void Checker::check_operation(const JsonNode &record) {
         const auto member = std::ranges::find_if(
             form.members, [&](const Member &known) { return known.name == node->key; });
         if (member == form.members.end()) {
-            leave_out(*node, quoted(node->key) + " is no member of an operation");
+            leave_out(*node, in_quotes(node->key) + " is no member of an operation");
             continue;
         }
         const std::string_view name = member->name;
         const bool made = complete[0] && complete[1];
         if (made && name != "err")
             lose(node->key_begin,
-                 quoted(name) +
+                 in_quotes(name) +
                      " is lost behind \"mr_uri\" and \"props\", which make the operation");
         const bool taken = check_member(form, *member, *node);
         complete[0] = complete[0] || (taken && name == "mr_uri");

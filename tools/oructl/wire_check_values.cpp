@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstdlib>
 
+#include "fault_words.h"
 #include "wire_checker.h"
 
 namespace oructl {
@@ -133,7 +134,7 @@ void Checker::check_hex(const Form &form, const JsonNode &node) {
 
 // Expressions are computed where they are read.
 void Checker::check_call(const JsonNode &payload) {
-    const std::string name = quoted(payload.key);
+    const std::string name = in_quotes(payload.key);
     if (!is_known_function(payload.key)) {
         lose(payload.key_begin, "no function is known by " + name + "; this is left out");
         return;
@@ -143,7 +144,7 @@ void Checker::check_call(const JsonNode &payload) {
     }
     if (payload.next != nullptr)
         refuse(payload.next->key_begin,
-               quoted(payload.next->key) + " beside " + name + ", where nothing may stand");
+               in_quotes(payload.next->key) + " beside " + name + ", where nothing may stand");
     if (payload.kind == JsonNode::kObject)
         refuse(payload.begin, name + " takes an object in an array: [{...}]");
     else if (payload.kind != JsonNode::kArray)

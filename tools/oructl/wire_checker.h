@@ -13,9 +13,6 @@ struct Edit {
     std::string text;
 };
 
-// A text in quotes, cut where it is long.
-std::string quoted(std::string_view text);
-
 // Whether a node is an object whose first key tells what it is, or one that has other keys only.
 bool is_tagged(const JsonNode &node);
 bool is_bare(const JsonNode &node);

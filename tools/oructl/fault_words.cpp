@@ -1,4 +1,4 @@
-#include "similar.h"
+#include "fault_words.h"
 
 #include <algorithm>
 
@@ -24,6 +24,11 @@ size_t distance(std::string_view a, std::string_view b) {
 
 }  // namespace
 
+std::string in_quotes(std::string_view text) {
+    constexpr size_t kLongest = 60;
+    return '"' + std::string(text.substr(0, kLongest)) + (text.size() > kLongest ? "...\"" : "\"");
+}
+
 std::string similar_word(std::string_view word, const std::vector<std::string> &known) {
     constexpr size_t kLongest = 64;
     constexpr size_t kNear = 2;
@@ -44,7 +49,7 @@ std::string similar_word(std::string_view word, const std::vector<std::string> &
 
 std::string similar_question(std::string_view word, const std::vector<std::string> &known) {
     const std::string similar = similar_word(word, known);
-    return similar.empty() ? "" : "; is it \"" + similar + "\"?";
+    return similar.empty() ? "" : "; is it " + in_quotes(similar) + "?";
 }
 
 }  // namespace oructl
