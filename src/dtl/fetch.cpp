@@ -186,6 +186,9 @@ int32_t read_attrs(const Fetch &fetch) {
 int32_t dispatch(const Fetch &fetch) {
     const int32_t op = effective_op(fetch);
     trace_dispatch(fetch, op);
+    // The address was that of a collection before, and nobody will ask the cursor for its rows.
+    if (op < ORU_DTL_OP_COLL_GET)
+        close_cursor(fetch.ctx);
     const bool cfg = fetch.mr_info->cfg_attr_nlist != nullptr;
     const bool oper = fetch.mr_info->oper_attr_nlist != nullptr;
     switch (op) {

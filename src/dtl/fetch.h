@@ -41,6 +41,9 @@ int32_t read_attrs(const Fetch &fetch);
 int32_t invoke_action(const Fetch &fetch, ORUDoUri *uri);
 int32_t fetch_rows(const Fetch &fetch);
 
+// Closes the level's cursor, if it has one.
+void close_cursor(ORUDtlCtx *ctx);
+
 // ---- What they share ----
 
 // A new result node below the parent, counted; null when memory runs out.

@@ -120,11 +120,6 @@ void report_cursor_error(const Batch &batch) {
         oru_do_dtree_set_error(child, error);
 }
 
-void close_cursor(ORUDtlCtx *ctx) {
-    ctx->cursor->cursor_close(ctx->cursor);
-    ctx->cursor = nullptr;
-}
-
 int32_t take_rows(Batch &batch, ORUDoVtable *table) {
     batch.all_names =
         NlistRef::adopt(oru_do_nlist_merge(batch.cfg_list.get(), batch.oper_list.get()));
@@ -203,6 +198,12 @@ int32_t fetch_batch(Batch &batch) {
 }
 
 }  // namespace
+
+void close_cursor(ORUDtlCtx *ctx) {
+    if (ctx->cursor != nullptr)
+        ctx->cursor->cursor_close(ctx->cursor);
+    ctx->cursor = nullptr;
+}
 
 int32_t fetch_rows(const Fetch &fetch) {
     ORU_TRACE(Level::detail, "colluri=%s, count=%d", oru_do_uri_get_uri_str(fetch.uri),

@@ -5,6 +5,7 @@
 #include "do/error.h"
 #include "do/name.h"
 #include "do/strbuf.h"
+#include "dtl/fetch.h"
 #include "frame/text.h"
 #include "oru/rc.h"
 
@@ -90,6 +91,7 @@ bool is_reached(WalkLevel &at) {
         oru_do_dtree_remove_visited_peers(at.row);
         forget_row_that_went(at);
     }
+    at.resumed = at.row;
     return true;
 }
 
@@ -109,10 +111,7 @@ Go to_sibling(WalkLevel &at) {
     at.resume = nullptr;
     // Rows that count as no leaves, and a fetch that ran out of memory before it asked its cursor,
     // leave it to nobody.
-    if (at.ctx->cursor != nullptr) {
-        at.ctx->cursor->cursor_close(at.ctx->cursor);
-        at.ctx->cursor = nullptr;
-    }
+    close_cursor(at.ctx);
     at.ctx->batches = 0;
     return Go::sibling;
 }
@@ -189,8 +188,8 @@ Go after_rows(WalkLevel &at) {
 
 // 5 to 26.
 Go walk_child(WalkLevel &at) {
-    find_max_batches(at);  // 5
-    at.row = nullptr;      // 6
+    find_max_batches(at);           // 5
+    at.row = at.resumed = nullptr;  // 6
     at.has_inner = oru_dtl_tree_has_inner_mr_get(at.ch) != 0;
     if (at.ch->op == ORU_DTL_OP_NOOP)  // 7
         return Go::sibling;

@@ -42,8 +42,9 @@ struct WalkLevel {
     ORUDtlNode *ch = nullptr;
     int32_t max_batches = 0;
     bool has_inner = false;
-    int32_t fetch = 0;          // rows to ask for
-    ORUDoDtree *row = nullptr;  // the first row of the child, or the one to go on with
+    int32_t fetch = 0;              // rows to ask for
+    ORUDoDtree *row = nullptr;      // the first row of the child, or the one to go on with
+    ORUDoDtree *resumed = nullptr;  // the latter alone: what stopped below did so in this row
 
     // The row at hand.
     ORUDoDtree *next_row = nullptr;

@@ -76,6 +76,8 @@ bool stops_after_one(WalkLevel &at, const ORUDoDtree *row) {
             ++at.call.node_added;
         }
         at.stop_at = at.next_row;
+        if (at.stop_at != nullptr)
+            oru_dtl_ctx_delete(at.ctx->child);
     }
     at.ctx->dtree_node = at.c;
     hide_rows_behind(at);
@@ -103,7 +105,14 @@ AfterRow after_rules(WalkLevel &at) {
     return AfterRow::next_row;
 }
 
+// What stopped below belongs to the row in which it did.
+void leave_other_row(WalkLevel &at, const ORUDoDtree *row) {
+    if (std::exchange(at.resumed, nullptr) != row)
+        oru_dtl_ctx_delete(at.ctx->child);
+}
+
 AfterRow walk_row(WalkLevel &at, ORUDoDtree *row) {
+    leave_other_row(at, row);
     // 19.
     at.rc = walk(at.call, at.number + 1, at.ctx, at.ch, row);
     at.delta = at.call.node_added - at.entry_added;

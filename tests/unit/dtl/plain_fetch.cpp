@@ -48,6 +48,9 @@ int32_t PlainWalk::dispatch(const Fetch &fetch) {
     int32_t op = fetch.ch->op;
     if (fetch.uri.find('?') != std::string::npos && op >= 2 && op <= 8)
         op += 8;
+    // Nobody would ask a cursor that is left from another address.
+    if (op < 10)
+        close(*fetch.ctx);
     const bool cfg = !fetch.ch->cfg.empty();
     const bool oper = !fetch.ch->oper.empty();
     switch (op) {

@@ -168,6 +168,7 @@ int32_t PlainWalk::walk(int32_t count, Ctx &parent_ctx, const DocNode &dtl_node,
     bool has_inner = false;
     int32_t fetch = 0;
     PlainNode *row = nullptr;
+    PlainNode *resumed = nullptr;
     PlainNode *c = nullptr;
     PlainNode *behind = nullptr;  // the rest of the iteration
     bool last = false;
@@ -199,7 +200,7 @@ int32_t PlainWalk::walk(int32_t count, Ctx &parent_ctx, const DocNode &dtl_node,
                 step = 6;
                 break;
             case 6:
-                row = nullptr;
+                row = resumed = nullptr;
                 has_inner = has_inner_mr_get(*ch);
                 step = 7;
                 break;
@@ -261,6 +262,7 @@ int32_t PlainWalk::walk(int32_t count, Ctx &parent_ctx, const DocNode &dtl_node,
                     while (parent.children.front() != row)
                         parent.children.erase(parent.children.begin());
                 }
+                resumed = row;
                 break;
             case 12:
                 step = row == nullptr ? 13 : 15;
@@ -326,6 +328,10 @@ int32_t PlainWalk::walk(int32_t count, Ctx &parent_ctx, const DocNode &dtl_node,
                 }
                 break;
             case 19:
+                // What stopped below stopped in the row to go on with.
+                if (c != resumed)
+                    give_up(ctx.child);
+                resumed = nullptr;
                 rc = walk(count, ctx, *ch, *c);
                 delta = node_added_ - entry_added;
                 step = 20;
@@ -372,6 +378,8 @@ int32_t PlainWalk::walk(int32_t count, Ctx &parent_ctx, const DocNode &dtl_node,
                         if (ctx.dtree_node != c)
                             ++node_added_;
                         stop_at = behind;
+                        if (stop_at != nullptr)
+                            give_up(ctx.child);
                     }
                     ctx.dtree_node = c;
                     hide_behind_c();

@@ -122,6 +122,38 @@ TEST_F(DtlWalkCursors, AListThatShrinksGivesUpItsCursor) {
     EXPECT_EQ(system.open_cursors(), 0);
 }
 
+TEST_F(DtlWalkCursors, AnAddressThatBecomesThatOfAResourceGivesUpItsCursor) {
+    param("u", "/sys?as");
+    resource(doc.get(), "x", "$u");
+    system.rows["/sys?as"] = {{"/1"}, {"/2"}};
+    EXPECT_EQ(next(1), ORU_OK);
+    params.reset(oru_do_nvlist_new());
+    param("u", "/xx");
+    calls();
+    EXPECT_EQ(next(-2), ORU_OK);
+    EXPECT_EQ(calls(), (Calls{"context", "close", "cfg /xx [a]"}));
+    EXPECT_EQ(tree(), "x(/1)[a=null] x(/xx)[a=null]");
+    EXPECT_EQ(next(-2), ORU_RC_NO_MORE_VALUE);
+}
+
+// ---- Levels below ----
+
+// The level below stopped at a container of a row that counts as no leaf in the next call.
+TEST_F(DtlWalkCursors, WhatStoppedBelowIsNotTheNextSiblings) {
+    ORUDtlNode *r = add_node(doc.get(), "r", ORU_DTL_NODE_CONTAINER, ORU_DTL_OP_TRAVERSE);
+    ORUDtlNode *a = collection(r, "a", "/sys?as");
+    add_node(a, "q", ORU_DTL_NODE_CONTAINER, ORU_DTL_OP_TRAVERSE);
+    resource(resource(r, "x", "/xx"), "y", "/yy");
+    system.rows["/sys?as"] = {{"/1"}};
+    EXPECT_EQ(next(1), ORU_OK);
+    EXPECT_EQ(tree(), "r{a(/1)[q=null]}");
+    EXPECT_EQ(calls(), (Calls{"context", "open_cfg /sys?as [_uri,_mr]", "next 1", "close"}));
+    EXPECT_EQ(next(1), ORU_OK);
+    EXPECT_EQ(calls(), (Calls{"context", "cfg /xx [a]", "cfg /yy [a]"}));
+    EXPECT_EQ(tree(), "~r{~a(/1)[q=null] x(/xx)[a=null]{y(/yy)[a=null]}}");
+    EXPECT_EQ(next(1), ORU_RC_NO_MORE_VALUE);
+}
+
 // ---- Failures with a cursor open ----
 
 TEST_F(DtlWalkCursors, AFailureGoesOnWithItsOwnChild) {

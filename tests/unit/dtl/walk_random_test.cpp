@@ -197,4 +197,9 @@ TEST(DtlWalkRandom, FollowsThePlainWalk) {
     }
 }
 
+// A list of peers, one a string: what stopped below one row was taken for the next row's.
+TEST(DtlWalkRandom, EndsWhereItDidNot) {
+    check_seed(48160);
+}
+
 }  // namespace
