@@ -108,12 +108,19 @@ TEST(JsonLayout, AnElementHoldsItsTagsAndMembers) {
     EXPECT_EQ(element.tag_items->next, nullptr);
 }
 
-TEST(JsonLayout, ElementsOfAnArrayHaveNoKey) {
+TEST(JsonLayout, ATableStandsInItsElement) {
     const Context ctx = parsed(R"({"%vtable":[[1],[2]]})");
     const Element &element = top_of(ctx);
     EXPECT_EQ(element.in_array, 1);
-    EXPECT_NE(element.obj, nullptr);  // the table
+    EXPECT_NE(element.obj, nullptr);
     EXPECT_EQ(element.obj, ctx->completed_obj);
+}
+
+TEST(JsonLayout, ElementsOfAnArrayHaveNoKey) {
+    const Context ctx = parsed(R"({"%vlist":[[1],[2]]})");
+    const Element &element = top_of(ctx);
+    EXPECT_EQ(element.in_array, 1);
+    EXPECT_EQ(element.obj, nullptr);
     ASSERT_NE(element.items, nullptr);
     EXPECT_EQ(element.items->key, nullptr);
     EXPECT_EQ(element.items->key_len, -1);
