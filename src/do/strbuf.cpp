@@ -4,7 +4,6 @@
 #include <charconv>
 #include <cstring>
 
-#include "frame/copy.h"
 #include "frame/text.h"
 #include "oru/json.h"
 #include "oru/rc.h"
@@ -62,39 +61,14 @@ void grow(ORUDoStrbuf &buf, int32_t need) {
     buf.cur = buf.str + buf.len;
 }
 
-[[gnu::noinline]] bool grow_by(ORUDoStrbuf &buf, int64_t more) {
-    const int64_t need = buf.len + more + 1;
-    if (need > INT32_MAX) {
-        buf.cur = nullptr;
-        return false;
-    }
-    grow(buf, static_cast<int32_t>(need));
-    return buf.cur != nullptr;
-}
-
-// Makes room for `more` bytes and the zero behind the text. False in the failed state, which no
-// later append leaves.
+// Makes room for `more` bytes and the zero behind the text. False in the failed state.
 bool ensure(ORUDoStrbuf &buf, int64_t more) {
-    if (buf.cur == nullptr) [[unlikely]]
-        return false;
-    if (buf.size - buf.len > more) [[likely]]
-        return true;
-    return grow_by(buf, more);
-}
-
-// The text now ends at `end`: what was added stands in front of it already. The fields are written
-// before the zero, which for all that the compiler knows could stand in one of them.
-int32_t end_at(ORUDoStrbuf &buf, char *end) {
-    const int32_t len = buf.len + static_cast<int32_t>(end - buf.cur);
-    buf.cur = end;
-    buf.len = len;
-    *end = '\0';
-    return len;
+    return oru::strbuf_room(buf, static_cast<size_t>(more)) != nullptr;
 }
 
 // The text got `added` bytes longer: they stand at the cursor already.
 int32_t advance(ORUDoStrbuf &buf, size_t added) {
-    return end_at(buf, buf.cur + added);
+    return oru::strbuf_end_at(buf, buf.cur + added);
 }
 
 const char *entity_of(char c) {
@@ -118,7 +92,7 @@ template <class Number>
 int32_t add_integer(ORUDoStrbuf &buf, Number n) {
     if (!ensure(buf, kRoomForInteger - 1))
         return -1;
-    return end_at(buf, std::to_chars(buf.cur, buf.cur + kRoomForInteger - 1, n).ptr);
+    return oru::strbuf_end_at(buf, std::to_chars(buf.cur, buf.cur + kRoomForInteger - 1, n).ptr);
 }
 
 int32_t add_hex(ORUDoStrbuf &buf, const void *bytes, int32_t n, const char *sep, int32_t group,
@@ -141,7 +115,7 @@ int32_t add_hex(ORUDoStrbuf &buf, const void *bytes, int32_t n, const char *sep,
         *out++ = digits[byte[i] >> 4];
         *out++ = digits[byte[i] & 0xf];
     }
-    return end_at(buf, out);
+    return oru::strbuf_end_at(buf, out);
 }
 
 constexpr char kUpperDigits[] = "0123456789ABCDEF";
@@ -154,12 +128,14 @@ void oru::ObjectType<ORUDoStrbuf>::release_members(ORUDoStrbuf &self) {
         release_storage(self);
 }
 
-bool oru::strbuf_append(ORUDoStrbuf &buf, std::string_view bytes) {
-    if (!ensure(buf, static_cast<int64_t>(bytes.size())))
+bool oru::strbuf_grow_by(ORUDoStrbuf &buf, int64_t more) {
+    const int64_t need = buf.len + more + 1;
+    if (need > INT32_MAX) {
+        buf.cur = nullptr;
         return false;
-    copy_bytes(buf.cur, bytes.data(), bytes.size());  // which may be none, at no address
-    advance(buf, bytes.size());
-    return true;
+    }
+    grow(buf, static_cast<int32_t>(need));
+    return buf.cur != nullptr;
 }
 
 ORUDoStrbuf *oru_do_strbuf_new() {
@@ -274,7 +250,7 @@ int32_t oru_do_strbuf_add_char(ORUDoStrbuf *strbuf, int32_t c) {
         return -1;
     char *at = strbuf->cur;
     *at = static_cast<char>(c);
-    return end_at(*strbuf, at + 1);
+    return oru::strbuf_end_at(*strbuf, at + 1);
 }
 
 int32_t oru_do_strbuf_add_string_encode_for_sql(ORUDoStrbuf *strbuf, const char *text) {
@@ -320,12 +296,15 @@ int32_t oru_do_strbuf_add_unsigned_long(ORUDoStrbuf *strbuf, uint64_t n) {
     return add_integer(*strbuf, n);
 }
 
+// As the format "%lg" writes it, whatever the locale.
 int32_t oru_do_strbuf_add_double(ORUDoStrbuf *strbuf, double x) {
+    constexpr int kDigits = 6;
     ORU_REQUIRE(strbuf);
     if (!ensure(*strbuf, kRoomForDouble - 1))
         return -1;
-    const int written = std::snprintf(strbuf->cur, kRoomForDouble, "%lg", x);
-    return advance(*strbuf, static_cast<size_t>(written));
+    char *end = strbuf->cur + kRoomForDouble - 1;
+    return oru::strbuf_end_at(
+        *strbuf, std::to_chars(strbuf->cur, end, x, std::chars_format::general, kDigits).ptr);
 }
 
 int32_t oru_do_strbuf_add_hexbuf(ORUDoStrbuf *strbuf, const void *bytes, int32_t n) {

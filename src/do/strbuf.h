@@ -3,6 +3,7 @@
 
 #include <string_view>
 
+#include "frame/copy.h"
 #include "frame/object.h"
 #include "oru/strbuf.h"
 
@@ -26,8 +27,39 @@ struct oru::ObjectType<ORUDoStrbuf> {
 
 namespace oru {
 
-// Appends the bytes as they are. False in the failed state, which a failed growth enters.
-bool strbuf_append(ORUDoStrbuf &buf, std::string_view bytes);
+// The cursor with room for `more` bytes and the zero behind them; null in the failed state, which a
+// failed growth enters and no later one leaves.
+bool strbuf_grow_by(ORUDoStrbuf &buf, int64_t more);
+
+inline char *strbuf_room(ORUDoStrbuf &buf, size_t more) {
+    if (buf.cur == nullptr) [[unlikely]]
+        return nullptr;
+    const auto wanted = static_cast<int64_t>(more);
+    if (buf.size - buf.len <= wanted && !strbuf_grow_by(buf, wanted)) [[unlikely]]
+        return nullptr;
+    return buf.cur;
+}
+
+// The text now ends at `end`: what was added stands in front of it already. Gives the new length.
+// The fields are written before the zero, which for all that the compiler knows could stand in one
+// of them.
+inline int32_t strbuf_end_at(ORUDoStrbuf &buf, char *end) {
+    const int32_t len = buf.len + static_cast<int32_t>(end - buf.cur);
+    buf.cur = end;
+    buf.len = len;
+    *end = '\0';
+    return len;
+}
+
+// Appends the bytes as they are. False in the failed state.
+inline bool strbuf_append(ORUDoStrbuf &buf, std::string_view bytes) {
+    char *out = strbuf_room(buf, bytes.size());
+    if (out == nullptr) [[unlikely]]
+        return false;
+    copy_bytes(out, bytes.data(), bytes.size());  // which may be none, at no address
+    strbuf_end_at(buf, out + bytes.size());
+    return true;
+}
 
 }  // namespace oru
 

@@ -254,7 +254,51 @@ constexpr ValueTypeRows make_value_type_rows() {
 
 constexpr ValueTypeRows kValueTypes = make_value_type_rows();
 
+// ---- How values begin ----
+
+struct Opening {
+    char text[24];
+    uint8_t size;
+
+    constexpr void add(std::string_view piece) {
+        for (const char c : piece)
+            text[size++] = c;
+    }
+};
+
+struct Openings {
+    Opening of[kHighestCode - kLowestCode + 1];
+};
+
+// The reader has no rows for two of the types.
+constexpr std::string_view tag_of_value(int32_t code) {
+    if (code == ORU_DO_TYPE_DEFAULT)
+        return "%default";
+    if (code == ORU_DO_TYPE_UNKNOWN)
+        return "%unknown";
+    const uint8_t row = kValueTypes.row[code - kLowestCode];
+    return row != kNoRow ? kTypes[row].tag : "";
+}
+
+constexpr Openings make_openings() {
+    Openings openings{};
+    for (int32_t code = kLowestCode; code <= kHighestCode; ++code) {
+        Opening &opening = openings.of[code - kLowestCode];
+        opening.add("{\"");
+        opening.add(tag_of_value(code));
+        opening.add("\":");
+    }
+    return openings;
+}
+
+constexpr Openings kOpenings = make_openings();
+
 }  // namespace
+
+std::string_view oru::json::value_opening(int32_t value_type) {
+    const Opening &opening = kOpenings.of[value_type - kLowestCode];
+    return {opening.text, opening.size};
+}
 
 const oru_json_type_info *oru_json_get_type_info(const char *text, int32_t length) {
     if (text == nullptr || length < 0)

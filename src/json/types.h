@@ -2,6 +2,8 @@
 #ifndef ORU_SRC_JSON_TYPES_H
 #define ORU_SRC_JSON_TYPES_H
 
+#include <string_view>
+
 #include "oru/json.h"
 
 namespace oru::json {
@@ -76,6 +78,9 @@ enum TypeCode : int64_t {
     kTypeMin = 0x100000B,
     kTypeMax = 0x100000C,
 };
+
+// What a value of that type begins with in the tagged form, `{"%int":`.
+std::string_view value_opening(int32_t value_type);
 
 }  // namespace oru::json
 

@@ -3,22 +3,27 @@
 #define ORU_SRC_JSON_WRITE_H
 
 #include <string_view>
+#include <utility>
 
 #include "do/strbuf.h"
 #include "oru/json.h"
 
 namespace oru::json {
 
-void put(ORUDoStrbuf *strbuf, std::string_view text);
+inline void put(ORUDoStrbuf *strbuf, std::string_view text) {
+    ORU_REQUIRE(strbuf);
+    strbuf_append(*strbuf, text);
+}
 
 // Between quotes, as it stands. A null text is empty.
 void put_raw(ORUDoStrbuf *strbuf, const char *text);
 
-// Between quotes, escaped. Nothing when memory runs out.
+// Between quotes, escaped. Nothing when memory runs out, of which only texts with something to
+// escape take any.
 void put_escaped(ORUDoStrbuf *strbuf, std::string_view text);
 
-// `"key":` as it stands.
-void put_key(ORUDoStrbuf *strbuf, const char *key);
+// `"key":` as it stands, with a text in front of it.
+void put_key(ORUDoStrbuf *strbuf, std::string_view key, std::string_view before = {});
 
 // `,"%typedef":"name"`; nothing for a null name.
 void put_typedef(ORUDoStrbuf *strbuf, const char *name);
@@ -27,19 +32,14 @@ void put_typedef(ORUDoStrbuf *strbuf, const char *name);
 class Members {
   public:
     explicit Members(ORUDoStrbuf *strbuf) : strbuf_(strbuf) {}
-    void next() {
-        if (!first_)
-            put(strbuf_, ",");
-        first_ = false;
-    }
-    void next(const char *key) {
-        next();
-        put_key(strbuf_, key);
-    }
+    void next() { put(strbuf_, comma()); }
+    void next(std::string_view key) { put_key(strbuf_, key, comma()); }
 
   private:
+    std::string_view comma() { return std::exchange(comma_, ","); }
+
     ORUDoStrbuf *strbuf_;
-    bool first_ = true;
+    std::string_view comma_{};
 };
 
 }  // namespace oru::json

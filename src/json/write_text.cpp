@@ -1,21 +1,55 @@
 #include <yajl/yajl_gen.h>
 
+#include <algorithm>
+#include <cstring>
+
 #include "json/write.h"
 #include "json/yajl_memory.h"
 
-void oru::json::put(ORUDoStrbuf *strbuf, std::string_view text) {
-    ORU_REQUIRE(strbuf);
-    strbuf_append(*strbuf, text);
+namespace oru::json {
+namespace {
+
+// Whether a byte, of eight in a word, has to be escaped: a quote, a backslash, one below a blank.
+// What is not told right is a byte behind one that has to be, which does not matter.
+uint64_t needs_escape(uint64_t word) {
+    constexpr uint64_t kOnes = 0x0101010101010101;
+    constexpr uint64_t kTops = kOnes << 7;
+    const auto below = [](uint64_t bytes, uint64_t n) { return (bytes - kOnes * n) & ~bytes; };
+    const auto equal = [&below](uint64_t bytes, uint64_t c) { return below(bytes ^ kOnes * c, 1); };
+    return (below(word, ' ') | equal(word, '"') | equal(word, '\\')) & kTops;
 }
 
-void oru::json::put_raw(ORUDoStrbuf *strbuf, const char *text) {
-    put(strbuf, "\"");
-    put(strbuf, text != nullptr ? text : "");
-    put(strbuf, "\"");
+bool needs_escape(std::string_view text) {
+    constexpr size_t kWord = sizeof(uint64_t);
+    const char *at = text.data();
+    const char *end = at + text.size();
+    uint64_t word = 0;
+    for (; end - at >= static_cast<ptrdiff_t>(kWord); at += kWord) {
+        std::memcpy(&word, at, kWord);
+        if (needs_escape(word) != 0)
+            return true;
+    }
+    return std::any_of(at, end, [](char c) {
+        return static_cast<unsigned char>(c) < ' ' || c == '"' || c == '\\';
+    });
 }
 
-void oru::json::put_escaped(ORUDoStrbuf *strbuf, std::string_view text) {
+// A text as it stands between what comes before and behind it.
+void put_between(ORUDoStrbuf *strbuf, std::string_view before, std::string_view text,
+                 std::string_view behind) {
     ORU_REQUIRE(strbuf);
+    char *out = strbuf_room(*strbuf, before.size() + text.size() + behind.size());
+    if (out == nullptr)
+        return;
+    copy_bytes(out, before.data(), before.size());
+    out += before.size();
+    copy_bytes(out, text.data(), text.size());
+    out += text.size();
+    copy_bytes(out, behind.data(), behind.size());
+    strbuf_end_at(*strbuf, out + behind.size());
+}
+
+[[gnu::noinline]] void put_generated(ORUDoStrbuf *strbuf, std::string_view text) {
     YajlMemory memory;
     const unsigned char *escaped = nullptr;
     size_t length = 0;
@@ -29,10 +63,38 @@ void oru::json::put_escaped(ORUDoStrbuf *strbuf, std::string_view text) {
         put(strbuf, {reinterpret_cast<const char *>(escaped), length});
 }
 
-void oru::json::put_key(ORUDoStrbuf *strbuf, const char *key) {
-    put_raw(strbuf, key);
-    put(strbuf, ":");
+}  // namespace
+
+void put_raw(ORUDoStrbuf *strbuf, const char *text) {
+    put_between(strbuf, "\"", text != nullptr ? text : "", "\"");
 }
+
+void put_key(ORUDoStrbuf *strbuf, std::string_view key, std::string_view before) {
+    ORU_REQUIRE(strbuf);
+    char *out = strbuf_room(*strbuf, before.size() + key.size() + 3);
+    if (out == nullptr)
+        return;
+    copy_bytes(out, before.data(), before.size());
+    out += before.size();
+    *out++ = '"';
+    copy_bytes(out, key.data(), key.size());
+    out += key.size();
+    *out++ = '"';
+    *out++ = ':';
+    strbuf_end_at(*strbuf, out);
+}
+
+// The generator writes a text that needs no escaping as it stands.
+void put_escaped(ORUDoStrbuf *strbuf, std::string_view text) {
+    ORU_REQUIRE(strbuf);
+    if (needs_escape(text)) {
+        put_generated(strbuf, text);
+    } else {
+        put_between(strbuf, "\"", text, "\"");
+    }
+}
+
+}  // namespace oru::json
 
 void oru::json::put_typedef(ORUDoStrbuf *strbuf, const char *name) {
     if (name == nullptr)

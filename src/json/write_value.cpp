@@ -1,5 +1,6 @@
 #include "do/uri.h"
 #include "do/value.h"
+#include "json/types.h"
 #include "json/write.h"
 #include "oru/nvlist.h"
 
@@ -74,14 +75,6 @@ void put_scalar(ORUDoStrbuf *buf, const ORUDoValue &val, uint32_t options) {
     }
 }
 
-const char *tag_of(int32_t type) {
-    if (type == ORU_DO_TYPE_DEFAULT)
-        return "%default";
-    if (type == ORU_DO_TYPE_UNKNOWN)
-        return "%unknown";
-    return oru_json_get_type_info_by_value_type_code(type)->tag;
-}
-
 void put_named_values(ORUDoStrbuf *buf, ORUDoNvlist *list, uint32_t options) {
     put(buf, "{");
     oru::json::Members members(buf);
@@ -101,8 +94,7 @@ void put_tagged(ORUDoStrbuf *buf, const ORUDoValue &val, uint32_t options) {
         oru_do_vlist_to_json_opt(val.data.vlist, buf, inner | form, val.typedef_name);
         return;
     }
-    put(buf, "{");
-    oru::json::put_key(buf, tag_of(val.type));
+    put(buf, oru::json::value_opening(val.type));
     if (is_complex(val)) {
         put_named_values(buf, val.data.nvlist, inner);
     } else {
