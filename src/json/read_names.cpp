@@ -27,9 +27,10 @@ Ref<ORUDoName> NameCache::get(const char *text, size_t size) {
 
 Ref<ORUDoName> read_name(ORUDoJsonCtxData *ctx, const char *text, int32_t length) {
     const auto size = static_cast<size_t>(length);
-    if (length < 1 || size > NameCache::kLongest)
+    NameCache *names = reader_of(ctx).names;
+    if (names == nullptr || length < 1 || size > NameCache::kLongest)
         return Ref<ORUDoName>::adopt(oru_do_name_new_l(text, length));
-    return reader_of(ctx).names->get(text, size);
+    return names->get(text, size);
 }
 
 }  // namespace oru::json

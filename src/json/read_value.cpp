@@ -121,16 +121,21 @@ ORUDoValue *number_value(int64_t type, const Item &item) {
     }
 }
 
-ORUDoValue *complex_value(const Element &element, const Item &item) {
+// The members of the values that an element makes, gathered for the first that needs them. In an
+// array all values have the same, which they share: it may be as long as they are many.
+using Members = Ref<ORUDoNvlist>;
+
+ORUDoValue *complex_value(const Element &element, const Item &item, Members &members) {
     const int64_t type = element.type_info->type_code;
     // An element of an array of such values is complete already.
     if (item.key == nullptr && item.obj != nullptr && item.type == type)
         return oru_do_value_ref(static_cast<ORUDoValue *>(item.obj));
-    const auto list = named_items(element);
-    if (!list)
+    if (!members)
+        members = named_items(element);
+    if (!members)
         return nullptr;
-    return type == kTypeChoice ? oru_do_value_new_choice(list.get())
-                               : oru_do_value_new_sequence(list.get());
+    return type == kTypeChoice ? oru_do_value_new_choice(members.get())
+                               : oru_do_value_new_sequence(members.get());
 }
 
 ORUDoValue *list_value(const Element &element) {
@@ -141,12 +146,12 @@ ORUDoValue *list_value(const Element &element) {
                                                      : oru_do_value_new_array(list.get());
 }
 
-ORUDoValue *build(const Element &element, const Item &item) {
+ORUDoValue *build(const Element &element, const Item &item, Members &members) {
     const int64_t type = element.type_info->type_code;
     if (type == kTypeArray || type == kTypeBits)
         return list_value(element);
     if (type == kTypeChoice || type == kTypeSequence)
-        return complex_value(element, item);
+        return complex_value(element, item, members);
     return (type & kText) != 0 ? text_value(type, item) : number_value(type, item);
 }
 
@@ -155,8 +160,9 @@ ORUDoValue *typed_array(const Element &element) {
     const auto list = Ref<ORUDoVlist>::adopt(oru_do_vlist_new());
     if (!list)
         return nullptr;
+    Members members;
     for (const Item *item = element.items; item != nullptr; item = item->next) {
-        if (vlist_hand_over(*list, Ref<ORUDoValue>::adopt(build(element, *item))) < 0)
+        if (vlist_hand_over(*list, Ref<ORUDoValue>::adopt(build(element, *item, members))) < 0)
             return nullptr;
     }
     return oru_do_value_new_array(list.get());
@@ -217,9 +223,11 @@ void *value_deser(ORUDoJsonCtxData *ctx, Element *element) {
         return nullptr;
     const int64_t type = element->type_info->type_code;
     const bool own_list = type == kTypeArray || type == kTypeBits;
-    ORUDoValue *value = holds_array(*element) && !own_list ? typed_array(*element)
-                        : own_list                         ? list_value(*element)
-                                                           : build(*element, *element->items);
+    Members members;
+    ORUDoValue *value =
+        holds_array(*element) && !own_list
+            ? typed_array(*element)
+            : (own_list ? list_value(*element) : build(*element, *element->items, members));
     if (value == nullptr) {
         fail_memory(ctx);
         return nullptr;

@@ -182,6 +182,40 @@ TEST(JsonReadBrackets, AListInAListIsAnArrayOfIt) {
               R"({"%vlist":[{"%int":1},{"%array":[{"%int":2},{"%int":[3]}]}]})");
 }
 
+// An array of choices has members beside it when keys follow its elements; each element that is no
+// choice itself has them.
+TEST(JsonReadBrackets, ChoicesInAnArrayHaveTheMembersOfTheObject) {
+    const std::string choices = R"({"%choice":[1,{"a":{"%int":2}},3],"b":{"%int":4},"c":"x"})";
+    const std::string value = R"({"%array":[{"%choice":{"b":{"%int":4},"c":{"%string":"x"}}},)"
+                              R"({"%choice":{"a":{"%int":2}}},)"
+                              R"({"%choice":{"b":{"%int":4},"c":{"%string":"x"}}},)"
+                              R"({"%choice":{"b":{"%int":4},"c":{"%string":"x"}}},)"
+                              R"({"%choice":{"b":{"%int":4},"c":{"%string":"x"}}}]})";
+    EXPECT_EQ(read_back(choices), value);
+    // Within another object they are read the same way.
+    EXPECT_EQ(properties("{\"%properties\":{\"p\":" + choices + "}}"),
+              "{\"%properties\":{\"p\":" + value + "}}");
+}
+
+// Their number and that of their members do not multiply.
+TEST(JsonReadBrackets, ChoicesInAnArrayShareTheirMembers) {
+    constexpr int kMany = 20000;
+    std::string text = R"({"%choice":[1)";
+    for (int i = 1; i < kMany; ++i)
+        text += ",1";
+    text += "]";
+    for (int i = 0; i < kMany; ++i)
+        text += R"(,"a":1)";
+    text += "}";
+    poolheap_stats_t before{};
+    poolheap_total_stats(&before);
+    const Context ctx = parsed(text);
+    ASSERT_NE(ctx->completed_obj, nullptr);
+    poolheap_stats_t after{};
+    poolheap_total_stats(&after);
+    EXPECT_LT(after.total_blocks - before.total_blocks, 12u * kMany);
+}
+
 // A text of its own that is a bare array counts as so many scalars.
 TEST(JsonReadBrackets, TheLastOfABareArrayStays) {
     EXPECT_EQ(read_back("[1,\"a\",true]"), R"({"%boolean":true})");

@@ -255,6 +255,26 @@ TEST(JsonDeserialisers, OfNullOperationsAndTablesTakeNoItems) {
     EXPECT_EQ(parsed(R"({"%vtable":{}})")->completed_obj, nullptr);  // the array makes the table
 }
 
+// What is left on the stack can be completed again, also when the parse is over, as long as its
+// text is there.
+TEST(JsonDeserialisers, GiveAnotherObjectForTheSameElement) {
+    for (const std::string text :
+         {R"({"%int":1})", R"({"%array":[{"%int":1},{"%string":"a"}]})",
+          R"({"%sequence":{"a":{"%int":1}}})", R"({"%properties":{"a":{"%int":1}}})",
+          R"({"%nlist":["a"]})", R"({"%nvlist":{"a":{"%int":1}}})", R"({"%dtree":{"name":"a"}})",
+          R"({"%prop_errs":{"p":{"%error":{"msg":"m"}}}})",
+          R"({"%event":{"name":"e","mr_uri":"/a","info":{"%properties":{"n":5}}}})"}) {
+        const Context ctx = parsed(text);
+        ASSERT_NE(ctx->completed_obj, nullptr) << text;
+        const auto *info = oru_json_get_type_info_by_type_code(ctx->completed_type);
+        void *again = info->deserialiser(ctx.get(), ctx->top);
+        EXPECT_NE(again, nullptr) << text;
+        EXPECT_NE(again, ctx->completed_obj) << text;
+        oru_do_json_free_obj(ctx->completed_type, again);
+        EXPECT_EQ(ctx->err, nullptr) << text;
+    }
+}
+
 // ---- Objects by their types ----
 
 constexpr const char *kOneOfEach[] = {
