@@ -15,6 +15,14 @@ namespace {
 
 using namespace build;
 
+// The characters from one to another.
+ORUDoValue *characters(char first, char last) {
+    std::string all;
+    for (char c = first; c <= last; ++c)
+        all += c;
+    return text(all.c_str());
+}
+
 const Specimen kNumbers[] = {
     VALUE("ubyte_most", oru_do_value_new_unsigned_byte(255)),
     VALUE("byte_least", oru_do_value_new_byte(-128)),
@@ -49,6 +57,12 @@ const Specimen kTexts[] = {
     VALUE("string", text("plain text, 'quoted' / slashed")),
     VALUE("string_empty", text("")),
     VALUE("string_escapes", text("\"\\/\b\f\n\r\t\x01\x1f\x7f")),
+    VALUE("string_controls", characters('\x01', '\x1f')),
+    VALUE("string_printable", characters(' ', '~')),
+    VALUE("string_zero", oru_do_value_new_string_l("a\0b", 3)),
+    VALUE("string_long",
+          text("0123456789012345678901234567890123456789012345678901234567890123"
+               "0123456789012345678901234567890123456789012345678901234567890123\n")),
     VALUE("string_utf8", text("\xc3\xa9\xe2\x82\xac\xf0\x9f\x98\x80")),
     VALUE("string_not_utf8", text("a\xff")),
     VALUE("string_markup", text("<a b=\"c\">&'</a>")),
