@@ -10,14 +10,6 @@ namespace {
 
 const std::string kLocation = "//locations;locationId=global";
 
-ORUEmbeddedOptions options() {
-    ORUEmbeddedOptions options = {};
-    options.size = sizeof options;
-    options.model_dir = NETWORK_PACKAGES;
-    options.root_type = "com.example.network:1.0/System";
-    return options;
-}
-
 std::string full(const std::string &address) {
     return address.starts_with("//") ? address : kLocation + (address == "/" ? "" : address);
 }
@@ -80,6 +72,22 @@ void add_faults(ORUDoError *error, Answer &answer) {
 }
 
 }  // namespace
+
+ORUEmbeddedOptions Network::options() const {
+    ORUEmbeddedOptions with = {};
+    with.size = sizeof with;
+    with.model_dir = NETWORK_PACKAGES;
+    with.root_type = "com.example.network:1.0/System";
+    return with;
+}
+
+void Network::restart() {
+    close_session(session);
+    oru_lib_shutdown(0, 0, 0, 0, 0, 0);
+    ORUEmbeddedOptions with = options();
+    ASSERT_EQ(oru_lib_init(nullptr, 0, &with), ORU_OK);
+    session = open_session();
+}
 
 void Network::SetUp() {
     ORUEmbeddedOptions with = options();
@@ -160,7 +168,11 @@ void Network::set(const std::string &address, const std::string &props) {
 }
 
 void Network::remove(const std::string &address) {
-    add(ORU_EMBEDDED_OP_DELETE, full(address), {}, {}, {});
+    add_operation(ORU_EMBEDDED_OP_DELETE, address);
+}
+
+void Network::add_operation(int32_t code, const std::string &address) {
+    add(code, full(address), {}, {}, {});
 }
 
 Answer Network::commit(uint32_t flags, const char *request) {

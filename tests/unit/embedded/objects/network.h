@@ -25,6 +25,12 @@ class Network : public testing::Test {
     void SetUp() override;
     void TearDown() override;
 
+    /* What the back end is started with; a store in memory unless a test has another wish. */
+    virtual ORUEmbeddedOptions options() const;
+
+    /* Ends the sessions of the test and starts the back end again. */
+    void restart();
+
     /* Sessions beside the one that every test has. */
     ORUEmbeddedSession *open_session(const char *secrets = nullptr);
     void close_session(ORUEmbeddedSession *session);
@@ -38,6 +44,7 @@ class Network : public testing::Test {
                 const std::string &props);
     void set(const std::string &address, const std::string &props);
     void remove(const std::string &address);
+    void add_operation(int32_t code, const std::string &address);
     Answer commit(uint32_t flags = 0, const char *request = nullptr);
 
     /* The values of a resource as text, "name=value name=value", absent ones as "-", defaults in
