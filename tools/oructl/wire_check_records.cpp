@@ -1,4 +1,6 @@
 // Objects with fixed members.
+#include <oru/oru.h>
+
 #include <algorithm>
 
 #include "fault_words.h"
@@ -38,9 +40,11 @@ bool Checker::check_member(const Form &form, const Member &member, const JsonNod
     const std::string what = in_quotes(member.name) + " of " + form.tag;
     switch (member.want) {
         case Want::text:
-            if (node.kind == JsonNode::kText)
-                return true;
-            break;
+            if (node.kind != JsonNode::kText)
+                break;
+            if (member.name == std::string_view("simple_type"))
+                check_type_name(node);
+            return true;
         case Want::integer:
             if (node.kind == JsonNode::kNumber && !has_point(node.text)) {
                 static constexpr Form kWord{"a number", Payload::integer, INT32_MIN, INT32_MAX};
@@ -64,6 +68,12 @@ bool Checker::check_member(const Form &form, const Member &member, const JsonNod
         lose(node.begin, what + " takes " + (member.want == Want::text ? "a text" : "an integer") +
                              "; this is left out");
     return false;
+}
+
+void Checker::check_type_name(const JsonNode &node) {
+    const std::string name(node.text);
+    if (oru_do_get_typecode_by_typestr(name.c_str()) == ORU_DO_TYPE_UNKNOWN)
+        lose(node.begin, in_quotes(name) + " is no built-in type; it is read as unknown");
 }
 
 void Checker::check_children(const JsonNode &node) {

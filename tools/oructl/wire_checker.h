@@ -83,6 +83,7 @@ class Checker {
 
     void check_record(const Form &form, const JsonNode &record);
     bool check_member(const Form &form, const Member &member, const JsonNode &node);
+    void check_type_name(const JsonNode &node);
     void check_children(const JsonNode &node);
     void check_operation(const JsonNode &record);
     void check_order(const JsonNode &record, std::string_view first, std::string_view behind,
