@@ -50,6 +50,16 @@ void oru::ObjectType<ORUDoDtree>::release_members(ORUDoDtree &self) {
     release_children(self, nullptr);
 }
 
+ORUDoDtree *oru::dtree_add_child_behind(ORUDoDtree &parent, ORUDoDtree *last, ORUDoName &name) {
+    if (last == nullptr || last->next != nullptr || last->parent != &parent)
+        return oru_do_dtree_add_child(&parent, &name);
+    ORUDoDtree *child = oru_do_dtree_new(&name);
+    last->next = child;
+    if (child != nullptr)
+        child->parent = &parent;
+    return child;
+}
+
 ORUDoDtree *oru_do_dtree_new(ORUDoName *name) {
     ORU_REQUIRE(name);
     auto *dtree = oru::make<ORUDoDtree>();

@@ -16,6 +16,14 @@ struct ORUDoDtree {
     uint32_t ref_count;
 };
 
+namespace oru {
+
+// Adds a child behind `last`, which is the last child of the parent, without a walk to the end;
+// null for a last child that is not known. Null when memory runs out.
+ORUDoDtree *dtree_add_child_behind(ORUDoDtree &parent, ORUDoDtree *last, ORUDoName &name);
+
+}  // namespace oru
+
 template <>
 struct oru::ObjectType<ORUDoDtree> {
     static constexpr const char *name = "oru_do_dtree";

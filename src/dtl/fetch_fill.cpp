@@ -27,6 +27,10 @@ struct Fill {
         if (value)
             oru_do_properties_set_value(props, name, value.get());
     }
+    void set(ORUDoName *name, const ValueRef &value) const {
+        if (value)
+            oru_do_properties_set_value_n(props, name, value.get());
+    }
 };
 
 ValueRef or_null_value(ORUDoValue *value) {
@@ -75,7 +79,7 @@ void set_peer(const Fill &fill, const char *name, const ValueRef &value) {
 void fill_attr(const Fill &fill, ORUDtlNode &attr) {
     const char *name = name_text(attr.name);
     if (std::strcmp(name, kChildIndex) == 0) {
-        fill.set(name, next_child_index(fill.fetch.parent));
+        fill.set(attr.name, next_child_index(fill.fetch.parent));
         return;
     }
     // The default is computed whether it is needed or not: it may count.
@@ -85,7 +89,7 @@ void fill_attr(const Fill &fill, ORUDtlNode &attr) {
     if (attr.type == ORU_DTL_NODE_PEER_REF) {
         set_peer(fill, name, value);
     } else {
-        fill.set(name, value);
+        fill.set(attr.name, value);
     }
 }
 
@@ -95,8 +99,14 @@ bool is_filled(const ORUDtlNode &child) {
            (child.type == ORU_DTL_NODE_CONTAINER && child.first_child == nullptr);
 }
 
+// Cursors are asked for these two first, so that their names are at hand as a rule.
 void fill_id(const Fill &fill, const char *name) {
-    fill.set(name, or_null_value(row_value(fill.row.names, fill.row.values, name)));
+    const ValueRef value = or_null_value(row_value(fill.row.names, fill.row.values, name));
+    for (auto *item = fill.row.names->first; item != nullptr; item = item->next) {
+        if (std::strcmp(name_text(item->name), name) == 0)
+            return fill.set(item->name, value);
+    }
+    fill.set(name, value);
 }
 
 }  // namespace

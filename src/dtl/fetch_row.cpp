@@ -3,6 +3,7 @@
 
 #include <cstring>
 
+#include "do/dtree.h"
 #include "do/error.h"
 #include "oru/rc.h"
 #include "oru/value.h"
@@ -20,8 +21,9 @@ ORUDoUri *uri_of_row(const ORUDoVlist &row, int32_t &rc) {
     return rc == 0 ? uri : nullptr;
 }
 
-void report_row_without_uri(const Batch &batch, int32_t rc) {
+void report_row_without_uri(Batch &batch, int32_t rc) {
     ORU_TRACE(Level::failure, "row has no URI");
+    batch.last = nullptr;
     ORUDoDtree *child = add_result(batch.fetch, batch.row_name.get());
     const auto error = Ref<ORUDoError>::adopt(oru_do_error_new(rc, "unexpected do type"));
     if (child != nullptr && error)
@@ -75,17 +77,31 @@ int32_t read_oper_values(const Batch &batch, ORUDoUri *uri, ORUDoDtree *child, O
     return ORU_OK;
 }
 
-int32_t add_row(const Batch &batch, ORUDoVlist &row, ORUDoUri *uri) {
+// The values of a row for each of the names: those of the row itself where nothing is read beside
+// them, which spares a copy.
+Ref<ORUDoVlist> values_of(const Batch &batch, ORUDoVlist &row) {
+    ORUDoNlist *of_cursor = batch.oper_mr ? batch.oper_list.get() : batch.cfg_list.get();
+    const int32_t count = oru_do_nlist_get_len(of_cursor);
+    const bool is_alone = batch.oper_list.get() == nullptr || batch.oper_mr;
+    if (is_alone && oru_do_vlist_get_len(&row) >= count)
+        return Ref<ORUDoVlist>::share(&row);
+    auto values = Ref<ORUDoVlist>::adopt(oru_do_vlist_new());
+    if (values)
+        append_values(*values, row, count);
+    return values;
+}
+
+int32_t add_row(Batch &batch, ORUDoVlist &row, ORUDoUri *uri) {
     // A batch without any node would leave its cursor to the next sibling, so this is told.
-    ORUDoDtree *child = add_result(batch.fetch, batch.row_name.get());
+    ORUDoDtree *child = dtree_add_child_behind(*batch.fetch.parent, batch.last, *batch.row_name);
     if (child == nullptr)
         return ORU_RC_MALLOC;
+    batch.last = child;
+    ++*batch.fetch.node_added;
     report_row(batch.fetch, child);
-    const auto values = Ref<ORUDoVlist>::adopt(oru_do_vlist_new());
+    const Ref<ORUDoVlist> values = values_of(batch, row);
     if (!values)
         return ORU_OK;
-    ORUDoNlist *of_cursor = batch.oper_mr ? batch.oper_list.get() : batch.cfg_list.get();
-    append_values(*values, row, oru_do_nlist_get_len(of_cursor));
     const int32_t rc = read_oper_values(batch, uri, child, *values);
     fill_node(batch.fetch, child, uri, batch.all_names.get(), values.get(), true);
     return rc;

@@ -15,6 +15,7 @@ struct Batch {
     Ref<ORUDoNlist> oper_list{};  // what it gives of operational rows, or is read row by row
     Ref<ORUDoNlist> all_names{};  // of a row's values, those of the cursor first
     Ref<ORUDoNvlist> where{};     // of a cursor that was opened for this batch
+    ORUDoDtree *last = nullptr;   // the node of the row before, lent
 };
 
 // Makes the result node of a row. The code is the row's; the rows behind it are taken all the same.
