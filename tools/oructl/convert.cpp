@@ -79,13 +79,23 @@ class Converter {
                                             expected_code(checked.form)));
         if (!ctx)
             throw std::bad_alloc();
-        // What the check told already the reader tells with fewer words.
-        if (ctx->err != nullptr && checked.faults.empty())
-            fault(document, failure_words(ctx->err));
+        if (ctx->err != nullptr)
+            tell_failure(document, checked, ctx->err);
         if (ctx->completed_obj != nullptr)
             write(document, kind_of(checked.form), ctx->completed_obj);
         else if (ctx->err == nullptr && checked.faults.empty())
             fault(document, "this gives no object");
+    }
+
+    // What the check told already the reader tells with fewer words, but it alone computes.
+    void tell_failure(const JsonNode &document, const CheckedDocument &checked, ORUDoError *error) {
+        const int32_t code = oru_do_error_get_code(error);
+        const bool computed = code < 0 || code > ORU_JSON_ERR_REPLACED;
+        if (computed && checked.expression != std::string::npos)
+            out_.faults.push_back(source_.fault(
+                checked.expression, "an expression has no good value: " + failure_words(error)));
+        else if (computed || code == ORU_JSON_ERR_MEMORY || checked.faults.empty())
+            fault(document, failure_words(error));
     }
 
     void write(const JsonNode &document, const Kind &kind, void *object) {

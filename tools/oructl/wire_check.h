@@ -23,6 +23,7 @@ struct CheckedDocument {
     bool readable = true;        // what is faulty in another one is lost or read otherwise
     const Form *form = nullptr;  // null for any value
     std::string text;            // what the reader is to get
+    size_t expression = std::string::npos;  // where the first one begins
 };
 
 CheckedDocument check_document(const SourceText &source, const JsonNode &document,

@@ -1,4 +1,5 @@
 // Values, and the expressions that give some.
+#include <algorithm>
 #include <cerrno>
 #include <cfloat>
 #include <charconv>
@@ -139,6 +140,7 @@ void Checker::check_call(const JsonNode &payload) {
         lose(payload.key_begin, "no function is known by " + name + "; this is left out");
         return;
     }
+    out_.expression = std::min(out_.expression, payload.key_begin);
     if (ends_process(payload.key) && !options_.computes_later) {
         refuse(payload.key_begin, name + " is not computed here: it can end the process");
     }
