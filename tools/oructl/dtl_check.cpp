@@ -156,6 +156,7 @@ class Walk {
                         const xmlNode *element);
 
     void check_resource(DtlItem &item, const xmlNode *element);
+    void check_keys(DtlItem &item, const xmlNode *element, const ORUMdMrMeta &mr);
     DtlRole check_node(DtlItem &item, ORUDtlNode &above, const ORUDtlNode &node,
                        const xmlNode *element);
     void check_unmatched(DtlItem &item, const ORUDtlNode &above, const ORUDtlNode &node,
@@ -269,8 +270,32 @@ void Walk::check_resource(DtlItem &item, const xmlNode *element) {
     std::string mr;
     if (!read_attribute(element, "mr", mr))
         add(item, element, "an element with an address needs the attribute \"mr\"");
-    else if (oru_md_get_mr_meta_by_name(mr.c_str()) == nullptr)
+    else if (ORUMdMrMeta *record = oru_md_get_mr_meta_by_name(mr.c_str()))
+        check_keys(item, element, *record);
+    else
         add(item, element, "Unknown MR: " + mr + similar_question(mr, resources_));
+}
+
+// The last segment of an address that leads to one resource has that resource's keys.
+void Walk::check_keys(DtlItem &item, const xmlNode *element, const ORUMdMrMeta &mr) {
+    std::string address;
+    read_attribute(element, "uri", address);
+    const std::unique_ptr<ORUDoUri, ReleaseUri> uri(oru_do_uri_validate_new(address.c_str()));
+    if (uri == nullptr || oru_do_uri_get_query_part(uri.get()) != nullptr)
+        return;
+    std::vector<std::string> known;
+    for (const ORUMdAttrMeta &key : records(mr.primary_keys))
+        known.push_back(text_of(key.name));
+    for (const ORUMdAttrMeta &key : records(mr.secondary_keys))
+        known.push_back(text_of(key.name));
+    ORUDoNvlist *keys = oru_do_uri_get_keys(uri.get());
+    for (int32_t i = 0; keys != nullptr && i < oru_do_nvlist_get_len(keys); ++i) {
+        const std::string name = oru_do_nvlist_item_get_name(oru_do_nvlist_get_item(keys, i));
+        if (!contains(known, name))
+            add(item, element,
+                text_of(mr.name) + " has no key " + in_quotes(name) +
+                    (known.empty() ? "" : "; its keys are " + joined(known)));
+    }
 }
 
 DtlRole Walk::check_node(DtlItem &item, ORUDtlNode &above, const ORUDtlNode &node,
@@ -366,6 +391,8 @@ void Walk::check_condition(DtlItem &item, const ORUDtlNode &node, const xmlNode 
     const std::string_view name = name_of(element);
     if (name == "and" || name == "or") {
         add_attributes(item, element, DtlRole::other);
+        if (element_from(element->children) == nullptr)
+            add(item, element, "a group without conditions");
         for (const xmlNode *child = element_from(element->children); child != nullptr;
              child = element_from(child->next))
             check_condition(item, node, child);
