@@ -126,7 +126,8 @@ ORU_API void oru_do_dtree_set_value(ORUDoDtree *dtree, const char *name_text, OR
  *
  * A path has segments between slashes: "." stays, ".." goes up, anything else goes to the first
  * child of that name. A path that begins with "/" starts at the root, any other at the node.
- * Trailing blanks and one trailing slash do not count. */
+ * Blanks at both ends and one trailing slash do not count, but "/" starts at the root only as the
+ * very first character. */
 
 /* The node that a path leads to; null for one that leads nowhere, is null or is empty. */
 ORU_API ORUDoDtree *oru_do_dtree_get_node_by_path(ORUDoDtree *dtree, const char *path,

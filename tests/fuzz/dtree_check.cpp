@@ -93,9 +93,14 @@ void check_visit(Visit visit, ORUDoDtree *root, const Log &expected, size_t stop
 
 // ---- Paths ----
 
+// Without the blanks at both ends.
+std::string stripped(const std::string &text) {
+    const size_t first = text.find_first_not_of(' ');
+    return first == text.npos ? "" : text.substr(first, text.find_last_not_of(' ') + 1 - first);
+}
+
 std::vector<std::string> segments_of(std::string path) {
-    while (path.ends_with(' '))
-        path.pop_back();
+    path = stripped(path);
     if (path.ends_with('/'))
         path.pop_back();
     if (path.starts_with('/'))
@@ -208,9 +213,7 @@ void check_paths(const Tree &tree, const std::string &path) {
 }
 
 void check_addresses(const Tree &tree, const std::string &query) {
-    std::string address = query;
-    while (address.ends_with(' '))
-        address.pop_back();
+    std::string address = stripped(query);
     if (address.ends_with('/'))
         address.pop_back();
     const size_t mark = address.find('#');

@@ -107,7 +107,10 @@ void evaluate_text(std::string_view text, bool resolving, bool setting) {
     if (text.empty() || may_end_process(text))
         return;
     const fuzz::Bytes bytes(text);
-    CHECK(evaluated(bytes, resolving, setting) == evaluated(bytes, resolving, setting));
+    const std::string result = evaluated(bytes, resolving, setting);
+    // A text in the place of a number counts as its address, which may be that of a copy.
+    if (!holds(text, "\\"))
+        CHECK(evaluated(bytes, resolving, setting) == result);
 }
 
 // ---- Numbers ----

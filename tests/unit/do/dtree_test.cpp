@@ -316,6 +316,8 @@ TEST_F(Dtree, PathsLeadToNodes) {
     EXPECT_EQ(find(root, "a/b/"), b);
     EXPECT_EQ(find(root, "a/b  "), b);
     EXPECT_EQ(find(root, "a/b/  "), b);
+    EXPECT_EQ(find(root, "  a/b"), b);
+    EXPECT_EQ(find(a, " /b "), b);  // no slash in front: it starts at the node
     EXPECT_EQ(find(b, "/a"), a);
     EXPECT_EQ(find(root, "."), root);
     EXPECT_EQ(find(root, ".."), nullptr);
