@@ -115,6 +115,8 @@ int32_t PlainWalk::read_attrs(const Fetch &fetch) {
         add_values(values, got, asked.size());
     }
     fill(fetch, *child, fetch.uri, names, values, false);
+    if (ch.type == ORU_DTL_NODE_PARENT_REF)
+        child->parent_of = fetch.parent->uri;
     if (*fetch.row == nullptr)
         *fetch.row = child;
     return 0;

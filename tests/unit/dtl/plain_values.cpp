@@ -214,6 +214,8 @@ PlainWalk::Address PlainWalk::address_of(const DocNode &ch, const PlainNode &par
     if (begins(text, "$_URI_PARENT_")) {
         if (!parent.uri)
             return {.failed = true};
+        if (parent.parent_of)  // an address made as a parent gives the child's path again
+            return {.uri = parent.parent_of};
         const size_t slash = parent.uri->rfind('/');
         const bool is_top = slash == std::string::npos || slash == 0;
         return {.uri = is_top ? "//" : parent.uri->substr(0, slash)};

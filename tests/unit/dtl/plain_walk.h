@@ -22,6 +22,7 @@ struct PlainNode {
     std::string name;
     PlainNode *parent = nullptr;
     std::optional<std::string> uri{};
+    std::optional<std::string> parent_of{};  // the address that its own was made from as the parent
     bool has_props = false;
     NamedValues props{};
     std::optional<std::pair<int32_t, std::string>> error{};
