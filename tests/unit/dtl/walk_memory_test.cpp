@@ -1,7 +1,10 @@
 // A whole walk with each of its allocations failing: nothing is lost, nothing breaks, and the walk
 // comes to an end.
+#include <algorithm>
+
 #include "oru/properties.h"
 #include "tests/support/oom.h"
+#include "tests/unit/dtl/plain_document.h"
 #include "tests/unit/dtl/walk_support.h"
 
 namespace {
@@ -43,8 +46,9 @@ Tree make_document() {
 
 void fill(FakeSystem &system) {
     for (const char *uri : {"/sys?as", "/sys/as?:net/A"})
-        system.rows[uri] = {{"/a1"}, {"/a2", {{"k", 1}}}};
+        system.rows[uri] = {{"/a1", {{"pr", UriText{"/y1"}}}}, {"/a2", {{"k", 1}}}};
     system.rows["/a1?bs"] = {{"/b1"}, {"/b2"}, {"/b3"}};
+    system.rows["/sys?cs"] = {{"/c1"}, {"/c2"}, {"/c3"}};
     system.oper["/a1"] = {{"o", 5}};
     system.config["/xx;k=7"] = {{"v", 1}};
     system.config["/y1"] = {{"p", 1}};
@@ -58,16 +62,56 @@ void clear_errors(ORUDtlNode *node) {
         clear_errors(child);
 }
 
-void sweep_walk(int32_t count) {
+// The settings of nodes, actions on collections, lists of addresses and operational rows.
+Tree make_settings() {
+    DocNode a = resource("a", ORU_DTL_OP_COLL_GET, "/sys?as");
+    a.batch_size = 1;
+    a.flatten = a.continue_on_error = true;
+    a.where = {{"k $m", FakeValue("$m")}};
+    a.where_once = true;
+    a.cfg = {"pr"};
+    DocNode peer = resource("pr", ORU_DTL_OP_GET_ALL_CFG, "$_PEER_URI_pr");
+    peer.type = ORU_DTL_NODE_PEER_REF;
+    a.children.push_back(peer);
+    DocNode b = resource("b", ORU_DTL_OP_COLL_GET, "$_PARENT_URI_?bs");
+    b.meta = DocNode::Meta::oper;
+    b.return_w_child = true;
+    b.order_param = "$m";
+    b.max_batches_param = "$two";
+    ask(b, "o", true, "@(../pr)-x");
+    DocNode up = resource("up", ORU_DTL_OP_GET, "$_URI_PARENT_up");
+    up.continue_on_error = true;
+    b.children.push_back(ask(up, "k", false, "\"x\""));
+    a.children.push_back(b);
+    DocNode act = resource("act", ORU_DTL_OP_COLL_ACTION, "/sys?as");
+    act.act_name = "reset";
+    act.act_in = {{"p", "@(../_uri)"}, {"q", 5}};
+    DocNode one = resource("one", ORU_DTL_OP_GET, "$lists");
+    one.return_mode = ORU_DTL_RETURN_ONE;
+    DocNode last = resource("last", ORU_DTL_OP_COLL_GET_ALL, "/sys?cs");
+    last.return_mode = ORU_DTL_RETURN_LAST;
+    last.cfg = {"k"};
+    DocNode bad = container("bad", {});
+    bad.error = 102;
+    DocNode doc = container(
+        "", {container("r", {a, act}), container("q", {one}), container("s", {last}), bad});
+    return make_tree(doc);
+}
+
+void sweep_walk(int32_t count, Tree (*make)(), const Calls &expected) {
     static Tree doc;
     static Nvlist params;
     static FakeSystem *system;
-    doc = make_document();
+    doc = make();
     params.reset(oru_do_nvlist_new());
     const Value m = make_value(FakeValue("7"));
     oru_do_nvlist_add(params.get(), "m", m.get());
     const Value list = make_value(std::vector<UriText>{{"/y1"}, {"/y2"}});
     oru_do_nvlist_add(params.get(), "list", list.get());
+    const Value lists = make_value(std::vector<UriText>{{"/sys?as"}, {"/sys?cs"}});
+    oru_do_nvlist_add(params.get(), "lists", lists.get());
+    const Value two = make_value(2);
+    oru_do_nvlist_add(params.get(), "two", two.get());
     FakeSystem fake;
     fill(fake);
     system = &fake;
@@ -89,17 +133,41 @@ void sweep_walk(int32_t count) {
     };
     // The first walk makes the addresses of document and parameters keep what parsing found.
     walk();
+    Calls made = fake.take_calls();
+    for (const std::string &call : expected)
+        EXPECT_NE(std::find(made.begin(), made.end(), call), made.end()) << call;
     sweep_oom(walk);
     doc.reset();
     params.reset();
 }
 
+// What shows that a walk got to each kind of fetch.
+const Calls kOfDocument{"oper /a1 [o]",    "open_cfg /a1?bs [_uri,_mr,_dtlChildIndex]",
+                        "cfg /xx;k=7 [v]", "cfg_props /y1",
+                        "oper_props /y2",  "action /zz reset (reset=7)"};
+const Calls kOfSettings{"open_cfg /sys?as [_uri,_mr,pr] where={k 7:7}",
+                        "cfg_props /y1",
+                        "open_oper /a1?bs [_uri,_mr,o] order=[7]",
+                        "cfg // [k]",
+                        "action /a2 reset (p=@(../_uri),q=5)",
+                        "open_cfg /sys?as [_uri,_mr]",
+                        "open_cfg /sys?cs [_uri,_mr]",
+                        "open_cfg /sys?cs [_uri,_mr,k]"};
+
 TEST(DtlWalkMemory, WithoutALimit) {
-    sweep_walk(0);
+    sweep_walk(0, make_document, kOfDocument);
 }
 
 TEST(DtlWalkMemory, WithALimit) {
-    sweep_walk(2);
+    sweep_walk(2, make_document, kOfDocument);
+}
+
+TEST(DtlWalkMemory, OfEverySettingWithoutALimit) {
+    sweep_walk(-1, make_settings, kOfSettings);
+}
+
+TEST(DtlWalkMemory, OfEverySettingWithALimit) {
+    sweep_walk(1, make_settings, kOfSettings);
 }
 
 }  // namespace
