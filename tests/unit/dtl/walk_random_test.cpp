@@ -2,6 +2,8 @@
 // comes to an end.
 #include <random>
 
+#include "oru/dtree.h"
+#include "oru/rc.h"
 #include "tests/unit/dtl/plain_check.h"
 
 namespace {
@@ -165,36 +167,80 @@ uint32_t from_environment(const char *name, uint32_t otherwise) {
     return text != nullptr ? static_cast<uint32_t>(std::stoul(text)) : otherwise;
 }
 
+// A back end of any kind, and how it is asked.
+struct Scenario {
+    explicit Scenario(uint32_t seed) : make(seed), doc(make.document()) {
+        system.answer = {{"done", 1}};
+        system.late_end = make.one_in(4);
+        system.batch = make.one_in(4) ? 2 : 0;
+        system.silent = make.one_in(8);
+        system.without_uri = make.one_in(40);
+        if (make.one_in(10))
+            system.most_values = 2;
+        if (make.one_in(40))
+            system.failures["next"] = 105;
+        population = {.seed = seed, .most_rows = 3, .failing = make.one_in(3)};
+        populate(system, population);
+        varied = make.one_in(3);
+        fixed = make.any_of<int32_t>({-1, -1, 0, 1, 1, 2, 2, 3, 5, 1000, -2});
+    }
+    int32_t count() { return varied ? make.any_of<int32_t>({-1, 0, 1, 2, 5, 1000, -2}) : fixed; }
+
+    Documents make;
+    DocNode doc;
+    FakeSystem system;
+    Population population;
+    bool varied = false;
+    int32_t fixed = 0;
+};
+
 bool check_seed(uint32_t seed) {
     SCOPED_TRACE("seed " + std::to_string(seed));
-    Documents make(seed);
-    const DocNode doc = make.document();
-    FakeSystem system;
-    system.answer = {{"done", 1}};
-    system.late_end = make.one_in(4);
-    system.batch = make.one_in(4) ? 2 : 0;
-    system.silent = make.one_in(8);
-    system.without_uri = make.one_in(40);
-    if (make.one_in(10))
-        system.most_values = 2;
-    if (make.one_in(40))
-        system.failures["next"] = 105;
-    Population population{.seed = seed, .most_rows = 3, .failing = make.one_in(3)};
-    populate(system, population);
-    const bool varied = make.one_in(3);
-    const int32_t fixed = make.any_of<int32_t>({-1, -1, 0, 1, 1, 2, 2, 3, 5, 1000, -2});
-    return check_walk(doc, system, kParams, [&] {
-        return varied ? make.any_of<int32_t>({-1, 0, 1, 2, 5, 1000, -2}) : fixed;
-    });
+    Scenario scenario(seed);
+    return check_walk(scenario.doc, scenario.system, kParams, [&] { return scenario.count(); });
+}
+
+// The owner of the results clears them, or a part of them, as it likes.
+void clear_some(ORUDoDtree *root, Documents &make) {
+    ORUDoDtree *node = root;
+    while (node != nullptr && oru_do_dtree_get_child_count(node) > 0 && !make.one_in(3))
+        node = oru_do_dtree_get_child(node, static_cast<int32_t>(make.below(static_cast<size_t>(
+                                                oru_do_dtree_get_child_count(node)))));
+    oru_do_dtree_remove_children(node);
+}
+
+bool check_cleared(uint32_t seed) {
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    Scenario scenario(seed);
+    LibraryWalk walk(scenario.doc, scenario.system, kParams);
+    int32_t rc = ORU_OK;
+    for (int call = 0; rc != ORU_RC_NO_MORE_VALUE; ++call) {
+        if (call == kMostCalls) {
+            ADD_FAILURE() << "no end\n" << describe(scenario.doc);
+            return false;
+        }
+        rc = walk.next(scenario.count());
+        if (scenario.make.one_in(2))
+            clear_some(walk.ctx()->dtree_node, scenario.make);
+    }
+    walk.end();
+    EXPECT_EQ(scenario.system.open_cursors(), 0);
+    return !testing::Test::HasFailure();
+}
+
+void check_seeds(bool (*check)(uint32_t), uint32_t otherwise) {
+    const uint32_t first = from_environment("ORU_TEST_FIRST_SEED", 1);
+    const uint32_t seeds = from_environment("ORU_TEST_SEEDS", otherwise);
+    for (uint32_t seed = first; seed < first + seeds && check(seed); ++seed) {
+    }
 }
 
 TEST(DtlWalkRandom, FollowsThePlainWalk) {
-    const uint32_t first = from_environment("ORU_TEST_FIRST_SEED", 1);
-    const uint32_t seeds = from_environment("ORU_TEST_SEEDS", 800);
-    for (uint32_t seed = first; seed < first + seeds; ++seed) {
-        if (!check_seed(seed))
-            return;
-    }
+    check_seeds(check_seed, 800);
+}
+
+TEST(DtlWalkRandom, EndsWhereResultsAreCleared) {
+    check_seeds(check_cleared, 400);
 }
 
 // A list of peers, one a string: what stopped below one row was taken for the next row's.
