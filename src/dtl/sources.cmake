@@ -25,5 +25,6 @@ target_sources(oruapi PRIVATE
   dtl/walk_invoke.cpp
   dtl/walk_limits.cpp
   dtl/walk_rows.cpp
+  dtl/walk_stop.cpp
   dtl/where.cpp
 )

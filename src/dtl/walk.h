@@ -71,9 +71,6 @@ inline LevelCtx &level_ctx(const WalkLevel &at) {
 // Where to go from a child.
 enum class Go { sibling, same_child, end };
 
-// The next call goes on with the child at hand, from its next fetch.
-void go_on_here(WalkLevel &at);
-
 // Whether the node stands below the parent of the level. Only the address is looked at.
 bool is_row(const WalkLevel &at, const ORUDoDtree *node);
 
@@ -89,6 +86,14 @@ int32_t invoke(WalkLevel &at);
 
 // Steps 17 to 22. False when the level ends there.
 bool walk_rows(WalkLevel &at);
+
+// The next call goes on with the child at hand, from its next fetch.
+void go_on_here(WalkLevel &at);
+
+// Where to go behind a failure (14, 22), a child without rows (16), and rows (23 to 26).
+Go end_with_failure(WalkLevel &at);
+Go after_no_rows(WalkLevel &at);
+Go after_rows(WalkLevel &at);
 
 }  // namespace oru::dtl
 
