@@ -216,6 +216,44 @@ TEST(JsonReadBrackets, ChoicesInAnArrayShareTheirMembers) {
     EXPECT_LT(after.total_blocks - before.total_blocks, 12u * kMany);
 }
 
+// Without a tag the first closing bracket completes the object around, which has its type from then
+// on and takes no array any more. What was not whole there may be at the end.
+TEST(JsonReadBrackets, AnObjectMayBecomeWholeBehindAnArray) {
+    const struct {
+        int64_t expected;
+        const char *text;
+        int32_t code;
+    } rows[] = {
+        {0x400119, R"({"a":[1],"name":"N"})", 0},
+        {0x400119, R"({"a":[1],"b":[2],"name":"N","c":[3]})", 6},
+        {0x400119, R"({"c":["ab"],"c":[],"name":"N"})", 6},
+        {0x400119, R"({"a":{"%prop_errs":[true]},"b":{"d":[""]},"name":"N"})", 0},
+        {0x400114, R"({"a":[null,{"%ushort":[null]}],"msg":"m"})", 0},
+        {0x400117, R"({"name":["e"],"mr_uri":["/a"],"info":{"%properties":{"n":5}}})", 6},
+        {0x40010E, R"({"condition":["c"],"constraint_str":"s"})", 0},
+        {0x40010B, R"({"prop_name":["p"],"type_name":["T"],"type_code":5})", 6},
+        {0x400109, R"({"pkg_name":["p"],"mr_name":["M"]})", 6},
+        {0x400118, R"({"a":[1],"simple_type":"int"})", 0},
+        // Nothing stands before the first bracket.
+        {0x400100, R"({"a":[],"b":1})", 9},
+        {0x400100, R"([[],{"a":1}])", 9},
+    };
+    for (const auto &row : rows) {
+        const Context ctx = parsed(row.text, row.expected);
+        EXPECT_NE(ctx->completed_obj, nullptr) << row.text;
+        EXPECT_EQ(ctx->completed_type, row.expected) << row.text;
+        EXPECT_EQ(code_of(ctx), row.code) << row.text;
+    }
+}
+
+// What the object held at an earlier bracket does not count when later members change it.
+TEST(JsonReadBrackets, TheLastBracketCounts) {
+    EXPECT_EQ(properties(R"({"a":[1],"b":{"%int":2},"c":[3],"d":4})"),
+              R"({"%properties":{"a":{"%int":1},"b":{"%int":2},"c":{"%int":3},"d":{"%int":4}}})");
+    EXPECT_EQ(properties(R"({"a":{"%int":[1]},"b":[{"%int":2}],"c":{"%string":"x"}})"),
+              R"({"%properties":{"a":{"%int":[1]},"b":{"%int":2},"c":{"%string":"x"}}})");
+}
+
 // A text of its own that is a bare array counts as so many scalars.
 TEST(JsonReadBrackets, TheLastOfABareArrayStays) {
     EXPECT_EQ(read_back("[1,\"a\",true]"), R"({"%boolean":true})");
