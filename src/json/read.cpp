@@ -9,6 +9,7 @@
 #include "frame/require.h"
 #include "frame/text.h"
 #include "json/read_names.h"
+#include "json/read_stack.h"
 #include "json/yajl_memory.h"
 #include "oru/config_op.h"
 #include "oru/constraint.h"
@@ -217,6 +218,7 @@ ORUDoJsonCtxData *oru_do_json_parse_allow_expr(
     auto work = [&] { oru::json::run_yajl(memory, *reader, {text, static_cast<size_t>(length)}); };
     if (!memory.run(work))
         oru::json::fail_memory(&reader->data);
+    oru::json::settle_top(reader->data);
     oru::json::show_unknown(*reader);
     oru::Text(std::exchange(reader->shown, nullptr));
     reader->names = nullptr;

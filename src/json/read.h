@@ -84,6 +84,11 @@ struct ORUDoJsonTmpObj {
     oru::json::Element *parent;
     oru::json::Item *before_pending;
     bool owns_tag;
+    // Of an element at the top level that was completed:
+    bool completed;  // what the context holds came out of it
+    bool later;      // the context is to hold what comes out of the items up to the last seen
+    bool hopeless;   // nothing will ever come out of it
+    oru::json::Item *last_seen;
     ORUDoConfigOpsItem **ops_end;  // the link behind the last operation of the set
 };
 

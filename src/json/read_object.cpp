@@ -1,10 +1,8 @@
 // The objects that are no values.
 #include "do/dtree.h"
-#include "do/error.h"
 #include "do/name.h"
 #include "do/nlist.h"
 #include "do/nvlist.h"
-#include "do/prop_errs.h"
 #include "do/properties.h"
 #include "do/properties_list.h"
 #include "do/uri.h"
@@ -12,6 +10,7 @@
 #include "do/vlist.h"
 #include "do/vtable.h"
 #include "json/read_names.h"
+#include "json/read_stack.h"
 #include "oru/nlist.h"
 #include "oru/nvlist.h"
 #include "oru/properties_list.h"
@@ -41,6 +40,8 @@ void gather_children(ORUDoJsonCtxData *ctx, const Element &list) {
         place = place->next;
     if (place == nullptr || place->obj != nullptr)
         return;
+    settle(*ctx, *list.parent);
+    list.parent->completed = false;  // the next one that comes out of it takes the children
     ORUDoDtree *holder = oru_do_dtree_new_str("");
     if (holder == nullptr) {
         fail_memory(ctx);
@@ -198,49 +199,6 @@ void *vlist_deser(ORUDoJsonCtxData *ctx, Element *element) {
 
 void *vtable_deser(ORUDoJsonCtxData *, Element *element) {
     return oru_do_vtable_ref(static_cast<ORUDoVtable *>(element->obj));
-}
-
-void *error_deser(ORUDoJsonCtxData *ctx, Element *element) {
-    if (!is_complete(ctx, element, kExactly, kTypeError))
-        return nullptr;
-    const Item *msg = find_item(*element, "msg", kText);
-    if (msg == nullptr)
-        return nullptr;
-    const Item *code = find_item(*element, "code", kInteger);
-    auto error = Ref<ORUDoError>::adopt(
-        oru_do_error_new_l(code != nullptr ? static_cast<int32_t>(code->scalar.integer) : 0,
-                           msg->scalar.text, msg->scalar_len));
-    if (error) {
-        const Item *label = find_item(*element, "namespace", kText);
-        if (label != nullptr)
-            oru_do_error_set_namespace_l(error.get(), label->scalar.text, label->scalar_len);
-        if (error->msg == nullptr || (label != nullptr && error->name_space == nullptr))
-            fail_memory(ctx);
-        if (const Item *item = find_item(*element, "cause", kTypeError))
-            oru_do_error_set_cause(error.get(), static_cast<ORUDoError *>(item->obj));
-        if (const Item *item = find_item(*element, "prop_errs", kTypePropErrs))
-            oru_do_error_set_prop_errs(error.get(), static_cast<ORUDoPropErrs *>(item->obj));
-    }
-    return finished(ctx, std::move(error));
-}
-
-void *prop_errs_deser(ORUDoJsonCtxData *ctx, Element *element) {
-    if (!is_complete(ctx, element, kExactly, kTypePropErrs))
-        return nullptr;
-    auto prop_errs = Ref<ORUDoPropErrs>::adopt(oru_do_prop_errs_new());
-    for (const Item *item = element->items; prop_errs && item != nullptr; item = item->next) {
-        if (item->key == nullptr || item->type != kTypeError)
-            continue;
-        const auto name = read_name(ctx, item->key, item->key_len);
-        if (name && oru_do_prop_errs_get_err(prop_errs.get(), name.get()) != nullptr)
-            continue;  // the first occurrence wins
-        if (name)
-            oru_do_prop_errs_set_err(prop_errs.get(), name.get(),
-                                     static_cast<ORUDoError *>(item->obj));
-        if (!name || oru_do_prop_errs_get_err(prop_errs.get(), name.get()) == nullptr)
-            fail_memory(ctx);
-    }
-    return finished(ctx, std::move(prop_errs));
 }
 
 void *dtree_deser(ORUDoJsonCtxData *ctx, Element *element) {

@@ -35,6 +35,8 @@ void fill(Item &item, const Scalar &scalar) {
 
 // The item that takes the scalar, or null.
 Item *take(Reader &reader, Element &element, const Scalar &scalar) {
+    if (element.pending != nullptr)
+        settle(reader.data, element);
     Item *item = std::exchange(element.pending, nullptr);
     if (item == nullptr)
         item = append_item(reader, element.items, element.items_tail);

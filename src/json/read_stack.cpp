@@ -101,9 +101,10 @@ namespace {
 
 // Takes the member that waits out of its object: its value is of no known type.
 void leave_out_pending(Reader &reader, Element &element) {
-    Item *item = std::exchange(element.pending, nullptr);
-    if (item == nullptr)
+    if (element.pending == nullptr)
         return;
+    settle(reader.data, element);
+    Item *item = std::exchange(element.pending, nullptr);
     const bool tagged = item == element.tag_items_tail;
     Item *&first = tagged ? element.tag_items : element.items;
     Item *&last = tagged ? element.tag_items_tail : element.items_tail;
@@ -128,23 +129,12 @@ void give_to_parent(Reader &reader, Element &parent, int64_t type, void *object)
         ORU_TRACE(Level::detail, "oru_do_json: unused completed object, freeing it");
         return;
     }
+    if (parent.pending != nullptr)
+        settle(reader.data, parent);
     parent.pending = nullptr;
     drop_object(*item);
     item->type = type;
     item->obj = object;
-}
-
-void give_to_context(ORUDoJsonCtxData &data, int64_t type, void *object) {
-    if (data.completed_obj != nullptr) {
-        if (data.completed_type != kTypeArray) {
-            fail(&data, ORU_JSON_ERR_REPLACED);
-            ORU_TRACE(Level::failure, "error:tmp_obj already has completed_obj, type=%lx",
-                      static_cast<unsigned long>(data.completed_type));
-        }
-        oru_do_json_free_obj(data.completed_type, data.completed_obj);
-    }
-    data.completed_type = type;
-    data.completed_obj = object;
 }
 
 void pop_unresolved(Reader &reader, Element &element) {
@@ -166,15 +156,15 @@ void pop(Reader &reader) {
         pop_unresolved(reader, element);
         return;
     }
+    if (element.parent == nullptr) {
+        complete_top(reader, element);
+        return;
+    }
     const int64_t type = element.type_info->type_code;
     void *object = element.type_info->deserialiser(&reader.data, &element);
-    if (element.parent != nullptr) {
-        if (object != nullptr)
-            give_to_parent(reader, *element.parent, type, object);
-        pop_to_parent(reader);
-    } else if (object != nullptr) {
-        give_to_context(reader.data, type, object);
-    }
+    if (object != nullptr)
+        give_to_parent(reader, *element.parent, type, object);
+    pop_to_parent(reader);
 }
 
 }  // namespace oru::json

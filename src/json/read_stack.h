@@ -18,6 +18,19 @@ void pop(Reader &reader);
 // Frees the element on top.
 void pop_to_parent(Reader &reader);
 
+// ---- The top level ----
+// An element there stays when it is complete, and each further closing bracket completes it again,
+// so that the context holds what came out last.
+
+void complete_top(Reader &reader, Element &element);
+
+// Makes what the context is to hold of the element, if that was put off. For whoever changes the
+// items that the element has.
+void settle(ORUDoJsonCtxData &data, Element &element);
+
+// The same at the end of the text.
+void settle_top(ORUDoJsonCtxData &data);
+
 // ---- Texts ----
 
 // Texts that yajl had to unescape are in a buffer that it uses again, and are copied. Null when

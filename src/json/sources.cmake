@@ -6,12 +6,14 @@ target_sources(oruapi PRIVATE
   json/from_json.cpp
   json/read.cpp
   json/read_config.cpp
+  json/read_errors.cpp
   json/read_events.cpp
   json/read_meta.cpp
   json/read_names.cpp
   json/read_object.cpp
   json/read_scalars.cpp
   json/read_stack.cpp
+  json/read_top.cpp
   json/read_value.cpp
   json/types.cpp
   json/write_config.cpp
