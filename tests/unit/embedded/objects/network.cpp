@@ -121,11 +121,17 @@ void Network::close_session(ORUEmbeddedSession *which) {
 void Network::load() {
     char *text = nullptr;
     ASSERT_EQ(oru_read_file(NETWORK_DATA, &text), ORU_OK);
+    const Answer answer = load(text);
+    ph_free_named(text);
+    EXPECT_EQ(answer.code, ORU_OK);
+    EXPECT_EQ(answer.faults, std::vector<std::string>());
+}
+
+Answer Network::load(const std::string &json) {
     ORUDoError *error = nullptr;
     ORUDoPropertiesList *const list =
-        oru_do_properties_list_from_json(text, static_cast<int32_t>(std::strlen(text)), &error);
-    ph_free_named(text);
-    ASSERT_NE(list, nullptr);
+        oru_do_properties_list_from_json(json.c_str(), static_cast<int32_t>(json.size()), &error);
+    EXPECT_NE(list, nullptr);
     Each<ORUDoPropertiesList, ORUDoProperties, oru_do_properties_list_iter,
          oru_do_properties_list_has_next, oru_do_properties_list_get_next>
         each(list);
@@ -144,9 +150,7 @@ void Network::load() {
             last.substr(0, last.find(';')), type);
     }
     oru_do_properties_list_deref(list);
-    const Answer answer = commit(ORU_EMBEDDED_SYSTEM);
-    EXPECT_EQ(answer.code, ORU_OK);
-    EXPECT_EQ(answer.faults, std::vector<std::string>());
+    return commit(ORU_EMBEDDED_SYSTEM);
 }
 
 void Network::add(int32_t code, const std::string &address, const Properties &props,

@@ -37,6 +37,8 @@ class Network : public testing::Test {
 
     /* The 107 resources of the sample data. */
     void load();
+    /* Those of a properties list. */
+    Answer load(const std::string &json);
 
     /* One operation more of the next commit. Properties are a JSON object of tagged values; the
        type of a created resource may be empty. */

@@ -115,6 +115,31 @@ TEST_F(EmbeddedRead, DefaultsAreFlagged) {
     EXPECT_EQ(get("/", {"utcOffset"}), "utcOffset=60");
 }
 
+/* ---- Data of other sizes ---- */
+
+std::string generated(int resources) {
+    const std::string command = std::string(NETWORK_GENERATE) + " " + std::to_string(resources);
+    std::FILE *const output = popen(command.c_str(), "r");
+    std::string text;
+    char part[4096];
+    while (const size_t size = std::fread(part, 1, sizeof part, output))
+        text.append(part, size);
+    EXPECT_EQ(pclose(output), 0);
+    return text;
+}
+
+class EmbeddedGenerated : public Network {};
+
+TEST_F(EmbeddedGenerated, DataFitsTheModel) {
+    for (const int resources : {50, 600}) {
+        const Answer answer = load(generated(resources));
+        EXPECT_EQ(answer.faults, Texts());
+        const auto ports = query("//?:com.example.network:1.0/Port", {"_uri"}).size();
+        EXPECT_EQ(ports, resources == 50 ? 16U : 576U) << resources;
+        restart();
+    }
+}
+
 TEST_F(EmbeddedRead, ConfigurationAndOperationalDataAreKeptApart) {
     EXPECT_EQ(get_all("/chassis;id=1"), "id=1 description=Upper chassis");
     EXPECT_EQ(get_all("/chassis;id=1", true), "operState=up temperature=31.5 serial=CH-1001");
