@@ -44,9 +44,10 @@ inline constexpr int kMostCalls = 400;
 bool check_walk(const DocNode &doc, FakeSystem &system, const Params &params,
                 const std::function<int32_t()> &count);
 
-// The addresses of the rows, hidden ones left out, that all calls deliver with a count; in order.
+// The addresses of the rows, hidden ones left out, that all calls deliver with the counts that
+// `count` gives; in order.
 std::vector<std::string> delivered(const DocNode &doc, FakeSystem &system, const Params &params,
-                                   int32_t count);
+                                   const std::function<int32_t()> &count);
 
 // Gives every address some rows and attributes, the same ones whenever it is asked.
 struct Population {

@@ -186,6 +186,20 @@ TEST_F(DtlWalkScenario, ALimitOfBatchesHoldsForEachRow) {
     expect_end(-1);
 }
 
+// The next fetch of the outer rows follows in the same call and takes the row at hand with it.
+TEST_F(DtlWalkScenario, ACountOfZeroInTheMiddleGoesOnToTheNextRowsAbove) {
+    inner(a, "b");
+    system.rows["/sys?as"] = {{"/a1"}, {"/a2"}};
+    system.rows["/a1?bs"] = {{"/b1"}, {"/b2"}};
+    system.rows["/a2?bs"] = {{"/b3"}};
+    expect_call(1, {"context", open("/sys?as"), "next 1", open("/a1?bs"), "next 1"},
+                "a(/a1){b(/b1)}");
+    expect_call(
+        0, {"context", "next 0", "close", "next 0", "close", open("/a2?bs"), "next 0", "close"},
+        "a(/a2){b(/b3)}");
+    expect_end(0);
+}
+
 // A single read that asks for one row and gives none to descend into: nothing behind it is read.
 TEST_F(DtlWalkScenario, ReturnOneOfASingleReadEndsItsLevel) {
     doc.reset(oru_dtl_tree_new());
