@@ -87,7 +87,7 @@ struct ORUDoJsonTmpObj {
     // Of an element at the top level that was completed:
     bool completed;  // what the context holds came out of it
     bool later;      // the context is to hold what comes out of the items up to the last seen
-    bool hopeless;   // nothing will ever come out of it
+    bool hopeless;   // nothing will come out of it before it gets another member
     oru::json::Item *last_seen;
     ORUDoConfigOpsItem **ops_end;  // the link behind the last operation of the set
 };

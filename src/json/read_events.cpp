@@ -23,6 +23,7 @@ void add_key(Reader &reader, Element &element, Kept key, size_t size, bool tagge
     Item *item = append_item(reader, first, last);
     element.pending = item;
     element.before_pending = before;
+    element.hopeless = false;
     if (item == nullptr) {
         drop(key);
         fail_memory(&reader.data);
