@@ -16,6 +16,7 @@ int run(int argc, char **argv) {
     oructl::add_model_commands(app, status);
     oructl::add_convert_command(app, status);
     oructl::add_dtl_commands(app, status);
+    oructl::add_load_command(app, status);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError &error) {

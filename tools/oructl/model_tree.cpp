@@ -2,12 +2,11 @@
 #include <set>
 
 #include "model_print.h"
+#include "model_roots.h"
 #include "model_words.h"
 
 namespace oructl {
 namespace {
-
-using Resources = std::vector<ORUMdMrMeta *>;
 
 // A line below a resource: a reference to a child, or one of the implementations.
 struct Branch {
@@ -68,36 +67,11 @@ class Drawing {
     std::set<const ORUMdMrMeta *> drawn_;
 };
 
-// What a reference to a child leads to: the resource, and what implements it.
-void hold_targets(const ORUMdMrMeta &mr, std::set<const ORUMdMrMeta *> &held) {
-    for (const ORUMdRefMeta &ref : records(mr.refs)) {
-        if (ref.is_child == 0 || ref.target_mr == nullptr)
-            continue;
-        held.insert(ref.target_mr);
-        for (const ORUMdMrMetaList &entry : records(ref.target_mr->impl_mr_metas))
-            held.insert(entry.mr);
-    }
-}
-
-// Library resources are drawn where they are held; by themselves they only lend what they have.
-Resources find_roots(const Model &model) {
-    std::set<const ORUMdMrMeta *> held;
-    Resources roots;
-    for (const ORUMdPkgMeta *package : model.packages()) {
-        for (ORUMdMrMeta &mr : records(package->mrs)) {
-            hold_targets(mr, held);
-            if (mr.is_lib == 0)
-                roots.push_back(&mr);
-        }
-    }
-    std::erase_if(roots, [&](const ORUMdMrMeta *mr) { return held.count(mr) != 0; });
-    return roots;
-}
-
 }  // namespace
 
 bool print_tree(const Model &model, const std::string &root, int32_t depth) {
-    const Resources roots = root.empty() ? find_roots(model) : model.find_resources(root);
+    const std::vector<ORUMdMrMeta *> roots =
+        root.empty() ? find_roots(model) : model.find_resources(root);
     Drawing drawing(depth);
     for (ORUMdMrMeta *mr : roots)
         drawing.draw(mr);

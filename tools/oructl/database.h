@@ -1,0 +1,73 @@
+// A database under its model, opened through the embedded back end for as long as it lives.
+#ifndef ORU_TOOLS_ORUCTL_DATABASE_H
+#define ORU_TOOLS_ORUCTL_DATABASE_H
+
+#include <oruembedded.h>
+
+#include <CLI/CLI.hpp>
+#include <optional>
+#include <stdexcept>
+#include <string>
+
+#include "handles.h"
+#include "model.h"
+
+namespace oructl {
+
+// What ends a command, in words for its user.
+struct Failure : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
+struct DatabaseOptions {
+    std::string file;
+    std::string folder;  // of the model
+    std::string root;    // empty for the only type that can be one
+    std::string user;
+    bool show_secrets = false;
+};
+
+// The options that every command on a database has.
+void add_database_options(CLI::App *command, DatabaseOptions &options);
+
+// What is done about a file that is not there.
+enum class Missing { fault, make, pretend };
+
+class Database {
+  public:
+    // Throws `Failure`.
+    Database(const DatabaseOptions &options, Missing missing);
+    ~Database();
+    Database(const Database &) = delete;
+    Database &operator=(const Database &) = delete;
+
+    const Model &model() const { return model_; }
+    ORUMdMrMeta &root() const { return *root_; }
+    ORUDataIfc *data() const { return session_->data; }
+    ORUCollIfc *coll() const { return session_->coll; }
+
+    // The type of the resource at an address; nothing when there is none.
+    std::optional<std::string> type_at(const std::string &address) const;
+
+    struct Answer {
+        int32_t code = ORU_OK;
+        int64_t revision = 0;
+        Error error;
+    };
+    Answer commit(ORUDoConfigOps *operations, uint32_t flags) const;
+
+  private:
+    Model model_;
+    ORUMdMrMeta *root_ = nullptr;
+    ORUEmbeddedSession *session_ = nullptr;
+};
+
+// The words of what was held when a call failed, or those of its code.
+std::string words_of_failure(ORUErrorIfc *holder, int32_t code);
+
+// Prints what is wrong with a refused change to standard error, a line for each fault.
+void print_refusal(const Database::Answer &answer);
+
+}  // namespace oructl
+
+#endif

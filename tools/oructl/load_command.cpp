@@ -1,0 +1,174 @@
+// `oructl load`: properties lists into a database.
+#include <unistd.h>
+
+#include <cstdio>
+#include <memory>
+
+#include "assignments.h"
+#include "command.h"
+#include "database.h"
+#include "load_read.h"
+#include "model_words.h"
+#include "operations.h"
+
+namespace oructl {
+namespace {
+
+struct Arguments {
+    DatabaseOptions database;
+    std::vector<std::string> files;
+    size_t batch = 0;  // resources in a commit; 0 for all in one
+    bool is_dry_run = false;
+};
+
+// How far a long load is, for somebody who looks on.
+class Progress {
+  public:
+    explicit Progress(size_t all) : all_(all), is_shown_(isatty(STDERR_FILENO) != 0) {}
+    ~Progress() { clear(); }
+    Progress(const Progress &) = delete;
+    Progress &operator=(const Progress &) = delete;
+
+    void tell(const char *what, size_t done) {
+        constexpr size_t kStep = 500;
+        if (!is_shown_ || (done % kStep != 0 && done != all_))
+            return;
+        std::fprintf(stderr, "\r\033[K%s %zu of %zu resources", what, done, all_);
+        is_told_ = true;
+    }
+
+    void clear() {
+        if (is_told_)
+            std::fputs("\r\033[K", stderr);
+        is_told_ = false;
+    }
+
+  private:
+    size_t all_;
+    bool is_shown_;
+    bool is_told_ = false;
+};
+
+class Load {
+  public:
+    Load(const Database &database, const Arguments &arguments, const LoadedFiles &files)
+        : database_(database),
+          arguments_(arguments),
+          files_(files),
+          progress_(files.resources.size()) {}
+
+    int run() {
+        for (const LoadedResource &resource : files_.resources) {
+            add(resource);
+            progress_.tell("reading", ++read_);
+            if (change_.size() == arguments_.batch && !commit())
+                return kFaults;
+        }
+        if (!faults_.empty()) {
+            progress_.clear();
+            print(stderr, faults_);
+            tell_written();
+            return kFaults;
+        }
+        if (change_.size() != 0 && !commit())
+            return kFaults;
+        progress_.clear();
+        std::printf("%s, %s%s\n", (std::to_string(created_) + " created").c_str(),
+                    (std::to_string(updated_) + " updated").c_str(),
+                    arguments_.is_dry_run ? "; nothing was written" : "");
+        return kDone;
+    }
+
+  private:
+    void add(const LoadedResource &resource) try {
+        if (database_.type_at(resource.address.path)) {
+            change_.set(resource.address, resource.props.get());
+            ++updates_;
+            return;
+        }
+        if (const ORUMdMrMeta *type = type_of(resource))
+            add_keys(*type, resource.address, resource.props.get());
+        change_.create(resource.address, resource.type, resource.props.get());
+    } catch (const Failure &failure) {
+        faults_.push_back(resource.source->fault(resource.offset, failure.what()));
+    }
+
+    // Null for one that the model does not have, which the commit tells.
+    ORUMdMrMeta *type_of(const LoadedResource &resource) const {
+        return resource.type.empty() ? type_by_model(database_.root(), resource.address)
+                                     : oru_md_get_mr_meta_by_name(resource.type.c_str());
+    }
+
+    bool commit() {
+        if (!faults_.empty())
+            return true;
+        progress_.tell("writing", read_);
+        uint32_t flags = ORU_EMBEDDED_SYSTEM;
+        if (arguments_.is_dry_run)
+            flags |= ORU_EMBEDDED_DRY_RUN;
+        const Database::Answer answer = database_.commit(change_.get(), flags);
+        if (answer.code != ORU_OK) {
+            progress_.clear();
+            print_refusal(answer);
+            tell_written();
+            return false;
+        }
+        created_ += change_.size() - updates_;
+        updated_ += updates_;
+        updates_ = 0;
+        change_ = {};
+        return true;
+    }
+
+    // What came before a fault stays.
+    void tell_written() const {
+        const size_t written = created_ + updated_;
+        if (written != 0)
+            std::fprintf(stderr, "%s before it: written already\n",
+                         count_of(written, "resource").c_str());
+        else
+            std::fprintf(stderr, "nothing was written\n");
+    }
+
+    const Database &database_;
+    const Arguments &arguments_;
+    const LoadedFiles &files_;
+    Progress progress_;
+    Change change_;
+    std::vector<Fault> faults_;
+    size_t read_ = 0;
+    size_t updates_ = 0;  // in the change
+    size_t created_ = 0;
+    size_t updated_ = 0;
+};
+
+int run(const Arguments &arguments) {
+    const LoadedFiles files = read_resources(arguments.files);
+    if (!files.faults.empty()) {
+        print(stderr, files.faults);
+        std::fprintf(stderr, "nothing was written\n");
+        return kFaults;
+    }
+    const Database database(arguments.database,
+                            arguments.is_dry_run ? Missing::pretend : Missing::make);
+    return Load(database, arguments, files).run();
+}
+
+}  // namespace
+
+void add_load_command(CLI::App &app, int &status) {
+    const auto arguments = std::make_shared<Arguments>();
+    auto *command = app.add_subcommand("load", "Creates and updates the resources of files");
+    command->add_option("file", arguments->files, "properties lists; - is standard input")
+        ->required()
+        ->check(input_file());
+    add_database_options(command, arguments->database);
+    auto *batch = command->add_option("--batch", arguments->batch,
+                                      "resources in a commit; by default all are in one");
+    batch->check(CLI::PositiveNumber);
+    command->add_flag("--dry-run", arguments->is_dry_run, "check everything, write nothing")
+        ->excludes(batch);
+    command->callback([arguments, &status] { status = run(*arguments); });
+}
+
+}  // namespace oructl
