@@ -46,7 +46,7 @@ CREATE TABLE attribute (
     type INTEGER NOT NULL,
     type_name INTEGER REFERENCES word,
     value,
-    PRIMARY KEY (row, name, since)
+    PRIMARY KEY (row, until, name)  -- what is there now lies together, behind what was
 ) WITHOUT ROWID;
 
 CREATE TABLE change (

@@ -9,8 +9,9 @@ namespace {
 
 using Status = CommitResult::Status;
 
-// how many old commits a commit forgets at most, so that none pays for many
-constexpr int64_t kForgottenAtOnce = 16;
+// how many old changes a commit forgets at most, so that none pays for many; a larger one forgets
+// twice what it writes, so that the old ones cannot pile up
+constexpr size_t kForgottenAtOnce = 256;
 
 int64_t now() {
     using std::chrono::duration_cast;
@@ -22,12 +23,6 @@ int64_t now() {
 class Committer {
   public:
     explicit Committer(SqliteDatabase &database) : database_(database) {}
-
-    /* The revision of the commit that bears the name, or 0. */
-    Revision find_request(const std::string &request) {
-        Statement find = prepare("SELECT revision FROM revision WHERE request = ?");
-        return find.bind_text(request).step() ? find.integer(0) : 0;
-    }
 
     bool is_unchanged(Revision base, const std::vector<Range> &ranges) {
         if (ranges.empty() || base == database_.head())
@@ -60,22 +55,28 @@ class Committer {
         return true;
     }
 
-    /* Forgets the oldest commits that nobody asked to keep, and what they replaced. */
-    void forget() {
-        const SqliteOptions &options = database_.options;
-        Statement oldest = prepare(
-            "SELECT revision FROM revision WHERE revision <= ? AND "
-            "time < ? ORDER BY revision LIMIT ?");
-        oldest.bind(revision_ - options.keep_commits)
-            .bind(now() - options.keep_seconds * 1'000'000)
-            .bind(kForgottenAtOnce);
-        std::vector<Revision> revisions;
-        while (oldest.step())
-            revisions.push_back(oldest.integer(0));
-        for (const Revision revision : revisions)
-            forget(revision);
-        if (!revisions.empty())
-            database_.set_setting("horizon", revisions.back());
+    /* Forgets the oldest commits that nobody asked to keep, and what they replaced. One with many
+       changes goes in parts; none of it can be read from the first on. */
+    void forget(size_t written) {
+        size_t left = std::max(kForgottenAtOnce, 2 * written);
+        Statement oldest =
+            prepare("SELECT revision, time FROM revision WHERE revision <= ? ORDER BY revision");
+        oldest.bind(revision_ - database_.options.keep_commits);
+        const int64_t young = now() - database_.options.keep_seconds * 1'000'000;
+        std::vector<Revision> over;
+        while (left > 0 && oldest.step() && oldest.integer(1) < young) {
+            const Revision revision = oldest.integer(0);
+            horizon_ = revision;
+            const size_t forgotten = forget_changes(revision, left);
+            if (forgotten < left)
+                over.push_back(revision);
+            left -= std::max<size_t>(std::min(forgotten, left), 1);
+        }
+        oldest.reset();
+        for (const Revision revision : over)
+            prepare("DELETE FROM revision WHERE revision = ?").bind(revision).run();
+        if (horizon_ != 0)
+            database_.set_setting("horizon", horizon_);
     }
 
     Revision revision() const { return revision_; }
@@ -165,22 +166,28 @@ class Committer {
         return true;
     }
 
-    void forget(Revision revision) {
-        Statement rows = prepare("SELECT key, row FROM change WHERE revision = ?");
+    /* Up to `limit` changes of a revision, and how many there were. */
+    size_t forget_changes(Revision revision, size_t limit) {
+        Statement rows = prepare("SELECT key, row FROM change WHERE revision = ? LIMIT ?");
         Statement drop_rows = prepare("DELETE FROM row WHERE key = ? AND until <= ?");
         Statement drop_attributes = prepare("DELETE FROM attribute WHERE row = ? AND until <= ?");
-        rows.bind(revision);
-        while (rows.step()) {
-            drop_rows.bind_blob(rows.bytes(0)).bind(revision).run();
-            drop_attributes.bind(rows.integer(1)).bind(revision).run();
+        Statement drop = prepare("DELETE FROM change WHERE revision = ? AND key = ? AND row = ?");
+        std::vector<std::pair<std::string, int64_t>> changes;
+        rows.bind(revision).bind(static_cast<int64_t>(limit));
+        while (rows.step())
+            changes.emplace_back(rows.bytes(0), rows.integer(1));
+        for (const auto &[key, row] : changes) {
+            drop_rows.bind_blob(key).bind(revision).run();
+            drop_attributes.bind(row).bind(revision).run();
+            drop.bind(revision).bind_blob(key).bind(row).run();
         }
-        prepare("DELETE FROM change WHERE revision = ?").bind(revision).run();
-        prepare("DELETE FROM revision WHERE revision = ?").bind(revision).run();
+        return changes.size();
     }
 
     SqliteDatabase &database_;
     Revision revision_ = 0;
     int64_t next_row_ = 0;
+    Revision horizon_ = 0; /* that is new */
     Statement find_row_ = prepare("SELECT id FROM row WHERE key = ? AND until = ?");
     Statement insert_row_ = prepare("INSERT INTO row VALUES (?, ?, ?, ?, ?, ?)");
     Statement end_row_ = prepare("UPDATE row SET until = ? WHERE key = ? AND until = ?");
@@ -194,15 +201,13 @@ class Committer {
 
 CommitResult commit_within(SqliteDatabase &database, const Commit &commit,
                            Transaction &transaction) {
+    const Revision earlier = find_request(database, commit.request);
+    if (earlier != 0)
+        return {Status::done, earlier};
     Committer committer(database);
-    if (!commit.request.empty()) {
-        const Revision earlier = committer.find_request(commit.request);
-        if (earlier != 0)
-            return {Status::done, earlier};
-    }
     if (!committer.is_unchanged(commit.base, commit.unchanged) || !committer.write(commit))
         return {Status::conflict, 0};
-    committer.forget();
+    committer.forget(commit.writes.size());
     try {
         transaction.commit();
     } catch (const StoreFault &fault) {
@@ -215,6 +220,14 @@ CommitResult commit_within(SqliteDatabase &database, const Commit &commit,
 }
 
 }  // namespace
+
+Revision find_request(SqliteDatabase &database, std::string_view request) {
+    if (request.empty())
+        return 0;
+    Statement find = database.connection.prepare("SELECT revision FROM revision WHERE request = ?");
+    const ResetAtEnd reset(find);
+    return find.bind_text(request).step() ? find.integer(0) : 0;
+}
 
 CommitResult write_commit(SqliteDatabase &database, const Commit &commit) {
     Transaction transaction(database.connection, Transaction::Aim::write);

@@ -56,6 +56,9 @@ void add_condition(Sql &sql, SqliteDatabase &database, const Condition &conditio
 
 std::unique_ptr<Scan> new_scan(std::shared_ptr<SqliteDatabase> database, Query query);
 
+/* The revision of the commit that bears the name, or 0. */
+Revision find_request(SqliteDatabase &database, std::string_view request);
+
 CommitResult write_commit(SqliteDatabase &database, const Commit &commit);
 
 ReadStatus read_changes(SqliteDatabase &database, Revision after, uint32_t limit, ChangeSink &sink);

@@ -140,7 +140,6 @@ class SqliteScan : public Scan {
           attributes_(*database_, query_) {}
 
     ReadStatus next(uint32_t limit, RowSink &sink) final {
-        const std::lock_guard lock(database_->mutex);
         Transaction transaction(database_->connection, Transaction::Aim::read);
         if (query_.at < database_->setting("horizon"))
             return ReadStatus::expired;
@@ -258,7 +257,6 @@ class SortedScan final : public SqliteScan {
     }
 
     ~SortedScan() override {
-        const std::lock_guard lock(database_->mutex);
         try {
             database_->connection
                 .prepare("DELETE FROM temp.sorted WHERE position >= ? AND position < ?")
@@ -306,6 +304,33 @@ class SortedScan final : public SqliteScan {
     int64_t end_ = 0;
 };
 
+/* A scan that is made, used and ended under the lock on the connection, its statements too. */
+class LockedScan final : public Scan {
+  public:
+    LockedScan(std::shared_ptr<SqliteDatabase> database, Query query)
+        : database_(std::move(database)) {
+        const std::lock_guard lock(database_->mutex);
+        if (query.order.empty())
+            scan_ = std::make_unique<KeyScan>(database_, std::move(query));
+        else
+            scan_ = std::make_unique<SortedScan>(database_, std::move(query));
+    }
+
+    ~LockedScan() override {
+        const std::lock_guard lock(database_->mutex);
+        scan_.reset();
+    }
+
+    ReadStatus next(uint32_t limit, RowSink &sink) override {
+        const std::lock_guard lock(database_->mutex);
+        return scan_->next(limit, sink);
+    }
+
+  private:
+    std::shared_ptr<SqliteDatabase> database_;
+    std::unique_ptr<Scan> scan_;
+};
+
 }  // namespace
 
 void add_condition(Sql &sql, SqliteDatabase &database, const Condition &condition, Revision at) {
@@ -316,9 +341,7 @@ void add_condition(Sql &sql, SqliteDatabase &database, const Condition &conditio
 }
 
 std::unique_ptr<Scan> new_scan(std::shared_ptr<SqliteDatabase> database, Query query) {
-    if (query.order.empty())
-        return std::make_unique<KeyScan>(std::move(database), std::move(query));
-    return std::make_unique<SortedScan>(std::move(database), std::move(query));
+    return std::make_unique<LockedScan>(std::move(database), std::move(query));
 }
 
 }  // namespace embedded

@@ -34,6 +34,18 @@ bool is_wanted(const std::vector<std::string> *names, std::string_view name) {
     return false;
 }
 
+void check_limits(const Commit &commit) {
+    bool fits = commit.writes.size() <= kLimits.commit_writes;
+    for (const Write &write : commit.writes) {
+        fits = fits && write.key.size() <= kLimits.key_bytes;
+        for (const Attribute &attribute : write.attributes)
+            fits = fits && attribute.cell.bytes.size() <= kLimits.value_bytes;
+    }
+    if (!fits)
+        throw StoreFault(StoreFault::Kind::beyond_limits,
+                         "the commit is beyond the limits of the store");
+}
+
 class SqliteStore final : public Store {
   public:
     explicit SqliteStore(const SqliteOptions &options)
@@ -77,13 +89,18 @@ class SqliteStore final : public Store {
     }
 
     std::unique_ptr<Scan> scan(Query query) override {
-        const std::lock_guard lock(database_->mutex);
         return new_scan(database_, std::move(query));
     }
 
     CommitResult commit(const Commit &commit) override {
+        check_limits(commit);
         const std::lock_guard lock(database_->mutex);
         return write_commit(*database_, commit);
+    }
+
+    Revision find_commit(std::string_view request) override {
+        const std::lock_guard lock(database_->mutex);
+        return find_request(*database_, request);
     }
 
     ReadStatus changes(Revision after, uint32_t limit, ChangeSink &sink) override {

@@ -65,8 +65,8 @@ struct Row {
     Revision since = 0; /* that made it, not that of its last change */
 };
 
-/* Is handed rows one after the other, each followed by its attributes, in the order of their names'
-   first use in the store. What is lent is lent for the call. */
+/* Is handed rows one after the other, each followed by its attributes, in no order that is told.
+   What is lent is lent for the call, which must not ask the store for anything. */
 class RowSink {
   public:
     virtual void row(const Row &row) = 0;
@@ -192,6 +192,7 @@ class ChangeSink {
 
 /* ---- The store ---- */
 
+/* A commit beyond them is refused by a fault, and nothing is written. */
 struct Limits {
     size_t key_bytes = 0;
     size_t value_bytes = 0; /* of one attribute */
@@ -200,7 +201,7 @@ struct Limits {
 
 class StoreFault : public std::runtime_error {
   public:
-    enum class Kind : uint8_t { busy, full, damaged, denied, foreign, io };
+    enum class Kind : uint8_t { busy, full, damaged, denied, foreign, io, beyond_limits };
 
     StoreFault(Kind which, const std::string &words) : std::runtime_error(words), kind(which) {}
 
@@ -225,6 +226,9 @@ class Store {
     virtual std::unique_ptr<Scan> scan(Query query) = 0;
 
     virtual CommitResult commit(const Commit &commit) = 0;
+
+    /* The revision of the commit of that name, 0 when none is kept. */
+    virtual Revision find_commit(std::string_view request) = 0;
 
     /* Up to `limit` commits behind the revision `after`: `last`, `more` or `expired`. */
     virtual ReadStatus changes(Revision after, uint32_t limit, ChangeSink &sink) = 0;

@@ -10,8 +10,8 @@ Words::Words(Connection &connection)
 
 std::string_view Words::remember(int64_t id, std::string_view text) {
     const std::string_view kept = texts_.emplace_back(text);
-    ids_.emplace(kept, id);
     by_id_.emplace(id, kept);
+    ids_.emplace(kept, id);
     return kept;
 }
 
@@ -35,15 +35,18 @@ int64_t Words::add(std::string_view text) {
         return known;
     add_.bind_text(text).run();
     const int64_t id = sqlite3_last_insert_rowid(database_);
-    remember(id, text);
     added_.push_back(id);
+    remember(id, text);
     return id;
 }
 
 void Words::drop_added() {
     for (const int64_t id : added_) {
-        ids_.erase(by_id_.at(id));
-        by_id_.erase(id);
+        const auto known = by_id_.find(id);
+        if (known == by_id_.end())
+            continue;
+        ids_.erase(known->second);
+        by_id_.erase(known);
     }
     added_.clear();
 }

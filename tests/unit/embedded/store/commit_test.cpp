@@ -193,5 +193,69 @@ TEST(StoreHistory, OpenScanExpires) {
     EXPECT_EQ(rows.texts, Texts{"a:K{}"});
 }
 
+TEST(StoreCommit, IsFoundByItsNameWhileItIsKept) {
+    const std::unique_ptr<Store> store = open_sqlite_store({.keep_commits = 1, .keep_seconds = -1});
+    Commit change;
+    change.request = "first";
+    change.writes = {create("a")};
+    EXPECT_EQ(store->find_commit("first"), 0);
+    EXPECT_EQ(store->commit(change).revision, 1);
+    EXPECT_EQ(store->find_commit("first"), 1);
+    EXPECT_EQ(store->find_commit(""), 0);
+    commit(*store, {create("b")});
+    EXPECT_EQ(store->find_commit("first"), 0);
+}
+
+TEST(StoreCommit, BeyondTheLimitsIsRefusedAndNothingIsWritten) {
+    const std::unique_ptr<Store> store = open_sqlite_store({});
+    const Limits limits = store->limits();
+    const std::string longest(limits.key_bytes, 'k');
+    const std::string value(limits.value_bytes + 1, 'v');
+    EXPECT_EQ(commit(*store, {create(longest)}).revision, 1);
+    const auto kind_of_fault = [&](std::vector<Write> writes) {
+        try {
+            commit(*store, std::move(writes));
+        } catch (const StoreFault &fault) {
+            return fault.kind;
+        }
+        return StoreFault::Kind::io;
+    };
+    using Kind = StoreFault::Kind;
+    EXPECT_EQ(kind_of_fault({create("a"), create(longest + "k")}), Kind::beyond_limits);
+    EXPECT_EQ(kind_of_fault({create("a", {text("t", value)})}), Kind::beyond_limits);
+    EXPECT_EQ(kind_of_fault(std::vector<Write>(limits.commit_writes + 1)), Kind::beyond_limits);
+    EXPECT_EQ(store->head(), 1);
+}
+
+TEST(StoreCommit, LargeOldOneIsForgottenInParts) {
+    const std::unique_ptr<Store> store = open_sqlite_store({.keep_commits = 1, .keep_seconds = -1});
+    std::vector<Write> writes;
+    std::vector<Write> changes;
+    for (int i = 0; i < 1000; i++) {
+        writes.push_back(create("k" + std::to_string(i), {number("n", 1)}));
+        changes.push_back(set("k" + std::to_string(i), {number("n", 2)}));
+    }
+    commit(*store, std::move(writes));
+    commit(*store, std::move(changes));
+    // 256 of the changes at a time, and what is small behind them
+    const Revision horizons[] = {2, 2, 2, 5, 6};
+    for (int i = 3; i < 8; i++) {
+        EXPECT_EQ(commit(*store, {create("c" + std::to_string(i))}).revision, i);
+        EXPECT_EQ(store->horizon(), horizons[i - 3]);
+        EXPECT_EQ(read_one(*store, "k7", i), "k7:K{n/5=2}");
+        EXPECT_EQ(read_one(*store, "k7", 1), "expired");
+    }
+}
+
+TEST(StoreCommit, BinaryTextsComeBackAsTheyWere) {
+    const std::unique_ptr<Store> store = open_sqlite_store({});
+    const std::string zero("a\0b", 3);
+    const std::string broken = "\xff\xc0\x80";
+    commit(*store, {create(zero, {text("z", zero), text("b", broken), text("e", "")})});
+    EXPECT_EQ(read_one(*store, zero, 1),
+              zero + ":K{z/8=\"" + zero + "\",b/8=\"" + broken + "\",e/8=\"\"}");
+    EXPECT_EQ(read_one(*store, "a", 1), "missing");
+}
+
 }  // namespace
 }  // namespace embedded
