@@ -1,5 +1,7 @@
 #include "oruplatform/balanced_tree.h"
 
+#include <utility>
+
 #include "oruplatform/poolheap.h"
 #include "platform/balanced_node.h"
 #include "platform/codes.h"
@@ -10,10 +12,19 @@ namespace {
 
 using CompareFn = int32_t (*)(const void *, const void *);
 
+// Where a key stands in the tree: the equal node, or the empty link where it would be put.
+struct Position {
+    int32_t result;  // 0 found, else a code
+    TreeNode *parent;
+    TreeNode **link;
+};
+
 struct Tree {
     CompareFn compare;
     TreeNode *root;
     TreeNode *loose;  // allocated and not inserted, chained by `parent` and `left`
+    Position
+        missed;  // where the last search ended, when it found nothing and nothing changed since
 };
 
 // Stands in front of every object.
@@ -50,13 +61,6 @@ bool is_result(int32_t compared) {
     return compared >= BALANCED_TREE_EQUAL && compared <= BALANCED_TREE_GREATER;
 }
 
-// Where a key stands in the tree: the equal node, or the empty link where it would be put.
-struct Position {
-    int32_t result;  // 0 found, else a code
-    TreeNode *parent;
-    TreeNode **link;
-};
-
 Position find_position(Tree &tree, const void *key) {
     Position at{.result = kNotFound, .parent = nullptr, .link = &tree.root};
     while (*at.link != nullptr) {
@@ -81,6 +85,20 @@ TreeNode *neighbour(const Position &at, bool next) {
         return at.parent;
     }
     return next ? tree_next(at.parent) : tree_previous(at.parent);
+}
+
+// Whether the key belongs at the empty link, between the neighbours of that.
+bool fits(const Tree &tree, const Position &at, const void *key) {
+    TreeNode *before = neighbour(at, false);
+    TreeNode *behind = neighbour(at, true);
+    return (before == nullptr || tree.compare(key, object_of(before)) == BALANCED_TREE_GREATER) &&
+           (behind == nullptr || tree.compare(key, object_of(behind)) == BALANCED_TREE_LESS);
+}
+
+// What is inserted was mostly searched for just before.
+Position position_to_insert(Tree &tree, const void *key) {
+    const Position missed = std::exchange(tree.missed, {});
+    return missed.link != nullptr && fits(tree, missed, key) ? missed : find_position(tree, key);
 }
 
 TreeNode *select(const Position &at, int32_t mode) {
@@ -166,7 +184,7 @@ int32_t balanced_tree_insert(void *handle, void *object, uintptr_t) {
     if (holder->tree != tree || holder->inserted) {
         return kInvalid;
     }
-    const Position at = find_position(*tree, object);
+    const Position at = position_to_insert(*tree, object);
     if (at.result != kNotFound) {
         return at.result == kOk ? kExists : at.result;
     }
@@ -182,7 +200,9 @@ int32_t balanced_tree_search(void *handle, int32_t mode, const void *key, void *
         mode > BALANCED_TREE_SEARCH_PREVIOUS) {
         return kInvalid;
     }
-    const Position at = find_position(*static_cast<Tree *>(handle), key);
+    auto *tree = static_cast<Tree *>(handle);
+    const Position at = find_position(*tree, key);
+    tree->missed = at.result == kNotFound ? at : Position{};
     if (at.result == kInvalid) {
         return kInvalid;
     }
@@ -221,6 +241,7 @@ int32_t balanced_tree_free_object(void *handle, void *object) {
     auto *tree = static_cast<Tree *>(handle);
     Holder *holder = holder_of(object);
     if (holder->inserted) {
+        tree->missed = {};
         tree_unlink(tree->root, holder->node);
     } else {
         take_loose(*tree, holder->node);

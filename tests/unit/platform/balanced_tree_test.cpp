@@ -77,6 +77,27 @@ TEST_F(BalancedTree, ObjectsAreZeroedAndAligned) {
     EXPECT_EQ(std::count(static_cast<char *>(object), static_cast<char *>(object) + 100, 0), 100);
 }
 
+TEST_F(BalancedTree, AnObjectFindsItsPlaceWhateverWasSearchedBefore) {
+    add(10);
+    void *twenty = add(20);
+    add(30);
+    EXPECT_LT(search(BALANCED_TREE_SEARCH_EXACT, 15), 0);
+    add(15);
+    EXPECT_LT(search(BALANCED_TREE_SEARCH_EXACT, 17), 0);
+    add(35);
+    EXPECT_LT(search(BALANCED_TREE_SEARCH_EXACT, 17), 0);
+    add(5);
+    EXPECT_LT(search(BALANCED_TREE_SEARCH_EXACT, 22), 0);
+    EXPECT_EQ(balanced_tree_free_object(tree, twenty), 0);
+    add(22);
+    EXPECT_LT(search(BALANCED_TREE_SEARCH_EXACT, 23), 0);
+    void *again = make(22);
+    EXPECT_NE(balanced_tree_insert(tree, again, 0), 0);
+    EXPECT_LT(search(BALANCED_TREE_SEARCH_EXACT, 1), 0);
+    add(1);
+    EXPECT_EQ(numbers(), (std::vector<int>{1, 5, 10, 15, 22, 30, 35}));
+}
+
 TEST_F(BalancedTree, WalksInOrder) {
     for (int number : {30, 10, 20, 50, 40}) {
         add(number);
