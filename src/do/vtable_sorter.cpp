@@ -1,7 +1,10 @@
 // The sorter of rows, on the platform's balanced tree: a node for each key, with its rows.
 #include "oru/vtable_sorter.h"
 
+#include <algorithm>
+#include <bit>
 #include <cstring>
+#include <string_view>
 
 #include "do/value.h"
 #include "do/vlist.h"
@@ -34,12 +37,77 @@ constexpr int32_t kTreeNoMemory = 12;
 constexpr int32_t kComparisonFailed = -1;
 constexpr int32_t kNotComparable = -2;  // of two values
 
+// Numbers that order first keys as their values are ordered, so that most comparisons need not
+// look at these. Only those of one kind tell: whole numbers exactly, strings where they differ.
+enum class RankKind : int32_t { none, number, text };
+
+struct Rank {
+    RankKind kind = RankKind::none;
+    uint32_t length = 0;  // of a string: shorter ones come first
+    uint64_t head = 0;    // the number, or the first bytes of the string
+    uint64_t tail = 0;    // the bytes behind these
+};
+
 struct SortNode {
     ORUVtableSorter *sorter;
     ORUDoVlist *keys;
     ORUDoVtable *rows;
     ORUDoValue *first_key;  // the first of `keys`, which most comparisons end with; null for none
+    Rank rank;              // of the first key
 };
+
+// ---- Ranks ----
+
+// An unsigned number with its top bit set has no place among the signed ones.
+Rank rank_of_number(const ORUDoValue &value) {
+    const int64_t number = oru::integer_of(value);
+    if (value.type == ORU_DO_TYPE_UNSIGNED_LONG && number < 0)
+        return {};
+    return {RankKind::number, 0, static_cast<uint64_t>(number) ^ uint64_t{1} << 63};
+}
+
+// Up to eight bytes from a place on, the first of them highest.
+uint64_t bytes_at(std::string_view text, size_t place) {
+    uint64_t bytes = 0;
+    const size_t count = text.size() > place ? std::min(text.size() - place, sizeof bytes) : 0;
+    std::memcpy(&bytes, text.data() + (count > 0 ? place : 0), count);
+    return std::endian::native == std::endian::little ? __builtin_bswap64(bytes) : bytes;
+}
+
+Rank rank_of_text(const ORUDoValue &value) {
+    const std::string_view text = oru::sized_payload(value);
+    return {RankKind::text, static_cast<uint32_t>(text.size()), bytes_at(text, 0),
+            bytes_at(text, sizeof(uint64_t))};
+}
+
+Rank rank_of(const ORUDoValue &value) {
+    if (oru::is_integer_type(value.type))
+        return rank_of_number(value);
+    return value.type == ORU_DO_TYPE_STRING ? rank_of_text(value) : Rank{};
+}
+
+Rank rank_of(const ORUVtableSorter &sorter, const ORUDoValue *first_key) {
+    if (first_key == nullptr || sorter.directions[0] == 's')
+        return {};
+    const Rank rank = rank_of(*first_key);
+    if (sorter.directions[0] != 'd')
+        return rank;
+    return {rank.kind, ~rank.length, ~rank.head, ~rank.tail};
+}
+
+// Equal for ranks that do not tell.
+int32_t compare_ranks(const Rank &a, const Rank &b) {
+    if (a.kind != b.kind || a.kind == RankKind::none)
+        return BALANCED_TREE_EQUAL;
+    const auto order = [](auto x, auto y) {
+        return x < y ? BALANCED_TREE_LESS : BALANCED_TREE_GREATER;
+    };
+    if (a.length != b.length)
+        return order(a.length, b.length);
+    if (a.head != b.head)
+        return order(a.head, b.head);
+    return a.tail != b.tail ? order(a.tail, b.tail) : BALANCED_TREE_EQUAL;
+}
 
 // ---- Comparing ----
 
@@ -115,6 +183,9 @@ int32_t compare_further_keys(const ORUVtableSorter &sorter, const ORUDoVlist *ke
 int32_t compare_nodes(const void *first, const void *second) {
     const auto &a = *static_cast<const SortNode *>(first);
     const auto &b = *static_cast<const SortNode *>(second);
+    const int32_t told = compare_ranks(a.rank, b.rank);
+    if (told != BALANCED_TREE_EQUAL) [[likely]]
+        return told;
     const ORUVtableSorter *sorter = a.sorter;
     if (sorter == nullptr || b.sorter == nullptr)
         return BALANCED_TREE_EQUAL;
@@ -125,7 +196,10 @@ int32_t compare_nodes(const void *first, const void *second) {
     }
     if (sorter->key_count < 1)
         return BALANCED_TREE_EQUAL;
-    const int32_t order = compare_key(a.first_key, b.first_key, sorter->directions[0]);
+    const bool same_numbers = a.rank.kind == RankKind::number && b.rank.kind == RankKind::number;
+    const int32_t order = same_numbers
+                              ? BALANCED_TREE_EQUAL
+                              : compare_key(a.first_key, b.first_key, sorter->directions[0]);
     return order != BALANCED_TREE_EQUAL ? order : compare_further_keys(*sorter, a.keys, b.keys);
 }
 
@@ -146,7 +220,8 @@ int32_t code_of(int32_t tree_result) {
     return tree_result == kTreeNoMemory ? ORU_RC_MALLOC : ORU_RC_GENERAL;
 }
 
-int32_t file_under_new_key(ORUVtableSorter &sorter, Ref<ORUDoVlist> keys, ORUDoVlist *row) {
+int32_t file_under_new_key(ORUVtableSorter &sorter, const SortNode &wanted, Ref<ORUDoVlist> keys,
+                           ORUDoVlist *row) {
     auto rows = Ref<ORUDoVtable>::adopt(oru_do_vtable_new());
     if (!rows)
         return ORU_RC_MALLOC;
@@ -156,7 +231,8 @@ int32_t file_under_new_key(ORUVtableSorter &sorter, Ref<ORUDoVlist> keys, ORUDoV
     if (result != 0)
         return code_of(result);
     auto *node = static_cast<SortNode *>(object);
-    *node = {&sorter, keys.get(), rows.get(), value_of(keys->first)};
+    *node = wanted;
+    node->rows = rows.get();
     result = balanced_tree_insert(sorter.tree, node, 0);
     if (result != 0) {
         balanced_tree_free_object(sorter.tree, node);
@@ -172,7 +248,8 @@ int32_t file_row(ORUVtableSorter &sorter, ORUDoVlist *row) {
     auto keys = keys_of(sorter, row);
     if (!keys)
         return ORU_RC_MALLOC;
-    const SortNode wanted{&sorter, keys.get(), nullptr, value_of(keys->first)};
+    ORUDoValue *first_key = value_of(keys->first);
+    const SortNode wanted{&sorter, keys.get(), nullptr, first_key, rank_of(sorter, first_key)};
     void *found = nullptr;
     switch (balanced_tree_search(sorter.tree, BALANCED_TREE_SEARCH_EXACT, &wanted, &found, 0)) {
         case 0:
@@ -180,7 +257,7 @@ int32_t file_row(ORUVtableSorter &sorter, ORUDoVlist *row) {
             oru_do_vtable_add(static_cast<SortNode *>(found)->rows, row);
             return ORU_OK;
         case kTreeNotFound:
-            return file_under_new_key(sorter, std::move(keys), row);
+            return file_under_new_key(sorter, wanted, std::move(keys), row);
         default:
             return ORU_RC_GENERAL;
     }

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <oruplatform/poolheap.h>
 
+#include <algorithm>
 #include <memory>
 #include <string>
 #include <vector>
@@ -217,6 +218,60 @@ TEST_F(VtableSorter, TextsGoByTheirLengthFirstInEveryDirection) {
         EXPECT_EQ(add(text), 0);
     finish();
     EXPECT_EQ(column_of(table.get(), 0), (Cells{"aa", "b", "b"}));
+}
+
+TEST_F(VtableSorter, IntegersOfAllTypesGoByTheirNumbers) {
+    const auto fill = [this] {
+        for (const uint64_t number : {UINT64_MAX, uint64_t{1} << 63, uint64_t{7}}) {
+            Vlist row(oru_do_vlist_new());
+            oru_do_vlist_add_unsigned_long(row.get(), number);
+            EXPECT_EQ(oru_vtable_sorter_add(sorter, row.get()), 0);
+        }
+        for (const int64_t number : {INT64_MAX, INT64_MIN, int64_t{-1}}) {
+            Vlist row(oru_do_vlist_new());
+            oru_do_vlist_add_long(row.get(), number);
+            EXPECT_EQ(oru_vtable_sorter_add(sorter, row.get()), 0);
+        }
+        EXPECT_EQ(add({8}), 0);
+        EXPECT_EQ(add({7}), 0);
+        EXPECT_EQ(add({-2}), 0);
+        finish();
+    };
+    Cells ordered{"-9223372036854775808",
+                  "-2",
+                  "-1",
+                  "7",
+                  "7",
+                  "8",
+                  "9223372036854775807",
+                  "9223372036854775808",
+                  "18446744073709551615"};
+    make(0, 1, "a");
+    fill();
+    EXPECT_EQ(column_of(table.get(), 0), ordered);
+    oru_do_vtable_clear(table.get());
+    make(0, 1, "d");
+    fill();
+    std::reverse(ordered.begin(), ordered.end());
+    EXPECT_EQ(column_of(table.get(), 0), ordered);
+}
+
+TEST_F(VtableSorter, TextsWithALongBeginningInCommon) {
+    const std::string common(16, 'x');
+    const std::string longer(70000, 'y');
+    const Cells unordered{common + "b", longer + "b", "b",    common + "a", "",        "\xff",
+                          longer + "a", "a",          common, "0123456b",   "0123456a"};
+    Cells ordered{"",     "a",          "b",          "\xff",       "0123456a",  "0123456b",
+                  common, common + "a", common + "b", longer + "a", longer + "b"};
+    for (const char *direction : {"a", "d"}) {
+        make(0, 1, direction);
+        for (const std::string &text : unordered)
+            EXPECT_EQ(add(text.c_str()), 0);
+        finish();
+        EXPECT_EQ(column_of(table.get(), 0), ordered) << direction;
+        oru_do_vtable_clear(table.get());
+        std::reverse(ordered.begin(), ordered.end());
+    }
 }
 
 TEST_F(VtableSorter, KeysStandBehindTheColumns) {
