@@ -25,6 +25,9 @@ void put_escaped(ORUDoStrbuf *strbuf, std::string_view text);
 // `"key":` as it stands, with a text in front of it.
 void put_key(ORUDoStrbuf *strbuf, std::string_view key, std::string_view before = {});
 
+// A value by the options.
+void put_value(ORUDoStrbuf *strbuf, const ORUDoValue &val, uint32_t options);
+
 // `,"%typedef":"name"`; nothing for a null name.
 void put_typedef(ORUDoStrbuf *strbuf, const char *name);
 

@@ -1,3 +1,4 @@
+#include "do/vlist.h"
 #include "do/vtable.h"
 #include "json/types.h"
 #include "json/write.h"
@@ -13,11 +14,9 @@ using oru::json::put;
 
 void put_values(ORUDoStrbuf *buf, ORUDoVlist *vlist, uint32_t options) {
     Members members(buf);
-    ORUDoIter iter;
-    oru_do_vlist_iter(vlist, &iter);
-    while (ORUDoValue *value = oru_do_vlist_get_next(&iter)) {
+    for (const ORUDoVlistItem *item = vlist->first; item != nullptr; item = item->next) {
         members.next();
-        oru_do_value_to_json_opt(value, buf, options);
+        oru::json::put_value(buf, *item->value, options);
     }
 }
 

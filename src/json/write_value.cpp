@@ -117,7 +117,7 @@ void put_compact(ORUDoStrbuf *buf, const ORUDoValue &val, uint32_t options) {
     }
 }
 
-void put_value(ORUDoStrbuf *buf, const ORUDoValue &val, uint32_t options, bool compact) {
+void put_form(ORUDoStrbuf *buf, const ORUDoValue &val, uint32_t options, bool compact) {
     if (val.type == ORU_DO_TYPE_NULL) {
         put(buf, "null");
     } else if (!lacks_object(val)) {
@@ -127,19 +127,23 @@ void put_value(ORUDoStrbuf *buf, const ORUDoValue &val, uint32_t options, bool c
 
 }  // namespace
 
+void oru::json::put_value(ORUDoStrbuf *strbuf, const ORUDoValue &val, uint32_t options) {
+    put_form(strbuf, val, options, (options & ORU_JSON_OPT_COMPACT) != 0);
+}
+
 int32_t oru_do_value_to_json(ORUDoValue *val, ORUDoStrbuf *buf) {
     return oru_do_value_to_json_opt(val, buf, 0);
 }
 
 int32_t oru_do_value_to_json_opt(ORUDoValue *val, ORUDoStrbuf *buf, uint32_t options) {
     ORU_REQUIRE(val);
-    put_value(buf, *val, options, (options & ORU_JSON_OPT_COMPACT) != 0);
+    oru::json::put_value(buf, *val, options);
     return 0;
 }
 
 int32_t oru_do_value_to_compact_json(ORUDoValue *val, ORUDoStrbuf *buf) {
     ORU_REQUIRE(val);
-    put_value(buf, *val, 0, true);
+    put_form(buf, *val, 0, true);
     return 0;
 }
 
