@@ -13,10 +13,14 @@ enum : int { kDone = 0, kFaults = 1, kUsage = 2 };
 CLI::Validator input_file();
 
 // Each adds a command. When it is chosen its result is stored in `status`, which must live on.
+void add_change_commands(CLI::App &app, int &status);
 void add_convert_command(CLI::App &app, int &status);
 void add_dtl_commands(CLI::App &app, int &status);
+void add_export_command(CLI::App &app, int &status);
+void add_get_command(CLI::App &app, int &status);
 void add_load_command(CLI::App &app, int &status);
 void add_model_commands(CLI::App &app, int &status);
+void add_query_command(CLI::App &app, int &status);
 
 }  // namespace oructl
 

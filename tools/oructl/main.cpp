@@ -1,4 +1,4 @@
-// oructl: looks into what the library holds, from the command line.
+// oructl: the library from the command line.
 #include <cstdio>
 #include <exception>
 
@@ -7,7 +7,7 @@
 namespace {
 
 int run(int argc, char **argv) {
-    CLI::App app{"Looks into models of managed resources, converts objects, checks documents.",
+    CLI::App app{"Models of managed resources, their data in a database, objects and documents.",
                  "oructl"};
     app.require_subcommand(1);
     app.footer("Exit status: 0 done, 1 faults were found, 2 wrong use.");
@@ -17,6 +17,10 @@ int run(int argc, char **argv) {
     oructl::add_convert_command(app, status);
     oructl::add_dtl_commands(app, status);
     oructl::add_load_command(app, status);
+    oructl::add_export_command(app, status);
+    oructl::add_get_command(app, status);
+    oructl::add_change_commands(app, status);
+    oructl::add_query_command(app, status);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError &error) {

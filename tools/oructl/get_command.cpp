@@ -1,0 +1,82 @@
+// `oructl get`: attributes of a resource, or of the members of a collection.
+#include <cstdio>
+#include <memory>
+
+#include "addresses.h"
+#include "assignments.h"
+#include "command.h"
+#include "output.h"
+#include "reading.h"
+
+namespace oructl {
+namespace {
+
+struct Arguments {
+    DatabaseOptions database;
+    std::string address;
+    std::vector<std::string> names;
+    DataForm form = DataForm::table;
+};
+
+// What is read when nothing was asked for by name.
+std::vector<std::string> all_names(const ORUMdMrMeta &mr) {
+    std::vector<std::string> names = attributes_of(mr);
+    names.insert(names.begin(), {ORU_DO_NAME_URI, ORU_DO_NAME_MR});
+    return names;
+}
+
+void get_resource(const Database &database, const Arguments &arguments) {
+    const Address address = read_address(arguments.address);
+    const auto type = database.type_at(address.path);
+    ORUMdMrMeta *const mr = type ? oru_md_get_mr_meta_by_name(type->c_str()) : nullptr;
+    if (mr == nullptr)
+        throw Failure(address.path + ": there is no such resource");
+    check_names(*mr, arguments.names);
+    const Properties props = read_resource(
+        database, address.path, arguments.names.empty() ? all_names(*mr) : arguments.names, true);
+    std::fputs(resource_text(props.get(), arguments.form).c_str(), stdout);
+}
+
+void get_collection(const Database &database, const Arguments &arguments) {
+    check_collection(arguments.address);
+    ORUMdMrMeta *const mr = type_of_collection(database, arguments.address);
+    if (mr == nullptr)
+        throw Failure(arguments.address + ": the model has no such collection");
+    check_names(*mr, arguments.names);
+    std::vector<std::string> names = arguments.names;
+    if (names.empty()) {
+        names = all_names(*mr);
+        // the same in every row
+        std::erase(names, ORU_DO_NAME_MR);
+    }
+    std::vector<Properties> rows;
+    read_collection(database, arguments.address, names, true,
+                    [&](Properties props) { rows.push_back(std::move(props)); });
+    std::fputs(resources_text(rows, names, arguments.form).c_str(), stdout);
+}
+
+int run(const Arguments &arguments) {
+    const Database database(arguments.database, Missing::fault);
+    if (arguments.address.find('?') != std::string::npos)
+        get_collection(database, arguments);
+    else
+        get_resource(database, arguments);
+    return kDone;
+}
+
+}  // namespace
+
+void add_get_command(CLI::App &app, int &status) {
+    const auto arguments = std::make_shared<Arguments>();
+    auto *command = app.add_subcommand("get", "Prints attributes of a resource or a collection");
+    command->add_option("address", arguments->address, "/chassis;id=1, or /chassis;id=1?slots")
+        ->required();
+    command->add_option("attribute", arguments->names, "attributes; by default all");
+    add_database_options(command, arguments->database);
+    add_format_option(command, arguments->form);
+    command->add_flag("--show-secrets", arguments->database.show_secrets,
+                      "print secrets as they are kept");
+    command->callback([arguments, &status] { status = run(*arguments); });
+}
+
+}  // namespace oructl

@@ -1,0 +1,382 @@
+#include "output.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <map>
+
+#include "addresses.h"
+#include "database.h"
+#include "json_tree.h"
+#include "model_words.h"
+#include "object_text.h"
+#include "xml_text.h"
+
+namespace oructl {
+namespace {
+
+const std::map<std::string, DataForm> kForms{
+    {"table", DataForm::table}, {"tree", DataForm::tree},       {"text", DataForm::text},
+    {"json", DataForm::json},   {"compact", DataForm::compact}, {"xml", DataForm::xml}};
+
+std::string check_form(const std::string &form) {
+    return kForms.count(form) != 0
+               ? ""
+               : form + " is no format; known are: table tree text json compact xml";
+}
+
+bool has_colours() {
+    return isatty(STDOUT_FILENO) != 0 && std::getenv("NO_COLOR") == nullptr;
+}
+
+size_t width_of(const std::string &text) {
+    return static_cast<size_t>(std::ranges::count_if(
+        text, [](char byte) { return (static_cast<unsigned char>(byte) & 0xC0) != 0x80; }));
+}
+
+std::string line_of(const std::vector<std::string> &cells, const std::vector<size_t> &widths) {
+    std::string line;
+    for (size_t i = 0; i < cells.size(); ++i) {
+        line += cells[i];
+        if (i + 1 < cells.size())
+            line += std::string(widths[i] - width_of(cells[i]) + 2, ' ');
+    }
+    return line;
+}
+
+// ---- JSON ----
+
+// A text as it stands between the quotes of JSON.
+std::string json_escaped(const std::string &text) {
+    std::string out;
+    for (const char c : text) {
+        constexpr char kDigits[] = "0123456789abcdef";
+        const auto code = static_cast<unsigned char>(c);
+        if (c == '"' || c == '\\')
+            out += '\\';
+        if (code < 0x20) {
+            out += "\\u00";
+            out += kDigits[code >> 4];
+            out += kDigits[code & 15];
+        } else {
+            out += c;
+        }
+    }
+    return out;
+}
+
+Value json_safe(ORUDoValue *value) {
+    int32_t status = ORU_OK;
+    if (oru_do_value_is_array(value) != 0) {
+        auto list = made<ValueList>(oru_do_vlist_new());
+        for (EachValue each(oru_do_value_get_array(value, &status)); ORUDoValue *element = each();)
+            oru_do_vlist_add(list.get(), json_safe(element).get());
+        return made<Value>(oru_do_value_new_array(list.get()));
+    }
+    if (oru_do_value_get_type(value) == ORU_DO_TYPE_ENUMERATION)
+        return made<Value>(oru_do_value_new_enumeration(
+            json_escaped(oru_do_value_get_enumeration(value, &status)).c_str()));
+    if (oru_do_value_get_type(value) == ORU_DO_TYPE_MR_URI) {
+        const std::string text = json_escaped(oru_do_uri_get_uri_str(oru_do_value_get_uri(value)));
+        const auto uri = made<Uri>(oru_do_uri_new(text.c_str()));
+        return made<Value>(oru_do_value_new_mr_uri(uri.get()));
+    }
+    return Value(oru_do_value_ref(value));
+}
+
+Properties json_safe(ORUDoProperties *props) {
+    auto safe = made<Properties>(oru_do_properties_new());
+    for (EachProperty each(props); ORUDoProperty *property = each();) {
+        const Value value = json_safe(oru_do_property_get_value(property));
+        oru_do_properties_set_value(safe.get(), oru_do_property_get_name_string(property),
+                                    value.get());
+    }
+    return safe;
+}
+
+// ---- Checks of what was written ----
+
+std::string checked_json(std::string text) {
+    if (!is_json(text))
+        throw Failure("no JSON comes of it: names and addresses are written as they stand");
+    return text + "\n";
+}
+
+std::string checked_xml(std::string text) {
+    text.erase(0, std::min(text.find('<'), text.size()));
+    const size_t head = text.find_first_of(" >/", 1);
+    if (text.find("xsi:null=") != std::string::npos && head != std::string::npos)
+        text.insert(head, " xmlns:xsi=\"http://www.w3.org/2001/XMLSchema-instance\"");
+    if (const std::string fault = xml_fault(text); !fault.empty())
+        throw Failure("no XML comes of it: " + fault);
+    return text + (text.ends_with('\n') ? "" : "\n");
+}
+
+// ---- Resources ----
+
+std::string lines_of(ORUDoProperties *props, const std::string &indent) {
+    std::string lines;
+    for (EachProperty each(props); ORUDoProperty *property = each();)
+        lines += indent + oru_do_property_get_name_string(property) + " = " +
+                 cell_text(oru_do_property_get_value(property)) + "\n";
+    return lines;
+}
+
+std::string branch_of(ORUDoProperties *props) {
+    std::string title;
+    for (const char *name : {ORU_DO_NAME_URI, ORU_DO_NAME_MR}) {
+        if (ORUDoValue *value = oru_do_properties_get_value(props, name))
+            title += (title.empty() ? "" : "  ") + cell_text(value);
+    }
+    std::string lines = title + "\n";
+    for (EachProperty each(props); ORUDoProperty *property = each();) {
+        const std::string name = oru_do_property_get_name_string(property);
+        if (name != ORU_DO_NAME_URI && name != ORU_DO_NAME_MR)
+            lines += "  " + name + " = " + cell_text(oru_do_property_get_value(property)) + "\n";
+    }
+    return lines;
+}
+
+std::string column_table(ORUDoProperties *props) {
+    TextTable table({"attribute", "value"});
+    for (EachProperty each(props); ORUDoProperty *property = each();)
+        table.add({oru_do_property_get_name_string(property),
+                   cell_text(oru_do_property_get_value(property))});
+    return table.draw();
+}
+
+std::string row_table(const std::vector<Properties> &rows, const std::vector<std::string> &names) {
+    TextTable table(names);
+    for (const Properties &props : rows) {
+        std::vector<std::string> cells;
+        for (const std::string &name : names)
+            cells.push_back(cell_text(oru_do_properties_get_value(props.get(), name.c_str())));
+        table.add(std::move(cells));
+    }
+    return table.draw();
+}
+
+}  // namespace
+
+void add_format_option(CLI::App *command, DataForm &form) {
+    command
+        ->add_option_function<std::string>(
+            "-f,--format", [&form](const std::string &word) { form = kForms.at(word); },
+            "table, tree, text, json, compact or xml")
+        ->check(CLI::Validator(check_form, "FORM", "form"));
+}
+
+std::string TextTable::draw() const {
+    std::vector<size_t> widths(head_.size());
+    for (size_t i = 0; i < head_.size(); ++i) {
+        widths[i] = width_of(head_[i]);
+        for (const auto &row : rows_)
+            widths[i] = std::max(widths[i], width_of(row[i]));
+    }
+    const std::string head = line_of(head_, widths);
+    std::string text = has_colours() ? "\033[1m" + head + "\033[0m\n" : head + "\n";
+    for (const auto &row : rows_)
+        text += line_of(row, widths) + "\n";
+    return text;
+}
+
+std::string cell_text(ORUDoValue *value) {
+    if (value == nullptr || oru_do_value_is_null(value) != 0)
+        return "-";
+    const int32_t type = oru_do_value_get_type(value);
+    int32_t status = ORU_OK;
+    std::string text;
+    if (type == ORU_DO_TYPE_STRING)
+        text = oru_do_value_get_string(value, &status);
+    else if (type == ORU_DO_TYPE_MR_URI)
+        text = without_location(oru_do_uri_get_uri_str(oru_do_value_get_uri(value)));
+    else
+        text = written([&](ORUDoStrbuf *buf) {
+            oru_do_value_to_strbuf_opt(value, 0, buf, ORU_DO_OPT_HIDE_SECRETS);
+        });
+    // what would move the cursor of a terminal stands as it does in JSON
+    if (std::ranges::any_of(text, [](char c) { return static_cast<unsigned char>(c) < 0x20; }))
+        text = json_escaped(text);
+    if (text.empty())
+        text = "\"\"";
+    return oru_do_value_is_default(value) != 0 ? text + "  (default)" : text;
+}
+
+std::string properties_json(ORUDoProperties *props, uint32_t options) {
+    return written([&](ORUDoStrbuf *buf) {
+        oru_do_properties_to_json_opt(json_safe(props).get(), buf, options);
+    });
+}
+
+std::string resource_text(ORUDoProperties *props, DataForm form) {
+    switch (form) {
+        case DataForm::table:
+            return column_table(props);
+        case DataForm::tree:
+            return branch_of(props);
+        case DataForm::text:
+            return lines_of(props, "");
+        case DataForm::json:
+            return checked_json(properties_json(props, 0));
+        case DataForm::compact:
+            return checked_json(properties_json(props, ORU_JSON_OPT_COMPACT));
+        default:
+            return checked_xml(written(
+                [&](ORUDoStrbuf *buf) { oru_do_properties_to_xml(nullptr, nullptr, props, buf); }));
+    }
+}
+
+std::string resources_text(const std::vector<Properties> &rows,
+                           const std::vector<std::string> &names, DataForm form) {
+    if (form == DataForm::table)
+        return row_table(rows, names);
+    std::string text;
+    const bool is_json = form == DataForm::json || form == DataForm::compact;
+    for (const Properties &props : rows) {
+        std::string one = resource_text(props.get(), form);
+        if (is_json)
+            one.pop_back();
+        const char *between = is_json ? ",\n" : form == DataForm::text ? "\n" : "";
+        text += (text.empty() ? "" : between) + one;
+    }
+    if (form == DataForm::json)
+        return "{\"%properties_list\":[" + text + "]}\n";
+    if (form == DataForm::compact)
+        return "[" + text + "]\n";
+    return form == DataForm::xml ? "<resources>\n" + text + "</resources>\n" : text;
+}
+
+// ---- Trees ----
+
+namespace {
+
+using Cells = std::vector<std::pair<std::string, std::string>>;
+
+// The rows of a tree: each leaf with what stands above it.
+class Flattening {
+  public:
+    void add(ORUDoDtree *node, Cells above) {
+        const std::string name = text_of(oru_do_dtree_get_name(node));
+        for (EachProperty each(oru_do_dtree_get_properties(node));
+             ORUDoProperty *property = each();)
+            put(above, name + "." + oru_do_property_get_name_string(property),
+                cell_text(oru_do_property_get_value(property)));
+        if (ORUDoError *error = oru_do_dtree_get_error(node))
+            put(above, name, error_words(error));
+        bool is_leaf = true;
+        for (EachChild each(node); ORUDoDtree *child = each();) {
+            if (oru_do_dtree_is_hidden(child) != 0)
+                continue;
+            add(child, above);
+            is_leaf = false;
+        }
+        if (is_leaf && !above.empty())
+            rows_.push_back(std::move(above));
+    }
+
+    std::string draw() const {
+        if (rows_.empty())
+            return "";
+        TextTable table(names_);
+        for (const Cells &row : rows_) {
+            std::vector<std::string> cells(names_.size(), "-");
+            for (const auto &[name, text] : row)
+                cells[static_cast<size_t>(std::ranges::find(names_, name) - names_.begin())] = text;
+            table.add(std::move(cells));
+        }
+        return table.draw();
+    }
+
+  private:
+    void put(Cells &cells, std::string name, std::string text) {
+        if (std::ranges::find(names_, name) == names_.end())
+            names_.push_back(name);
+        cells.emplace_back(std::move(name), std::move(text));
+    }
+
+    std::vector<std::string> names_;
+    std::vector<Cells> rows_;
+};
+
+std::string table_of(ORUDoDtree *tree) {
+    std::vector<std::pair<std::string, Flattening>> tables;
+    for (EachChild each(tree); ORUDoDtree *child = each();) {
+        if (oru_do_dtree_is_hidden(child) != 0)
+            continue;
+        const std::string name = text_of(oru_do_dtree_get_name(child));
+        if (tables.empty() || tables.back().first != name)
+            tables.emplace_back(name, Flattening());
+        tables.back().second.add(child, {});
+    }
+    std::string text;
+    for (const auto &[name, table] : tables)
+        text += table.draw();
+    return text;
+}
+
+std::string compact_children(ORUDoDtree *node);
+
+// The attributes of a node, and its children under their names.
+std::string compact_node(ORUDoDtree *node) {
+    std::string members;
+    const auto add = [&](const std::string &text) {
+        members += (members.empty() || text.empty() ? "" : ",") + text;
+    };
+    if (ORUDoProperties *props = oru_do_dtree_get_properties(node)) {
+        const std::string text = properties_json(props, ORU_JSON_OPT_COMPACT);
+        add(text.size() > 2 ? text.substr(1, text.size() - 2) : "");
+    }
+    if (ORUDoError *error = oru_do_dtree_get_error(node))
+        add("\"%error\":\"" + json_escaped(error_words(error)) + "\"");
+    add(compact_children(node));
+    return "{" + members + "}";
+}
+
+std::string compact_children(ORUDoDtree *node) {
+    std::vector<std::pair<std::string, std::string>> lists;
+    for (EachChild each(node); ORUDoDtree *child = each();) {
+        if (oru_do_dtree_is_hidden(child) != 0)
+            continue;
+        const std::string name = json_escaped(text_of(oru_do_dtree_get_name(child)));
+        if (lists.empty() || lists.back().first != name)
+            lists.emplace_back(name, "");
+        std::string &list = lists.back().second;
+        list += (list.empty() ? "" : ",") + compact_node(child);
+    }
+    std::string members;
+    for (const auto &[name, list] : lists)
+        members += (members.empty() ? "\"" : ",\"") + name + "\":[" + list + "]";
+    return members;
+}
+
+}  // namespace
+
+std::string tree_text(ORUDoDtree *tree, DataForm form) {
+    switch (form) {
+        case DataForm::table:
+            return table_of(tree);
+        case DataForm::json:
+            return checked_json(
+                written([&](ORUDoStrbuf *buf) { oru_do_dtree_to_json(tree, buf); }));
+        case DataForm::compact:
+            return checked_json("{" + compact_children(tree) + "}");
+        default:
+            break;
+    }
+    std::string text;
+    for (EachChild each(tree); ORUDoDtree *child = each();) {
+        if (oru_do_dtree_is_hidden(child) != 0)
+            continue;
+        const std::string one = written([&](ORUDoStrbuf *buf) {
+            if (form == DataForm::xml)
+                oru_do_dtree_to_xml_tab(0, nullptr, nullptr, child, buf);
+            else
+                dtree_text(child, 0, buf);
+        });
+        text += form == DataForm::xml ? checked_xml(one) : without_location(one);
+    }
+    return text;
+}
+
+}  // namespace oructl

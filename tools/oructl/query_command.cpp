@@ -1,0 +1,168 @@
+// `oructl query`: answers a document of the data tree language from a database.
+#include <cstdio>
+#include <memory>
+
+#include "assignments.h"
+#include "command.h"
+#include "database.h"
+#include "dtl_check.h"
+#include "fault_words.h"
+#include "output.h"
+
+namespace oructl {
+namespace {
+
+using Document = std::unique_ptr<ORUDtlNode, Release<oru_dtl_tree_delete>>;
+using Walk = std::unique_ptr<ORUDtlCtx, Release<oru_dtl_ctx_delete>>;
+
+struct Arguments {
+    DatabaseOptions database;
+    std::string document = kStandardInput;
+    std::vector<std::string> params;
+    int32_t count = 0;  // leaf rows of a call; 0 for all
+    bool all = false;
+    DataForm form = DataForm::tree;
+};
+
+NameValueList read_params(const std::vector<std::string> &texts) {
+    auto params = made<NameValueList>(oru_do_nvlist_new());
+    for (const std::string &text : texts) {
+        const auto [name, value] = split_assignment(text);
+        if (oru_do_nvlist_get_value(params.get(), name.c_str()) != nullptr)
+            throw Failure("the parameter " + name + " is given twice");
+        oru_do_nvlist_add(params.get(), name.c_str(), read_free_value(name, value).get());
+    }
+    return params;
+}
+
+// Addresses that come from elsewhere than the document. The library ends the process at some, so
+// that only what was looked at may be one.
+void check_addresses(const DtlDocument &document, const xmlNode *element, ORUDoNvlist *params) {
+    std::string address;
+    if (read_attribute(element, "uri", address) && address.starts_with('@'))
+        throw Failure("an address may be a $parameter here, not " + address);
+    if (address.starts_with('$')) {
+        ORUDoValue *const value = oru_do_nvlist_get_value(params, address.c_str() + 1);
+        int32_t status = ORU_OK;
+        const char *text = value != nullptr ? oru_do_value_get_string(value, &status) : nullptr;
+        if (text == nullptr)
+            throw Failure("the parameter " + address.substr(1) + " is an address: -p " +
+                          address.substr(1) + "=/...");
+        check_collection(text);
+    }
+    for (const xmlNode *child = element_from(element->children); child != nullptr;
+         child = element_from(child->next))
+        check_addresses(document, child, params);
+}
+
+Document read_document(const DtlDocument &source) {
+    ORUDoError *error = nullptr;
+    oru_md_rdlock();
+    Document document(oru_dtl_from_str(source.safe_text().c_str(), &error));
+    oru_md_unlock();
+    oru_do_error_deref(error);
+    return document;
+}
+
+// What the check of the document has to say, each with its place.
+void print_faults(const DtlItem &item) {
+    print(stderr, item.faults);
+    for (const DtlItem &child : item.children)
+        print_faults(child);
+}
+
+bool print_faults(const CheckedDtl &checked) {
+    print(stderr, checked.faults);
+    for (const DtlItem &root : checked.roots)
+        print_faults(root);
+    return has_faults(checked);
+}
+
+bool print_errors(ORUDoDtree *node) {
+    bool found = false;
+    if (ORUDoError *error = oru_do_dtree_get_error(node)) {
+        std::fprintf(stderr, "%s (%d)\n", oru_do_error_get_msg(error),
+                     oru_do_error_get_code(error));
+        found = true;
+    }
+    for (EachChild each(node); ORUDoDtree *child = each();)
+        found = print_errors(child) || found;
+    return found;
+}
+
+// A call answers 0 as long as more may follow; the last one may bring rows too. Rows of earlier
+// calls go when the walk comes back to their place, and after its end when we let them go.
+class Query {
+  public:
+    Query(const Database &database, const Arguments &arguments, ORUDtlNode *document)
+        : database_(database),
+          arguments_(arguments),
+          walk_(made<Walk>(oru_dtl_ctx_new(document, database.data(), database.coll()))) {}
+
+    int run(ORUDoNvlist *params) {
+        int32_t code = ORU_OK;
+        do
+            code = call(params);
+        while (code == ORU_OK && (arguments_.all || arguments_.count == 0));
+        std::fflush(stdout);
+        if (code == ORU_OK)
+            std::fprintf(stderr, "there may be more rows: --all prints them\n");
+        if (code > ORU_RC_NO_MORE_VALUE && !has_errors_)
+            std::fprintf(stderr, "%s (%d)\n", oru_do_get_err_msg(code), code);
+        return code > ORU_RC_NO_MORE_VALUE || has_errors_ ? kFaults : kDone;
+    }
+
+  private:
+    int32_t call(ORUDoNvlist *params) {
+        const int32_t code =
+            oru_dtl_get_next(database_.data(), walk_.get(), params, arguments_.count);
+        if (oru_do_dtree_get_unhidden_child_count(walk_->dtree_node) == 0)
+            return code;
+        std::fputs(tree_text(walk_->dtree_node, arguments_.form).c_str(), stdout);
+        has_errors_ = print_errors(walk_->dtree_node) || has_errors_;
+        if (walk_->state == ORU_DTL_STATE_FINISHED)
+            oru_do_dtree_remove_children(walk_->dtree_node);
+        return code;
+    }
+
+    const Database &database_;
+    const Arguments &arguments_;
+    Walk walk_;
+    bool has_errors_ = false;
+};
+
+int run(const Arguments &arguments) {
+    const Database database(arguments.database, Missing::fault);
+    const DtlDocument source(SourceText::read(arguments.document));
+    const bool has_faults = print_faults(check_dtl(source, database.model()));
+    if (source.root() == nullptr)
+        return kFaults;
+    const NameValueList params = read_params(arguments.params);
+    check_addresses(source, source.root(), params.get());
+    const Document document = read_document(source);
+    if (document == nullptr)
+        return kFaults;
+    const int status = Query(database, arguments, document.get()).run(params.get());
+    return has_faults ? kFaults : status;
+}
+
+}  // namespace
+
+void add_query_command(CLI::App &app, int &status) {
+    const auto arguments = std::make_shared<Arguments>();
+    auto *command = app.add_subcommand("query", "Answers a document of the data tree language");
+    command->add_option("document", arguments->document, "file; - or none is standard input")
+        ->check(input_file());
+    command->add_option("-p,--param", arguments->params,
+                        "NAME=VALUE, a parameter of the document: JSON, or else a text");
+    command->add_option("--count", arguments->count, "leaf rows to read; by default all")
+        ->check(CLI::PositiveNumber);
+    command->add_flag("--all", arguments->all, "read on by as many rows until there are no more");
+    add_database_options(command, arguments->database);
+    add_format_option(command, arguments->form);
+    command->add_flag("--show-secrets", arguments->database.show_secrets,
+                      "print secrets as they are kept");
+    command->callback([arguments, &status] { status = run(*arguments); });
+}
+
+}  // namespace oructl
