@@ -1,4 +1,6 @@
 /* The entry points that the library looks up. */
+#include <algorithm>
+#include <cstring>
 #include <memory>
 #include <mutex>
 
@@ -100,7 +102,8 @@ class Session {
     using Lent = OwnedTable<ORUEmbeddedSession, Session>;
 
     static std::string param(ORUDoNvlist *params, const char *name) {
-        ORUDoValue *const value = oru_do_nvlist_get_value(params, name);
+        ORUDoValue *const value =
+            params != nullptr ? oru_do_nvlist_get_value(params, name) : nullptr;
         int32_t status = 0;
         return value != nullptr && oru_do_value_is_string(value) != 0
                    ? std::string(view(oru_do_value_get_string(value, &status)))
@@ -163,6 +166,17 @@ void start(const ORUEmbeddedOptions &options) {
     back_end = std::move(started);
 }
 
+/* The options of a caller, whose record may be shorter or longer than ours. */
+ORUEmbeddedOptions options_at(const void *given) {
+    ORUEmbeddedOptions options = {};
+    size_t size = 0;
+    if (given == nullptr)
+        return options;
+    std::memcpy(&size, given, sizeof size);
+    std::memcpy(&options, given, std::min(size, sizeof options));
+    return options;
+}
+
 template <typename Body>
 int32_t guarded(Body body) {
     try {
@@ -176,14 +190,14 @@ int32_t guarded(Body body) {
 
 int32_t _oru_lib_init(intptr_t, void *backend_ctx) {
     return guarded([&]() -> int32_t {
-        const auto *const options = static_cast<const ORUEmbeddedOptions *>(backend_ctx);
-        if (options->size < sizeof *options || options->root_type == nullptr)
+        const ORUEmbeddedOptions options = options_at(backend_ctx);
+        if (options.root_type == nullptr)
             return ORU_RC_GENERAL;
-        size_pools(options->pool_elements);
+        size_pools(options.pool_elements);
         const std::lock_guard lock(mutex);
-        const int32_t code = load_model(*options, options->root_type);
+        const int32_t code = load_model(options, options.root_type);
         if (code == ORU_OK)
-            start(*options);
+            start(options);
         return code;
     });
 }

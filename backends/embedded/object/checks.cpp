@@ -125,6 +125,22 @@ bool is_of_addresses(const AttributeType &attribute, ORUDoValue *value) {
            addresses_in(value).size() == static_cast<size_t>(oru_do_vlist_get_len(elements));
 }
 
+/* The greatest number that a size speaks of: beyond it all numbers fit, or none does. */
+size_t greatest_in(ORUDoRange *size) {
+    int64_t greatest = 0;
+    const auto note = [&](ORUDoValue *bound) {
+        int32_t status = 0;
+        const int64_t number = bound != nullptr ? oru_do_value_to_long(bound, &status) : 0;
+        greatest = std::max(greatest, status == 0 ? number : 0);
+    };
+    for (oru_range_el *at = oru_do_range_get_range_el(size); at != nullptr;
+         at = oru_do_range_get_next_range_el(at)) {
+        note(oru_do_range_el_get_lower(at));
+        note(oru_do_range_el_get_upper(at));
+    }
+    return static_cast<size_t>(greatest);
+}
+
 class Checker {
   public:
     explicit Checker(Edit &edit) : edit_(edit), drafts_(edit.drafts()) {}
@@ -210,7 +226,7 @@ class Checker {
         const std::string address(view(oru_do_uri_get_uri_str(uri)));
         const std::string expected =
             attribute.target != nullptr ? attribute.target->name : std::string("a resource");
-        const std::optional<Target> target = drafts_.source().resolve(address, drafts_.revision());
+        const std::optional<Target> target = drafts_.resolve(address);
         const Draft *const found = target ? &drafts_.at(target->place) : nullptr;
         if (found == nullptr || !found->after.exists())
             fault(draft, ORU_RC_NO_SUCH_RESOURCE, attribute.name, "a reference leads to nothing",
@@ -238,8 +254,7 @@ class Checker {
     bool refers(const Draft &from, const Draft &to) {
         if (!from.after.exists())
             return false;
-        const std::vector<Target> targets =
-            targets_of(drafts_.source(), drafts_.revision(), from.after);
+        const std::vector<Target> targets = targets_of(drafts_, from.after);
         return std::any_of(targets.begin(), targets.end(),
                            [&](const Target &target) { return target.place.key == to.place.key; });
     }
@@ -282,8 +297,10 @@ class Checker {
     void check_numbers(const std::vector<Draft *> &touched) {
         std::set<std::string> seen;
         for (const Draft *draft : touched) {
+            if (draft->before.exists() == draft->after.exists())
+                continue;
             const std::optional<Target> target =
-                drafts_.source().resolve(draft->place.path, drafts_.revision());
+                drafts_.source().addresses.resolve(draft->place.path, {});
             if (!target || target->reference == nullptr)
                 continue;
             const Place collection = collection_of(draft->place);
@@ -302,7 +319,7 @@ class Checker {
         const Draft &parent = drafts_.at(parent_of(collection, target));
         if (size == nullptr || !parent.after.exists())
             return;
-        const size_t count = drafts_.count_after(range_of(collection.key));
+        const size_t count = drafts_.count_after(range_of(collection.key), greatest_in(size));
         if (oru_do_range_eval_long(size, static_cast<int64_t>(count)) == 0)
             fault(parent, ORU_RC_COLL_SIZE_CONSTRAINT, target.reference->name,
                   "the number of children does not fit",
@@ -327,7 +344,7 @@ void check(Edit &edit) {
     Checker(edit).run();
 }
 
-std::vector<Target> targets_of(const Source &source, Revision at, const Draft::State &state) {
+std::vector<Target> targets_of(Drafts &drafts, const Draft::State &state) {
     std::vector<Target> targets;
     for (const AttributeType &attribute : state.type->attributes) {
         if (attribute.role != AttributeType::Role::peer)
@@ -336,8 +353,7 @@ std::vector<Target> targets_of(const Source &source, Revision at, const Draft::S
         if (!value)
             continue;
         for (ORUDoUri *uri : addresses_in(value.get())) {
-            if (std::optional<Target> target =
-                    source.resolve(view(oru_do_uri_get_uri_str(uri)), at))
+            if (std::optional<Target> target = drafts.resolve(view(oru_do_uri_get_uri_str(uri))))
                 targets.push_back(std::move(*target));
         }
     }

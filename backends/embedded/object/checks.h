@@ -15,7 +15,7 @@ namespace embedded {
 void check(Edit &edit);
 
 /* The resources that a state refers to, each once, in their place. */
-std::vector<Target> targets_of(const Source &source, Revision at, const Draft::State &state);
+std::vector<Target> targets_of(Drafts &drafts, const Draft::State &state);
 
 }  // namespace embedded
 

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <span>
 
 #include "session.h"
@@ -6,12 +7,15 @@ namespace embedded {
 
 namespace {
 
-constexpr uint32_t kPage = 500;  // rows that are read at once where the number is left to us
+// rows that are read at once where the number is left to us, or where not all of them may fit
+constexpr uint32_t kPage = 500;
 
 class Cursor final : public RowTaker {
   public:
-    explicit Cursor(std::shared_ptr<const Source> source, ORUDoNlist *attributes)
-        : source_(std::move(source)), columns_(attributes) {
+    enum class Kind : uint8_t { config, oper };
+
+    Cursor(std::shared_ptr<const Source> source, Kind kind, ORUDoNlist *attributes)
+        : source_(std::move(source)), kind_(kind), columns_(attributes) {
         table_.owner = this;
         ORUDtlCursor &entries = table_.table;
         entries.cursor_close = [](ORUDtlCursor *table) -> int32_t {
@@ -38,7 +42,6 @@ class Cursor final : public RowTaker {
         query.ranges = members->ranges;
         if (members->is_chosen)
             choose_kinds(*members->type, query);
-        clause_ = NameValueList::share(where);
         where_ = std::make_unique<Where>(where, *members->type, return_defaults);
         query.where = where_->condition();
         std::string fault;
@@ -72,36 +75,50 @@ class Cursor final : public RowTaker {
 
     static NameList name_list(const std::vector<std::string> &names) {
         NameList list = made<NameList>(oru_do_nlist_new());
-        for (const std::string &name : names)
-            oru_do_nlist_add_string(list.get(), name.c_str());
+        for (const std::string &name : names) {
+            if (oru_do_nlist_add_string(list.get(), name.c_str()) < 1)
+                throw std::bad_alloc();
+        }
         return list;
     }
 
-    /* Rows that the store gave may not fit the rest of the clause, so that a batch may need several
-       of its own. */
+    /* A cursor over configuration is asked once where the number is left to it, and gives all. */
     int32_t get_next(uint32_t count, ORUDoVtable *rows) {
         return errors_.guard([&]() -> int32_t {
-            rows_ = rows;
-            taken_ = 0;
-            ReadStatus status = ReadStatus::more;
-            while (status == ReadStatus::more && (count == 0 || taken_ < count)) {
-                status = scan_->next(count == 0 ? kPage : count - taken_, *reader_);
-                reader_->finish();
+            const uint32_t page = count == 0 ? kPage : count;
+            const bool is_all = count == 0 && kind_ == Kind::config;
+            for (uint32_t given = 0; is_all || given < page; given++) {
+                if (waiting_.empty() && !read_more(is_all ? kPage : page - given))
+                    break;
+                hand_on(rows);
             }
-            if (status == ReadStatus::expired)
+            if (status_ == ReadStatus::expired)
                 return errors_.fail(ORU_RC_OBJECT_UNUSABLE,
                                     "the state that the cursor reads is not kept any more");
-            return status == ReadStatus::more ? ORU_OK : ORU_RC_NO_MORE_VALUE;
+            return status_ == ReadStatus::more || !waiting_.empty() ? ORU_OK : ORU_RC_NO_MORE_VALUE;
         });
     }
 
-    void take(const std::vector<Value> &values) override {
-        if (where_->has_rest() && !where_->fits(rest_names_.get(), list(values).get()))
-            return;
-        const ValueList row = list({values.data(), columns_.wanted()});
-        if (oru_do_vtable_add(rows_, row.get()) < 0)
+    void hand_on(ORUDoVtable *rows) {
+        if (oru_do_vtable_add(rows, waiting_.front().get()) < 0)
             throw std::bad_alloc();
-        taken_++;
+        waiting_.pop_front();
+    }
+
+    /* Whether there is a row that waits. Of those that the store gives not all may fit the rest of
+       the clause: more are asked for then, and what is too much waits for the next call. */
+    bool read_more(uint32_t count) {
+        while (waiting_.empty() && status_ == ReadStatus::more) {
+            const uint32_t page = std::min(count, kPage);
+            status_ = scan_->next(where_->has_rest() ? kPage : page, *reader_);
+            reader_->finish();
+        }
+        return !waiting_.empty();
+    }
+
+    void take(const std::vector<Value> &values) override {
+        if (!where_->has_rest() || where_->fits(rest_names_.get(), list(values).get()))
+            waiting_.push_back(list({values.data(), columns_.wanted()}));
     }
 
     static ValueList list(std::span<const Value> values) {
@@ -117,16 +134,16 @@ class Cursor final : public RowTaker {
 
     Table table_;
     std::shared_ptr<const Source> source_;
+    Kind kind_;
     Columns columns_;
-    NameValueList clause_; /* values of it are lent to the scan */
     Texts texts_;
     std::unique_ptr<Where> where_;
     NameList rest_names_;
     std::unique_ptr<RowReader> reader_;
     std::unique_ptr<Scan> scan_;
     ErrorHolder errors_;
-    ORUDoVtable *rows_ = nullptr;
-    uint32_t taken_ = 0;
+    std::deque<ValueList> waiting_; /* a page at most */
+    ReadStatus status_ = ReadStatus::more;
 };
 
 }  // namespace
@@ -137,21 +154,22 @@ CollectionInterface::CollectionInterface(std::shared_ptr<const Source> source)
     table_.table.new_config_cursor = [](ORUCollIfc *table, ORUDoUri *uri, ORUDoNlist *attributes,
                                         ORUDoNvlist *where, ORUDoNlist *order,
                                         uint8_t return_default, ORUDtlCursor **out_cursor) {
-        return Table::of(table).open(uri, attributes, where, order, return_default != 0,
+        return Table::of(table).open(uri, attributes, where, order, return_default != 0, false,
                                      out_cursor);
     };
     table_.table.new_oper_cursor = [](ORUCollIfc *table, ORUDoUri *uri, ORUDoNlist *attributes,
                                       ORUDoNvlist *where, ORUDoNlist *order,
                                       ORUDtlCursor **out_cursor) {
-        return Table::of(table).open(uri, attributes, where, order, false, out_cursor);
+        return Table::of(table).open(uri, attributes, where, order, false, true, out_cursor);
     };
 }
 
 int32_t CollectionInterface::open(ORUDoUri *uri, ORUDoNlist *attributes, ORUDoNvlist *where,
-                                  ORUDoNlist *order, bool return_defaults,
+                                  ORUDoNlist *order, bool return_defaults, bool is_operational,
                                   ORUDtlCursor **out_cursor) {
     try {
-        auto cursor = std::make_unique<Cursor>(source_, attributes);
+        auto cursor = std::make_unique<Cursor>(
+            source_, is_operational ? Cursor::Kind::oper : Cursor::Kind::config, attributes);
         const int32_t code =
             cursor->open(view(oru_do_uri_get_uri_str(uri)), where, order, return_defaults);
         if (code == ORU_OK)

@@ -49,8 +49,7 @@ class PropertyTaker final : public RowSink {
     void finish(ORUDoProperties *props) const {
         for (size_t i = 0; i < values_.size(); i++) {
             if (values_[i])
-                oru_do_properties_set_value_n(props, type_->attributes[i].object.get(),
-                                              values_[i].get());
+                set_property(props, type_->attributes[i].object.get(), values_[i]);
         }
     }
 
@@ -93,16 +92,19 @@ DataInterface::DataInterface(std::shared_ptr<const Source> source)
     entries.invoke_action = [](ORUDataIfc *table, ORUDoUri *, ORUDoName *action, ORUDoProperties *,
                                ORUDoProperties *) {
         // actions are carried out by providers, and there is none behind a file
-        const std::string words =
-            "no provider for the action " + std::string(view(oru_do_name_get_strname(action)));
-        return Table::of(table).errors_.fail(ORU_RC_UNSUPPORTED_FEATURE, words);
+        ErrorHolder &errors = Table::of(table).errors_;
+        return errors.guard([&] {
+            const char *const name = action != nullptr ? oru_do_name_get_strname(action) : "";
+            const std::string words = "no provider for the action " + std::string(view(name));
+            return errors.fail(ORU_RC_UNSUPPORTED_FEATURE, words.c_str());
+        });
     };
     entries.get_error_ifc = [](ORUDataIfc *table) { return Table::of(table).errors_.table(); };
 }
 
 int32_t DataInterface::no_such_resource(ORUDoUri *uri) {
-    return errors_.fail(ORU_RC_NO_SUCH_RESOURCE,
-                        "No such resource: " + std::string(view(oru_do_uri_get_uri_str(uri))));
+    const std::string words = "No such resource: " + std::string(view(oru_do_uri_get_uri_str(uri)));
+    return errors_.fail(ORU_RC_NO_SUCH_RESOURCE, words.c_str());
 }
 
 int32_t DataInterface::get_values(ORUDoUri *uri, ORUDoNlist *names, bool return_defaults,

@@ -1,5 +1,7 @@
 #include "draft.h"
 
+#include <algorithm>
+
 namespace embedded {
 
 namespace {
@@ -28,10 +30,7 @@ void set_property(Properties &props, const AttributeType &attribute, const Value
         oru_do_properties_remove_by_name(props.get(), attribute.name.c_str());
         return;
     }
-    oru_do_properties_set_value_n(props.get(), attribute.object.get(), value.get());
-    // nothing else tells that memory ran out
-    if (oru_do_properties_get_value_n(props.get(), attribute.object.get()) != value.get())
-        throw std::bad_alloc();
+    set_property(props.get(), attribute.object.get(), value);
 }
 
 /* Makes the states of the rows that it is handed. Secrets stay as they are kept. */
@@ -136,19 +135,27 @@ void Drafts::read(const Range &range) {
     reader.finish();
 }
 
-std::vector<std::string> Drafts::keys(const Range &range) {
-    ranges_.push_back(range);
+std::vector<std::string> Drafts::keys(const Range &range, size_t most) {
     Query query;
     query.ranges = {range};
     query.at = at_;
     const std::unique_ptr<Scan> scan = source_.store->scan(std::move(query));
     KeyList list;
     ReadStatus status = ReadStatus::more;
-    while (status == ReadStatus::more)
-        status = scan->next(kPage, list);
+    while (status == ReadStatus::more && list.keys.size() < most)
+        status = scan->next(static_cast<uint32_t>(std::min<size_t>(kPage, most - list.keys.size())),
+                            list);
     if (status == ReadStatus::expired)
         fail_expired();
+    // what comes behind the last key was not asked for
+    ranges_.push_back(status == ReadStatus::more ? Range{range.first, only(list.keys.back()).end}
+                                                 : range);
     return std::move(list.keys);
+}
+
+std::optional<Target> Drafts::resolve(std::string_view address) {
+    return source_.addresses.resolve(address,
+                                     [this](const std::string &key) { return owner_of(key); });
 }
 
 std::optional<Place> Drafts::owner_of(const std::string &key) {
@@ -167,15 +174,16 @@ std::vector<Draft *> Drafts::below(const Place &place) {
     return found;
 }
 
-size_t Drafts::count_after(const Range &range) {
-    const std::vector<std::string> stored = keys(range);
-    size_t count = stored.size();
+size_t Drafts::count_after(const Range &range, size_t most) {
+    size_t made = 0;
+    size_t gone = 0;
     const auto end = drafts_.lower_bound(range.end);
     for (auto at = drafts_.lower_bound(range.first); at != end; ++at) {
-        count += at->second.after.exists() ? 1 : 0;
-        count -= at->second.before.exists() ? 1 : 0;
+        made += !at->second.before.exists() && at->second.after.exists() ? 1 : 0;
+        gone += at->second.before.exists() && !at->second.after.exists() ? 1 : 0;
     }
-    return count;
+    // all that the drafts take away may be among those that are read
+    return keys(range, most + 1 + gone).size() + made - gone;
 }
 
 }  // namespace embedded

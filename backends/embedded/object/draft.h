@@ -42,17 +42,21 @@ class Drafts {
     /* Reads all that is in a range into drafts. */
     void read(const Range &range);
 
+    /* What an address names in the store, before the change: also by secondary keys. */
+    std::optional<Target> resolve(std::string_view address);
+
     /* The resource that a row names by its label, of a row that is none of a resource itself. */
     std::optional<Place> owner_of(const std::string &key);
 
-    /* The keys of a range in the store, of rows that are none of resources. */
-    std::vector<std::string> keys(const Range &range);
+    /* The first keys of a range in the store. */
+    std::vector<std::string> keys(const Range &range, size_t most = SIZE_MAX / 2);
 
     /* The drafts below a place, itself included, as far as they were read. */
     std::vector<Draft *> below(const Place &place);
 
-    /* How many resources there are in a range after the change. */
-    size_t count_after(const Range &range);
+    /* How many resources there are in a range after the change; of more than `most` some that are
+       more. */
+    size_t count_after(const Range &range, size_t most);
 
     std::map<std::string, Draft> &all() { return drafts_; }
     const Source &source() const { return source_; }

@@ -48,7 +48,7 @@ void Edit::apply(ORUDoConfigOp *operation) {
 /* The draft of the resource that the operation names, when there is one. */
 Draft *Edit::find(ORUDoConfigOp *operation, std::string &address) {
     address = address_of(operation);
-    const std::optional<Target> target = drafts_.source().resolve(address, drafts_.revision());
+    const std::optional<Target> target = drafts_.resolve(address);
     if (!target) {
         fault(ORU_RC_NO_SUCH_RESOURCE, address, "the model has no such address");
         return nullptr;
@@ -132,6 +132,12 @@ void Edit::create(ORUDoConfigOp *operation) {
     const std::string address = label(place);
     if (is_denied(*type, ORU_ACCESS_CREATE, address))
         return;
+    if (!Uri(oru_do_uri_new(address.c_str())))
+        return fault(ORU_RC_INVALID_URI, label(below(parent->place, name)),
+                     "the keys make no address");
+    if (place.key.size() > drafts_.source().store->limits().key_bytes)
+        return fault(ORU_RC_INVALID_URI, label(below(parent->place, name)),
+                     "the keys are too long for the store");
     Draft &draft = drafts_.at(place);
     if (draft.after.exists())
         return fault(ORU_RC_RESOURCE_EXISTS, address, "the resource exists already");
@@ -194,6 +200,8 @@ void Edit::erase(ORUDoConfigOp *operation) {
     if (draft == nullptr || is_denied(*draft->after.type, ORU_ACCESS_DELETE, address))
         return;
     const Place place = draft->place;
+    if (place.depth() == 0)
+        return fault(ORU_RC_ACCESS_DENIED, address, "the root cannot be deleted");
     for (size_t levels = 1; place.depth() + levels <= kMaxDepth; levels++)
         drafts_.read(descendants_of(place, levels));
     for (Draft *each : drafts_.below(place)) {

@@ -26,6 +26,7 @@ class Edit {
 
     Drafts &drafts() { return drafts_; }
     Faults &faults() { return faults_; }
+    const Faults &faults() const { return faults_; }
 
   private:
     void create(ORUDoConfigOp *operation);

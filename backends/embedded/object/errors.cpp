@@ -27,14 +27,13 @@ ErrorHolder::ErrorHolder() {
     entries.reset_errors = [](ORUErrorIfc *table) { Table::of(table).clear(); };
 }
 
-int32_t ErrorHolder::fail(int32_t code, const std::string &words) {
-    held_ = Error(oru_do_error_new(code, words.c_str()));
+int32_t ErrorHolder::fail(int32_t code, const char *words) noexcept {
+    held_ = Error(oru_do_error_new(code, words));
     return code;
 }
 
-int32_t ErrorHolder::fail(const std::exception &fault) {
-    const int32_t code = code_of(fault);
-    return fail(code, fault.what());
+int32_t ErrorHolder::fail(const std::exception &fault) noexcept {
+    return fail(code_of(fault), fault.what());
 }
 
 }  // namespace embedded

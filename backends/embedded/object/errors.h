@@ -18,8 +18,8 @@ class ErrorHolder {
 
     void clear() { held_ = {}; }
 
-    /* Holds a new error and gives its code. */
-    int32_t fail(int32_t code, const std::string &words);
+    /* Holds a new error and gives its code. Throws nothing: without memory nothing is held. */
+    int32_t fail(int32_t code, const char *words) noexcept;
 
     void hold(Error error) { held_ = std::move(error); }
 
@@ -37,7 +37,7 @@ class ErrorHolder {
   private:
     using Table = OwnedTable<ORUErrorIfc, ErrorHolder>;
 
-    int32_t fail(const std::exception &fault);
+    int32_t fail(const std::exception &fault) noexcept;
 
     Table table_;
     Error held_;

@@ -56,6 +56,13 @@ Owner made(T *object) {
     return Owner(object);
 }
 
+/* Sets a property, which tells by nothing else that memory ran out. */
+inline void set_property(ORUDoProperties *props, ORUDoName *name, const Value &value) {
+    oru_do_properties_set_value_n(props, name, value.get());
+    if (oru_do_properties_get_value_n(props, name) != value.get())
+        throw std::bad_alloc();
+}
+
 /* A table of operations that knows whom it belongs to: callers hand back the address of the table.
  */
 template <typename Table, typename Owner>

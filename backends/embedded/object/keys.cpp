@@ -224,8 +224,12 @@ bool add_key_text(Place &place, const AttributeType &key, std::string_view escap
 bool add_key_value(Place &place, const AttributeType &key, ORUDoValue *value) {
     int32_t status = 0;
     if (oru_do_value_is_string(value) != 0) {
+        const std::string_view given = view(oru_do_value_get_string(value, &status));
+        // a text with a zero in it ends there in an address
+        if (static_cast<size_t>(oru_do_value_get_length(value)) != given.size())
+            return false;
         std::string text;
-        append_escaped(view(oru_do_value_get_string(value, &status)), text);
+        append_escaped(given, text);
         return add_key_text(place, key, text);
     }
     const Buffer text = made<Buffer>(oru_do_strbuf_new());

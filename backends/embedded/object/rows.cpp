@@ -103,7 +103,9 @@ Properties RowReader::properties() const {
     Properties props = made<Properties>(oru_do_properties_new());
     for (size_t i = 0; i < values_.size(); i++) {
         if (values_[i])
-            oru_do_properties_set_value(props.get(), columns_.names()[i].c_str(), values_[i].get());
+            set_property(props.get(),
+                         made<Name>(oru_do_name_new(columns_.names()[i].c_str())).get(),
+                         values_[i]);
     }
     return props;
 }

@@ -68,13 +68,17 @@ const unsigned char *octets(std::string_view bytes) {
     return reinterpret_cast<const unsigned char *>(bytes.data());
 }
 
+/* With the zeros that may be in it. */
 std::string_view text_of(ORUDoValue *value) {
     int32_t status = 0;
-    return view(oru_do_value_get_string(value, &status));
+    const char *const text = oru_do_value_get_string(value, &status);
+    const int32_t length = oru_do_value_get_length(value);
+    return text != nullptr && length > 0 ? std::string_view(text, static_cast<size_t>(length))
+                                         : std::string_view();
 }
 
 Value text_value(const std::string &text) {
-    return made<Value>(oru_do_value_new_string(text.c_str()));
+    return made<Value>(oru_do_value_new_string_l(text.c_str(), static_cast<int32_t>(text.size())));
 }
 
 }  // namespace
@@ -147,6 +151,10 @@ std::string Vault::open(std::string_view text) const {
 
 std::string Vault::hash(std::string_view password) {
     char setting[CRYPT_GENSALT_OUTPUT_SIZE];
+    if (password.size() >= CRYPT_MAX_PASSPHRASE_SIZE ||
+        password.find('\0') != std::string_view::npos)
+        throw SecretFault("a password has a zero in it, or more than " +
+                          std::to_string(CRYPT_MAX_PASSPHRASE_SIZE - 1) + " bytes");
     const std::string clear(password);
     auto data = std::make_unique<crypt_data>();
     if (crypt_gensalt_rn("$y$", 0, nullptr, 0, setting, sizeof setting) == nullptr ||

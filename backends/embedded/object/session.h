@@ -62,7 +62,7 @@ class CollectionInterface {
     using Table = OwnedTable<ORUCollIfc, CollectionInterface>;
 
     int32_t open(ORUDoUri *uri, ORUDoNlist *attributes, ORUDoNvlist *where, ORUDoNlist *order,
-                 bool return_defaults, ORUDtlCursor **out_cursor);
+                 bool return_defaults, bool is_operational, ORUDtlCursor **out_cursor);
 
     Table table_;
     std::shared_ptr<const Source> source_;

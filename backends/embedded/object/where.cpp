@@ -1,12 +1,17 @@
 #include "where.h"
 
 #include <cstring>
+#include <set>
 
 namespace embedded {
 
 namespace {
 
 using Kind = Condition::Kind;
+
+// what a store is asked at most: the rest of a longer clause is tried on its rows
+constexpr size_t kMostComparisons = 100;
+constexpr int kMostDeep = 10;
 
 /* The word of an item's name without its operator, and the operator. */
 std::pair<std::string, int> split(ORUDoNvlistItem *item) {
@@ -55,14 +60,16 @@ bool compares_exactly(const AttributeType &attribute, ORUDoValue *operand, Kind 
 /* Whether a value fits an item, as the library has it. */
 bool fits_item(ORUDoNvlistItem *item, const std::string &name, ORUDoValue *value) {
     const NameValueList clause = made<NameValueList>(oru_do_nvlist_new());
-    oru_do_nvlist_add(clause.get(), oru_do_nvlist_item_get_name(item),
-                      oru_do_nvlist_item_get_value(item));
+    if (oru_do_nvlist_add(clause.get(), oru_do_nvlist_item_get_name(item),
+                          oru_do_nvlist_item_get_value(item)) < 0)
+        throw std::bad_alloc();
     const WhereCondition condition =
         made<WhereCondition>(oru_do_condition_new_from_where(clause.get()));
     const NameList names = made<NameList>(oru_do_nlist_new());
     const ValueList values = made<ValueList>(oru_do_vlist_new());
-    oru_do_nlist_add_string(names.get(), name.c_str());
-    oru_do_vlist_add(values.get(), value);
+    if (oru_do_nlist_add_string(names.get(), name.c_str()) < 1 ||
+        oru_do_vlist_add(values.get(), value) < 0)
+        throw std::bad_alloc();
     return oru_do_condition_eval_nlist_vlist(condition.get(), names.get(), values.get()) != 0;
 }
 
@@ -107,15 +114,23 @@ bool Where::add_all(ORUDoNvlist *clause, Condition &all) {
 
 bool Where::add_item(ORUDoNvlistItem *item, Condition &all) {
     const auto [name, op] = split(item);
-    if (op == ORU_WHERE_AND)
-        return inner(item) != nullptr && add_all(inner(item), all);
-    if (op == ORU_WHERE_OR)
-        return inner(item) != nullptr && add_any(inner(item), all);
+    if (op == ORU_WHERE_AND || op == ORU_WHERE_OR)
+        return add_inner(item, op == ORU_WHERE_AND, all);
     std::optional<Condition> part = comparison(item, name, op);
     if (!part)
         return false;
     all.parts.push_back(std::move(*part));
     return true;
+}
+
+bool Where::add_inner(ORUDoNvlistItem *item, bool is_all, Condition &to) {
+    ORUDoNvlist *const clause = inner(item);
+    if (clause == nullptr || depth_ == kMostDeep)
+        return false;
+    depth_++;
+    const bool is_exact = is_all ? add_all(clause, to) : add_any(clause, to);
+    depth_--;
+    return is_exact;
 }
 
 /* Alternatives go to the store together or not at all. */
@@ -137,9 +152,11 @@ std::optional<Condition> Where::comparison(ORUDoNvlistItem *item, const std::str
     const AttributeType *const attribute = common_attribute(type_, name);
     const std::optional<Kind> kind = kind_of(op);
     ORUDoValue *const operand = oru_do_nvlist_item_get_value(item);
-    if (attribute == nullptr || !kind || operand == nullptr ||
+    if (comparisons_ == kMostComparisons || attribute == nullptr || !kind || operand == nullptr ||
         !compares_exactly(*attribute, operand, *kind) || !attribute->default_depends_on.empty())
         return std::nullopt;
+    comparisons_++;
+    operands_.push_back(Value::share(operand));
     Condition condition;
     condition.kind = *kind;
     condition.name = name;
@@ -218,7 +235,11 @@ bool read_order(ORUDoNlist *order, const ResourceType &type, Query &query, Texts
         query.descending = directions[0].is_descending;
         return true;
     }
+    std::set<std::string_view> seen;
     for (const Direction &direction : directions) {
+        // a name that comes again decides nothing
+        if (!seen.insert(direction.name).second)
+            continue;
         const AttributeType *const attribute = common_attribute(type, direction.name);
         if (attribute == nullptr) {
             fault = direction.name;

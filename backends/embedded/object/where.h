@@ -29,6 +29,7 @@ class Where {
     bool fits(ORUDoNlist *names, ORUDoVlist *values) const;
 
   private:
+    bool add_inner(ORUDoNvlistItem *item, bool is_all, Condition &to);
     bool add_all(ORUDoNvlist *clause, Condition &all);
     bool add_item(ORUDoNvlistItem *item, Condition &all);
     bool add_any(ORUDoNvlist *clause, Condition &all);
@@ -39,6 +40,9 @@ class Where {
     bool return_defaults_;
     bool has_condition_ = false;
     Condition condition_;
+    int depth_ = 0;
+    size_t comparisons_ = 0;
+    std::vector<Value> operands_; /* that the condition points to */
     Texts texts_;
     WhereCondition rest_;
     std::vector<std::string> names_;

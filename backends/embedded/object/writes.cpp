@@ -18,7 +18,12 @@ bool is_same(const Value &a, const Value &b) {
 class Writer {
   public:
     Writer(Edit &edit, const SecretWriter &secrets, Texts &texts, std::deque<Value> &values)
-        : drafts_(edit.drafts()), secrets_(secrets), texts_(texts), values_(values) {}
+        : edit_(edit),
+          drafts_(edit.drafts()),
+          limits_(drafts_.source().store->limits()),
+          secrets_(secrets),
+          texts_(texts),
+          values_(values) {}
 
     Commit run() {
         for (auto &[key, draft] : drafts_.all()) {
@@ -31,10 +36,23 @@ class Writer {
         commit.writes = std::move(erased_);
         commit.writes.insert(commit.writes.end(), std::make_move_iterator(writes_.begin()),
                              std::make_move_iterator(writes_.end()));
+        if (commit.writes.size() > limits_.commit_writes)
+            fault(Place::root(), ORU_RC_SIZE_CONSTRAINT, {}, "too many changes for one commit",
+                  std::to_string(limits_.commit_writes), std::to_string(commit.writes.size()));
         return commit;
     }
 
   private:
+    void fault(const Place &place, int32_t code, const std::string &attribute, std::string rule,
+               std::string expected, std::string got) {
+        edit_.faults().add({code, drafts_.source().addresses.label_of(place), attribute,
+                            std::move(rule), std::move(expected), std::move(got)});
+    }
+
+    static std::string at_most_bytes(size_t limit) {
+        return "at most " + std::to_string(limit) + " bytes";
+    }
+
     void write(const Draft &draft) {
         const bool is_replaced = draft.before.exists() && draft.after.exists() &&
                                  (draft.is_made_anew || draft.before.type != draft.after.type);
@@ -75,7 +93,7 @@ class Writer {
         if (!value && write.kind == Write::Kind::create)
             return;
         if (value && draft.given.count(attribute.name) != 0)
-            value = secrets_.close(value);
+            value = closed(draft, attribute, value);
         if (value && attribute.role == AttributeType::Role::peer)
             value = with_full_addresses(value);
         Attribute written{attribute.name, 0, {}, {}};
@@ -84,8 +102,21 @@ class Writer {
             written.type = oru_do_value_get_type(value.get());
             written.type_name = view(oru_do_value_get_typedef_name(value.get()));
             written.cell = cell_of(value.get(), texts_);
+            if (written.cell.bytes.size() > limits_.value_bytes)
+                fault(draft.place, ORU_RC_LENGTH_CONSTRAINT, attribute.name,
+                      "a value is too long for the store", at_most_bytes(limits_.value_bytes),
+                      std::to_string(written.cell.bytes.size()));
         }
         write.attributes.push_back(written);
+    }
+
+    Value closed(const Draft &draft, const AttributeType &attribute, const Value &value) {
+        try {
+            return secrets_.close(value);
+        } catch (const SecretFault &why) {
+            fault(draft.place, ORU_RC_INVALID_PASSWORD, attribute.name, why.what(), {}, {});
+            return {};
+        }
     }
 
     /* Addresses are kept as we write them, so that equal ones are equal texts. */
@@ -107,9 +138,7 @@ class Writer {
     Value with_full_address(ORUDoValue *value) {
         ORUDoUri *const uri = oru_do_value_get_uri(value);
         const std::optional<Target> target =
-            uri != nullptr
-                ? drafts_.source().resolve(view(oru_do_uri_get_uri_str(uri)), drafts_.revision())
-                : std::nullopt;
+            uri != nullptr ? drafts_.resolve(view(oru_do_uri_get_uri_str(uri))) : std::nullopt;
         if (!target)
             return Value::share(value);
         const std::string label = drafts_.source().addresses.label_of(target->place);
@@ -124,7 +153,7 @@ class Writer {
         if (!state.exists())
             return rows;
         const Source &source = drafts_.source();
-        for (const Target &target : targets_of(source, drafts_.revision(), state))
+        for (const Target &target : targets_of(drafts_, state))
             rows.emplace(link(target.place.key, draft.place.key),
                          source.addresses.label_of(draft.place));
         add_secondary_keys(source, draft.place, state, rows);
@@ -139,8 +168,13 @@ class Writer {
                 erase_index(key);
         }
         for (const auto &[key, label] : after) {
-            if (before.count(key) == 0)
-                create_index(key, label);
+            if (before.count(key) != 0)
+                continue;
+            create_index(key, label);
+            if (key.size() > limits_.key_bytes)
+                fault(draft.place, ORU_RC_LENGTH_CONSTRAINT, {},
+                      "a secondary key or a reference is too long for the store",
+                      at_most_bytes(limits_.key_bytes), std::to_string(key.size()));
         }
     }
 
@@ -153,7 +187,9 @@ class Writer {
         writes_.push_back({Write::Kind::create, key, label, {}, {}});
     }
 
+    Edit &edit_;
     Drafts &drafts_;
+    const Limits limits_;
     const SecretWriter &secrets_;
     Texts &texts_;
     std::deque<Value> &values_;
