@@ -12,13 +12,24 @@ using namespace oru::test;
 struct Canceler {
     ORUDtlCtx *ctx = nullptr;
     std::atomic<int> calls{0};
+    std::atomic<bool> is_done{false};
     int after = 0;
+
+    // A walk that is far ahead of the thread waits for it, since it would come to its end.
+    void count_call() {
+        constexpr int kAhead = 100;
+        if (calls.fetch_add(1, std::memory_order_relaxed) < after + kAhead)
+            return;
+        while (!is_done.load(std::memory_order_relaxed))
+            oru_thread_yield();
+    }
 
     static void *run(void *argument) {
         auto &self = *static_cast<Canceler *>(argument);
         while (self.calls.load(std::memory_order_relaxed) < self.after)
             oru_thread_yield();
         __atomic_store_n(&self.ctx->canceled, uint8_t{1}, __ATOMIC_RELAXED);
+        self.is_done.store(true, std::memory_order_relaxed);
         return nullptr;
     }
 };
@@ -39,9 +50,7 @@ class DtlCancel : public DtlWalk {
             for (int i = 1; uri != "/sys?as" && i <= 20 && system.rows[uri].size() < 20; ++i)
                 system.rows[uri].push_back({"/b" + std::to_string(i)});
         };
-        system.before_call = [](FakeSystem &) {
-            g_canceler->calls.fetch_add(1, std::memory_order_relaxed);
-        };
+        system.before_call = [](FakeSystem &) { g_canceler->count_call(); };
         ctx = oru_dtl_ctx_new(doc.get(), system.data(), system.coll());
         canceler.ctx = ctx;
         g_canceler = &canceler;
@@ -50,6 +59,7 @@ class DtlCancel : public DtlWalk {
     // Walks until something else than more rows comes back, with a thread that cancels.
     int32_t walk_canceled(int32_t count, int after) {
         canceler.calls = 0;
+        canceler.is_done = false;
         canceler.after = after;
         oru_thread_t thread = 0;
         EXPECT_EQ(oru_thread_create(&thread, nullptr, Canceler::run, &canceler), 0);

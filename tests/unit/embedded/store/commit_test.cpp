@@ -193,7 +193,7 @@ TEST(StoreHistory, OpenScanExpires) {
     EXPECT_EQ(rows.texts, Texts{"a:K{}"});
 }
 
-TEST(StoreCommit, IsFoundByItsNameWhileItIsKept) {
+TEST(StoreKeeping, IsFoundByItsNameWhileItIsKept) {
     const std::unique_ptr<Store> store = open_sqlite_store({.keep_commits = 1, .keep_seconds = -1});
     Commit change;
     change.request = "first";
@@ -206,7 +206,7 @@ TEST(StoreCommit, IsFoundByItsNameWhileItIsKept) {
     EXPECT_EQ(store->find_commit("first"), 0);
 }
 
-TEST(StoreCommit, BeyondTheLimitsIsRefusedAndNothingIsWritten) {
+TEST(StoreKeeping, BeyondTheLimitsIsRefusedAndNothingIsWritten) {
     const std::unique_ptr<Store> store = open_sqlite_store({});
     const Limits limits = store->limits();
     const std::string longest(limits.key_bytes, 'k');
@@ -227,7 +227,7 @@ TEST(StoreCommit, BeyondTheLimitsIsRefusedAndNothingIsWritten) {
     EXPECT_EQ(store->head(), 1);
 }
 
-TEST(StoreCommit, LargeOldOneIsForgottenInParts) {
+TEST(StoreKeeping, LargeOldOneIsForgottenInParts) {
     const std::unique_ptr<Store> store = open_sqlite_store({.keep_commits = 1, .keep_seconds = -1});
     std::vector<Write> writes;
     std::vector<Write> changes;
@@ -247,7 +247,7 @@ TEST(StoreCommit, LargeOldOneIsForgottenInParts) {
     }
 }
 
-TEST(StoreCommit, BinaryTextsComeBackAsTheyWere) {
+TEST(StoreKeeping, BinaryTextsComeBackAsTheyWere) {
     const std::unique_ptr<Store> store = open_sqlite_store({});
     const std::string zero("a\0b", 3);
     const std::string broken = "\xff\xc0\x80";
