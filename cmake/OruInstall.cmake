@@ -1,4 +1,4 @@
-# Installed: the three libraries, the headers, a pkg-config file and the CMake package `oruapi`.
+# Installed: the libraries, the headers, the back end, a pkg-config file and the CMake package `oruapi`.
 include(CMakePackageConfigHelpers)
 
 # Built with the path that they are installed with: a path made longer to be patched later ends in
@@ -13,6 +13,15 @@ install(TARGETS oruapi oruplatform oruthread EXPORT oruapi-targets
   LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}")
 install(DIRECTORY "${PROJECT_SOURCE_DIR}/include/oru" "${PROJECT_SOURCE_DIR}/include/oruplatform"
   DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}")
+
+
+# The back end that the library opens by default, beside it.
+if(TARGET orudbal)
+  set_target_properties(orudbal PROPERTIES INSTALL_RPATH "$ORIGIN" BUILD_WITH_INSTALL_RPATH ON)
+  install(TARGETS orudbal LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}")
+  install(FILES "${PROJECT_SOURCE_DIR}/backends/embedded/include/oruembedded.h"
+    DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}")
+endif()
 
 set(package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/oruapi")
 install(EXPORT oruapi-targets NAMESPACE oru:: DESTINATION "${package_dir}")

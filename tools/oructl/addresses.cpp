@@ -18,13 +18,22 @@ const std::string &location() {
     throw Failure(in_quotes(text) + " is no address: " + words);
 }
 
+// What the library says at an address that it does not take, for its user.
+std::string words_of(const std::vector<Fault> &faults) {
+    const std::string words = faults.empty() ? "" : faults.front().words;
+    if (words.find("URI MAX segments") != std::string::npos)
+        return "it has more than " + std::to_string(URI_MAX_SEGMENTS - 1) + " segments";
+    if (words.find("ref-name") != std::string::npos)
+        return "a reference in it is longer than 63 characters";
+    return "one reads /reference;key=value/reference";
+}
+
 // The library parses every address sooner or later, and ends the process at some.
-void check_grammar(const std::string &text) {
+void check_grammar(const std::string &text, const std::string &full) {
     FaultLog log;
-    const Uri uri(oru_do_uri_validate_new(text.c_str()));
-    const std::vector<Fault> faults = log.take();
+    const Uri uri(oru_do_uri_validate_new(full.c_str()));
     if (uri == nullptr)
-        fail(text, faults.empty() ? "that reads /reference;key=value/..." : faults.front().words);
+        fail(text, words_of(log.take()));
 }
 
 std::string without_own_location(const std::string &text) {
@@ -32,6 +41,8 @@ std::string without_own_location(const std::string &text) {
         return text;
     if (text == "//")
         return "/";
+    if (text.starts_with("//?"))
+        return text.substr(2);
     const bool is_ours = text.starts_with(location()) &&
                          (text.size() == location().size() || text[location().size()] == '/' ||
                           text[location().size()] == '?');
@@ -43,7 +54,7 @@ std::string without_own_location(const std::string &text) {
 
 // The library numbers the location with the segments.
 void check_size(const std::string &text, const std::string &path) {
-    check_grammar(location() + (path == "/" ? "" : path));
+    check_grammar(text, location() + (path == "/" ? "" : path));
     constexpr size_t kLongest = 1 << 16;
     if (path.size() > kLongest)
         fail(text.substr(0, 80), "longer than " + std::to_string(kLongest) + " bytes");
@@ -151,12 +162,17 @@ void check_collection(const std::string &text) {
     const std::string path = without_own_location(text);
     if (!path.starts_with("/") && !path.starts_with("?"))
         fail(text, "it begins with /");
-    const size_t mark = path.find('?');
-    std::string base = path.substr(0, mark);
+    check_limits(path);
+}
+
+void check_limits(const std::string &text) {
+    std::string base = text.substr(0, text.find('?'));
     while (base.ends_with('*') || base.ends_with('/'))
         base.pop_back();
+    if (text.starts_with(location()))
+        base.erase(0, std::min(location().size(), base.size()));
     if (!base.empty())
-        check_size(text, base);
+        check_size(text, (base.starts_with('/') ? "" : "/") + base);
 }
 
 }  // namespace oructl

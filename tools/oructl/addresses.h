@@ -38,6 +38,10 @@ ORUMdMrMeta *type_by_model(ORUMdMrMeta &root, const Address &address);
 // Throws `Failure` for a text that cannot be the address of a collection.
 void check_collection(const std::string &text);
 
+// Throws `Failure` for a text at which the library would end the process once it stands behind the
+// location.
+void check_limits(const std::string &text);
+
 }  // namespace oructl
 
 #endif

@@ -86,8 +86,9 @@ class Reader {
     static constexpr size_t npos = std::string_view::npos;
 
     [[noreturn]] void fail(const std::string &text, const std::string &expected) const {
-        throw Failure(name_ + " takes " + expected + " (" + type_words(meta_) + "), not " +
-                      in_quotes(text));
+        const std::string type = type_words(meta_);
+        throw Failure(name_ + " takes " + expected + (type == expected ? "" : " (" + type + ")") +
+                      ", not " + in_quotes(text));
     }
 
     Value read_text(const std::string &text) const {
@@ -100,9 +101,15 @@ class Reader {
         if (value == nullptr || status != ORU_OK)
             fail(text, oru_do_get_typestr_by_typecode(type_));
         if (is_integer(type_) && is_cut(text, value.get()))
-            fail(text, std::string("a number that ") + oru_do_get_typestr_by_typecode(type_) +
-                           " has room for");
+            fail(text, "a number from " + bounds());
         return value;
+    }
+
+    std::string bounds() const {
+        if (oru_do_is_signed_int_num_type(type_) != 0)
+            return std::to_string(oru_do_constraint_get_min_signed_int_num(type_)) + " to " +
+                   std::to_string(oru_do_constraint_get_max_signed_int_num(type_));
+        return "0 to " + std::to_string(oru_do_constraint_get_max_unsigned_int_num(type_));
     }
 
     Value read_json(const std::string &text) const {

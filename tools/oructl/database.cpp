@@ -175,8 +175,22 @@ std::string words_of_failure(ORUErrorIfc *holder, int32_t code) {
 
 namespace {
 
+// Values are shown on several lines where they have parts.
+std::string on_one_line(const std::string &words) {
+    std::string line;
+    for (const char c : words) {
+        if (static_cast<unsigned char>(c) > ' ')
+            line += c;
+        else if (!line.ends_with(' '))
+            line += ' ';
+    }
+    while (line.ends_with(' '))
+        line.pop_back();
+    return line;
+}
+
 std::string with_code(const std::string &words, ORUDoError *error) {
-    return words + " (" + std::to_string(oru_do_error_get_code(error)) + ")";
+    return on_one_line(words) + " (" + std::to_string(oru_do_error_get_code(error)) + ")";
 }
 
 // The error of one resource: "ADDRESS", or "ADDRESS: WORDS" for what is wrong with it as a whole.
@@ -190,11 +204,15 @@ void print_resource(ORUDoError *error) {
         ORUDoError *const of = oru_do_prop_err_get_err(entry);
         std::fprintf(stderr, "%s: %s: %s\n", address.c_str(),
                      text_of(oru_do_prop_err_get_name(entry)).c_str(),
-                     with_code(oru_do_error_get_msg(of), of).c_str());
+                     with_code(without_location(oru_do_error_get_msg(of)), of).c_str());
     }
 }
 
 }  // namespace
+
+std::string error_line(ORUDoError *error) {
+    return with_code(without_location(oru_do_error_get_msg(error)), error);
+}
 
 void print_refusal(const Database::Answer &answer) {
     if (answer.error == nullptr) {

@@ -181,13 +181,28 @@ std::string TextTable::draw() const {
     return text;
 }
 
+namespace {
+
+std::string list_text(ORUDoVlist *list) {
+    std::vector<std::string> texts;
+    for (EachValue each(list); ORUDoValue *element = each();)
+        texts.push_back(cell_text(element));
+    return "[" + joined(texts) + "]";
+}
+
+}  // namespace
+
 std::string cell_text(ORUDoValue *value) {
     if (value == nullptr || oru_do_value_is_null(value) != 0)
         return "-";
     const int32_t type = oru_do_value_get_type(value);
     int32_t status = ORU_OK;
     std::string text;
-    if (type == ORU_DO_TYPE_STRING)
+    if (type == ORU_DO_TYPE_ARRAY)
+        text = list_text(oru_do_value_get_array(value, &status));
+    else if (type == ORU_DO_TYPE_BITS)
+        text = list_text(oru_do_value_get_bits(value, &status));
+    else if (type == ORU_DO_TYPE_STRING)
         text = oru_do_value_get_string(value, &status);
     else if (type == ORU_DO_TYPE_MR_URI)
         text = without_location(oru_do_uri_get_uri_str(oru_do_value_get_uri(value)));
@@ -259,9 +274,12 @@ class Flattening {
     void add(ORUDoDtree *node, Cells above) {
         const std::string name = text_of(oru_do_dtree_get_name(node));
         for (EachProperty each(oru_do_dtree_get_properties(node));
-             ORUDoProperty *property = each();)
-            put(above, name + "." + oru_do_property_get_name_string(property),
-                cell_text(oru_do_property_get_value(property)));
+             ORUDoProperty *property = each();) {
+            const std::string attribute = oru_do_property_get_name_string(property);
+            // those are in every row, and as long as the rest
+            if (!attribute.starts_with('_'))
+                put(above, name + "." + attribute, cell_text(oru_do_property_get_value(property)));
+        }
         if (ORUDoError *error = oru_do_dtree_get_error(node))
             put(above, name, error_words(error));
         bool is_leaf = true;
@@ -273,6 +291,16 @@ class Flattening {
         }
         if (is_leaf && !above.empty())
             rows_.push_back(std::move(above));
+    }
+
+    std::string lines() const {
+        std::string text;
+        for (const Cells &row : rows_) {
+            for (const auto &[name, value] : row)
+                text += name + " = " + value + "\n";
+            text += "\n";
+        }
+        return text;
     }
 
     std::string draw() const {
@@ -299,7 +327,7 @@ class Flattening {
     std::vector<Cells> rows_;
 };
 
-std::string table_of(ORUDoDtree *tree) {
+std::string rows_of(ORUDoDtree *tree, bool as_tables) {
     std::vector<std::pair<std::string, Flattening>> tables;
     for (EachChild each(tree); ORUDoDtree *child = each();) {
         if (oru_do_dtree_is_hidden(child) != 0)
@@ -311,7 +339,7 @@ std::string table_of(ORUDoDtree *tree) {
     }
     std::string text;
     for (const auto &[name, table] : tables)
-        text += table.draw();
+        text += as_tables ? table.draw() : table.lines();
     return text;
 }
 
@@ -355,7 +383,8 @@ std::string compact_children(ORUDoDtree *node) {
 std::string tree_text(ORUDoDtree *tree, DataForm form) {
     switch (form) {
         case DataForm::table:
-            return table_of(tree);
+        case DataForm::text:
+            return rows_of(tree, form == DataForm::table);
         case DataForm::json:
             return checked_json(
                 written([&](ORUDoStrbuf *buf) { oru_do_dtree_to_json(tree, buf); }));

@@ -1,6 +1,7 @@
 // `oructl query`: answers a document of the data tree language from a database.
 #include <cstdio>
 #include <memory>
+#include <set>
 
 #include "assignments.h"
 #include "command.h"
@@ -39,7 +40,8 @@ NameValueList read_params(const std::vector<std::string> &texts) {
 // that only what was looked at may be one.
 void check_addresses(const DtlDocument &document, const xmlNode *element, ORUDoNvlist *params) {
     std::string address;
-    if (read_attribute(element, "uri", address) && address.starts_with('@'))
+    read_attribute(element, "uri", address);
+    if (address.starts_with('@'))
         throw Failure("an address may be a $parameter here, not " + address);
     if (address.starts_with('$')) {
         ORUDoValue *const value = oru_do_nvlist_get_value(params, address.c_str() + 1);
@@ -49,6 +51,8 @@ void check_addresses(const DtlDocument &document, const xmlNode *element, ORUDoN
             throw Failure("the parameter " + address.substr(1) + " is an address: -p " +
                           address.substr(1) + "=/...");
         check_collection(text);
+    } else if (document.address_fault(element).empty()) {
+        check_limits(address);
     }
     for (const xmlNode *child = element_from(element->children); child != nullptr;
          child = element_from(child->next))
@@ -65,38 +69,34 @@ Document read_document(const DtlDocument &source) {
 }
 
 // What the check of the document has to say, each with its place.
-void print_faults(const DtlItem &item) {
+void print_faults(const DtlItem &item, std::set<std::string> &told) {
     print(stderr, item.faults);
+    for (const Fault &fault : item.faults)
+        told.insert(fault.words);
     for (const DtlItem &child : item.children)
-        print_faults(child);
+        print_faults(child, told);
 }
 
-bool print_faults(const CheckedDtl &checked) {
+std::set<std::string> print_faults(const CheckedDtl &checked) {
+    std::set<std::string> told;
     print(stderr, checked.faults);
+    for (const Fault &fault : checked.faults)
+        told.insert(fault.words);
     for (const DtlItem &root : checked.roots)
-        print_faults(root);
-    return has_faults(checked);
-}
-
-bool print_errors(ORUDoDtree *node) {
-    bool found = false;
-    if (ORUDoError *error = oru_do_dtree_get_error(node)) {
-        std::fprintf(stderr, "%s (%d)\n", oru_do_error_get_msg(error),
-                     oru_do_error_get_code(error));
-        found = true;
-    }
-    for (EachChild each(node); ORUDoDtree *child = each();)
-        found = print_errors(child) || found;
-    return found;
+        print_faults(root, told);
+    return told;
 }
 
 // A call answers 0 as long as more may follow; the last one may bring rows too. Rows of earlier
 // calls go when the walk comes back to their place, and after its end when we let them go.
 class Query {
   public:
-    Query(const Database &database, const Arguments &arguments, ORUDtlNode *document)
+    Query(const Database &database, const Arguments &arguments, ORUDtlNode *document,
+          std::set<std::string> told)
         : database_(database),
           arguments_(arguments),
+          told_(std::move(told)),
+          has_errors_(!told_.empty()),
           walk_(made<Walk>(oru_dtl_ctx_new(document, database.data(), database.coll()))) {}
 
     int run(ORUDoNvlist *params) {
@@ -119,22 +119,36 @@ class Query {
         if (oru_do_dtree_get_unhidden_child_count(walk_->dtree_node) == 0)
             return code;
         std::fputs(tree_text(walk_->dtree_node, arguments_.form).c_str(), stdout);
-        has_errors_ = print_errors(walk_->dtree_node) || has_errors_;
+        std::fflush(stdout);
+        print_errors(walk_->dtree_node);
         if (walk_->state == ORU_DTL_STATE_FINISHED)
             oru_do_dtree_remove_children(walk_->dtree_node);
         return code;
     }
 
+    // What the document has wrong was told with its place.
+    void print_errors(ORUDoDtree *node) {
+        if (ORUDoError *error = oru_do_dtree_get_error(node)) {
+            const std::string line = error_line(error);
+            if (told_.count(line.substr(0, line.rfind(" ("))) == 0)
+                std::fprintf(stderr, "%s\n", line.c_str());
+            has_errors_ = true;
+        }
+        for (EachChild each(node); ORUDoDtree *child = each();)
+            print_errors(child);
+    }
+
     const Database &database_;
     const Arguments &arguments_;
+    std::set<std::string> told_;
+    bool has_errors_;
     Walk walk_;
-    bool has_errors_ = false;
 };
 
 int run(const Arguments &arguments) {
     const Database database(arguments.database, Missing::fault);
     const DtlDocument source(SourceText::read(arguments.document));
-    const bool has_faults = print_faults(check_dtl(source, database.model()));
+    std::set<std::string> told = print_faults(check_dtl(source, database.model()));
     if (source.root() == nullptr)
         return kFaults;
     const NameValueList params = read_params(arguments.params);
@@ -142,8 +156,7 @@ int run(const Arguments &arguments) {
     const Document document = read_document(source);
     if (document == nullptr)
         return kFaults;
-    const int status = Query(database, arguments, document.get()).run(params.get());
-    return has_faults ? kFaults : status;
+    return Query(database, arguments, document.get(), std::move(told)).run(params.get());
 }
 
 }  // namespace

@@ -1,6 +1,8 @@
 #include "faults.h"
 
-#include <algorithm>
+#include <string_view>
+#include <unordered_map>
+#include <unordered_set>
 
 namespace embedded {
 
@@ -20,40 +22,53 @@ std::string words_of(const Fault &fault) {
     return words;
 }
 
-using FaultsOfResource = std::vector<const Fault *>;
+struct FaultsOfResource {
+    const std::string &address;
+    std::vector<const Fault *> own; /* of the resource itself */
+    std::vector<const Fault *> of_attributes;
+};
 
 /* In the order in which resources were first found faulty. */
 std::vector<FaultsOfResource> by_resource(const std::vector<Fault> &faults) {
     std::vector<FaultsOfResource> resources;
+    std::unordered_map<std::string_view, size_t> places;
     for (const Fault &fault : faults) {
-        const auto at = std::find_if(
-            resources.begin(), resources.end(),
-            [&](const FaultsOfResource &known) { return known.front()->address == fault.address; });
-        if (at != resources.end())
-            at->push_back(&fault);
-        else
-            resources.push_back({&fault});
+        const auto [at, is_new] = places.try_emplace(fault.address, resources.size());
+        if (is_new)
+            resources.push_back({fault.address, {}, {}});
+        FaultsOfResource &resource = resources[at->second];
+        (fault.attribute.empty() ? resource.own : resource.of_attributes).push_back(&fault);
     }
     return resources;
 }
 
-Error error_of(const FaultsOfResource &faults, const Error &cause) {
-    std::string words = faults.front()->address;
-    for (const Fault *fault : faults) {
-        if (fault->attribute.empty())
-            words += ": " + words_of(*fault);
-    }
-    Error error =
-        made<Error>(oru_do_error_new_w_cause(faults.front()->code, words.c_str(), cause.get()));
-    for (const Fault *fault : faults) {
-        if (fault->attribute.empty())
-            continue;
+Error error_of(int32_t code, const std::string &words, const Error &cause) {
+    return made<Error>(oru_do_error_new_w_cause(code, words.c_str(), cause.get()));
+}
+
+Error errors_of_attributes(const FaultsOfResource &resource, Error cause) {
+    std::unordered_set<std::string_view> names;
+    for (const Fault *fault : resource.of_attributes) {
+        // an error has room for one of each attribute
+        const bool is_new = names.insert(fault->attribute).second;
+        if (!is_new)
+            names = {fault->attribute};
+        if (!is_new || names.size() == 1)
+            cause = error_of(fault->code, resource.address, cause);
         const Name name = made<Name>(oru_do_name_new(fault->attribute.c_str()));
         const Error of_attribute =
             made<Error>(oru_do_error_new(fault->code, words_of(*fault).c_str()));
-        oru_do_error_set_prop_err(error.get(), name.get(), of_attribute.get());
+        oru_do_error_set_prop_err(cause.get(), name.get(), of_attribute.get());
     }
-    return error;
+    return cause;
+}
+
+/* The errors of one resource, in front of those that come behind. */
+Error errors_of(const FaultsOfResource &resource, const Error &behind) {
+    Error cause = errors_of_attributes(resource, behind);
+    for (auto at = resource.own.rbegin(); at != resource.own.rend(); ++at)
+        cause = error_of((*at)->code, resource.address + ": " + words_of(**at), cause);
+    return cause;
 }
 
 }  // namespace
@@ -62,7 +77,7 @@ Error Faults::to_error() const {
     const std::vector<FaultsOfResource> resources = by_resource(faults_);
     Error cause;
     for (auto at = resources.rbegin(); at != resources.rend(); ++at)
-        cause = error_of(*at, cause);
+        cause = errors_of(*at, cause);
     const std::string words =
         faults_.size() == 1
             ? "the change was refused: 1 fault"

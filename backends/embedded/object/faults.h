@@ -24,9 +24,10 @@ class Faults {
     int32_t code() const { return faults_.front().code; }
 
     /*
-     * One error with the code of the first fault and how many there are; its cause is the error of
-     * the first resource, with the errors of its attributes, the cause of that one the error of the
-     * next resource, and so on.
+     * One error with the code of the first fault and how many there are; its cause is the first
+     * error of the first resource, the cause of that one the next, and so on: one for each fault of
+     * the resource itself, "ADDRESS: WORDS", and one, "ADDRESS", with the errors of its
+     * attributes.
      */
     Error to_error() const;
 

@@ -93,8 +93,8 @@ TEST_F(EmbeddedChange, WhatOthersReferToStays) {
     EXPECT_EQ(answer.code, ORU_RC_CONFIG_VALIDATION);
     const std::string words = ": another resource refers to it: ";
     EXPECT_EQ(answer.faults,
-              Texts{"/links;id=L1" + words + "/chassis;id=1/slots;number=1/ports;name=1%2F1" +
-                    words + "/chassis;id=2/slots;number=1/ports;name=1%2F1"});
+              (Texts{"/links;id=L1" + words + "/chassis;id=1/slots;number=1/ports;name=1%2F1",
+                     "/links;id=L1" + words + "/chassis;id=2/slots;number=1/ports;name=1%2F1"}));
 }
 
 TEST_F(EmbeddedChange, ReferencesLeadToResourcesOfTheirType) {

@@ -23,13 +23,14 @@ TEST_F(EmbeddedRules, OperationsNameWhatTheModelHas) {
     create("/", "links", "com.example.network:1.0/Nobody", R"({"id":{"%string":"L50"}})");
     EXPECT_EQ(commit().faults,
               (Texts{"/nothing;id=1: the model has no such address",
-                     "/chassis;id=99: there is no such resource: there is no such resource",
+                     "/chassis;id=99: there is no such resource",
+                     "/chassis;id=99: there is no such resource",
                      "/chassis;id=1: the type com.example.network:1.0/Chassis has no children "
                      "\"wheels\"",
                      "/links: no type of resource for this reference: expected "
-                     "com.example.network:1.0/Link, got com.example.network:1.0/Vlan: no type of "
-                     "resource for this reference: expected com.example.network:1.0/Link, got "
-                     "com.example.network:1.0/Nobody"}));
+                     "com.example.network:1.0/Link, got com.example.network:1.0/Vlan",
+                     "/links: no type of resource for this reference: expected "
+                     "com.example.network:1.0/Link, got com.example.network:1.0/Nobody"}));
 }
 
 TEST_F(EmbeddedRules, UnknownOperationsAreRefused) {
