@@ -102,8 +102,7 @@ class Session {
     using Lent = OwnedTable<ORUEmbeddedSession, Session>;
 
     static std::string param(ORUDoNvlist *params, const char *name) {
-        ORUDoValue *const value =
-            params != nullptr ? oru_do_nvlist_get_value(params, name) : nullptr;
+        ORUDoValue *const value = oru_do_nvlist_get_value(params, name);
         int32_t status = 0;
         return value != nullptr && oru_do_value_is_string(value) != 0
                    ? std::string(view(oru_do_value_get_string(value, &status)))
