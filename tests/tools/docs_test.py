@@ -8,6 +8,7 @@ import os
 import re
 import subprocess
 import sys
+import tempfile
 import unittest
 
 ORUCTL, PAGE = map(os.path.abspath, sys.argv[1:3])
@@ -22,13 +23,20 @@ def examples():
 
 class Examples(unittest.TestCase):
     def test_examples_print_what_the_page_shows(self):
+        with tempfile.TemporaryDirectory() as folder:
+            self.run_examples(folder)
+
+    def run_examples(self, folder):
+        """One after the other: what one writes into the database the next ones read."""
         found = 0
         for command, shown in examples():
             with self.subTest(command=command):
                 result = subprocess.run(
                     ["bash", "-c", command], stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
                     cwd=os.path.dirname(os.path.dirname(PAGE)), text=True, timeout=60, check=False,
-                    env={**os.environ, "PATH": os.path.dirname(ORUCTL) + ":" + os.environ["PATH"]})
+                    env={**os.environ, "PATH": os.path.dirname(ORUCTL) + ":" + os.environ["PATH"],
+                         "ORUCTL_DB": os.path.join(folder, "network.db"),
+                         "ORUCTL_MODEL": "examples/network/packages"})
                 self.assertEqual(result.stdout, shown)
             found += 1
         self.assertGreater(found, 0)
