@@ -23,7 +23,7 @@ struct Arguments {
     bool is_system = false;
 };
 
-int commit(const Database &database, const Change &change, const Arguments &arguments) {
+int commit(const Database &database, Change &change, const Arguments &arguments) {
     uint32_t flags = 0;
     if (arguments.is_dry_run)
         flags |= ORU_EMBEDDED_DRY_RUN;

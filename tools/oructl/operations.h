@@ -9,7 +9,9 @@ namespace oructl {
 
 class Change {
   public:
-    Change() : operations_(made<Operations>(oru_do_config_ops_new())) {}
+    Change()
+        : operations_(made<Operations>(oru_do_config_ops_new())),
+          recent_(made<Operations>(oru_do_config_ops_new())) {}
 
     // The type may be empty where the model has only one there.
     void create(const Address &address, const std::string &type, ORUDoProperties *props);
@@ -17,13 +19,17 @@ class Change {
     void remove(const Address &address);
 
     size_t size() const { return size_; }
-    ORUDoConfigOps *get() const { return operations_.get(); }
+    ORUDoConfigOps *get();
 
   private:
     void add(int32_t code, const std::string &address, ORUDoProperties *props,
              const std::string &reference, const std::string &type);
+    void flush();
 
+    // A set is walked to its end for each operation that is added to it, so that many go to a small
+    // one first.
     Operations operations_;
+    Operations recent_;
     size_t size_ = 0;
 };
 
