@@ -88,6 +88,8 @@ class Set(Change):
     def test_secrets_are_hidden_in_faults(self):
         result = self.survives("set", "/users;name=ada", "password=" + "no" * 500, "uid=1001")
         self.assertNotIn(b"nono", result.stdout + result.stderr)
+        self.fails("set", "/users;name=ada", 'password={"%string":"nono"', errors=[
+            "oructl: password takes com.example.network.management.lib/PasswordString, not what was given"])
 
     def test_the_user_is_recorded(self):
         self.does("set", PORT, "mtu=1600", "--user", "some-body")

@@ -57,13 +57,17 @@ class Reader {
           type_(type_of(meta)),
           is_many_(oru_do_prop_meta_get_multiplicity(meta) == ORU_MULTIPLICITY_MANY) {}
 
-    Value read(const std::string &text) const {
+    Value read(const std::string &text) const try {
         const bool is_json = !text.empty() && std::string_view("{[\"").find(text[0]) != npos;
         if (is_json)
             return read_json(text);
         if (is_many_)
             fail(text, "an array: [\"...\",...]");
         return read_text(text);
+    } catch (const Failure &) {
+        if (!is_secret())
+            throw;
+        throw Failure(name_ + " takes " + type_words(meta_) + ", not what was given");
     }
 
     // Bytes stand in addresses as pairs of digits.
@@ -84,6 +88,14 @@ class Reader {
 
   private:
     static constexpr size_t npos = std::string_view::npos;
+
+    // Nothing of a secret is printed.
+    bool is_secret() const {
+        ORUDoTypedefMeta *const type = oru_do_prop_meta_get_typedef_meta(meta_);
+        const std::string type_name =
+            type != nullptr ? text_of(oru_do_typedef_meta_get_name(type)) : "";
+        return type_name.starts_with("PasswordString") || type_name.starts_with("EncryptedString");
+    }
 
     [[noreturn]] void fail(const std::string &text, const std::string &expected) const {
         const std::string type = type_words(meta_);
