@@ -53,8 +53,7 @@ std::string constraint_text(const AttributeType &attribute, ORUDoProperties *pro
     return words;
 }
 
-std::string labels_of(const AttributeType &attribute) {
-    ORUDoTypedefMeta *const type = oru_do_prop_meta_get_typedef_meta(attribute.meta.get());
+std::string labels_of(ORUDoTypedefMeta *type) {
     std::string labels;
     EachItem each(type != nullptr ? oru_do_typedef_meta_get_enums(type) : nullptr);
     while (ORUDoNvlistItem *label = each())
@@ -75,7 +74,7 @@ std::string type_text(const AttributeType &attribute) {
 std::string expectation(const AttributeType &attribute, int32_t code, ORUDoProperties *props) {
     switch (code) {
         case ORU_RC_ENUM_CONSTRAINT:
-            return labels_of(attribute);
+            return labels_of(oru_do_prop_meta_get_typedef_meta(attribute.meta.get()));
         case ORU_RC_TYPE_MISMATCH:
         case ORU_RC_TYPE_COMPATIBILITY:
         case ORU_RC_CHOICE_CONSTRAINT:
@@ -197,8 +196,60 @@ class Checker {
         const int32_t code =
             record != nullptr ? oru_md_eval_attr_constraint(record, value.get(), props) : ORU_OK;
         if (code != ORU_OK)
-            fault(draft, code, attribute.name, {}, expectation(attribute, code, props),
-                  shown(attribute, value.get()));
+            return fault(draft, code, attribute.name, {}, expectation(attribute, code, props),
+                         shown(attribute, value.get()));
+        check_members(draft, attribute, oru_do_prop_meta_get_typedef_meta(attribute.meta.get()),
+                      value.get());
+    }
+
+    /* Inside of complex values: the widths of numbers and the labels of enumerations, which the
+       constraints of the attribute say nothing about. */
+    void check_members(const Draft &draft, const AttributeType &attribute, ORUDoTypedefMeta *type,
+                       ORUDoValue *value) {
+        const int32_t category = type != nullptr ? oru_do_typedef_meta_get_category(type) : -1;
+        int32_t status = 0;
+        if (category == ORU_TYPEDEF_SEQUENCE && oru_do_value_is_array(value) == 0)
+            check_members(draft, attribute, oru_do_typedef_meta_get_sequence_members(type),
+                          oru_do_value_get_sequence(value, &status));
+        else if (category == ORU_TYPEDEF_CHOICE && oru_do_value_is_array(value) == 0)
+            check_members(draft, attribute, oru_do_typedef_meta_get_choices(type),
+                          oru_do_value_get_choice(value, &status));
+    }
+
+    void check_members(const Draft &draft, const AttributeType &attribute, ORUDoNtlist *types,
+                       ORUDoNvlist *members) {
+        EachItem each(members);
+        while (ORUDoNvlistItem *item = each()) {
+            const char *const name = oru_do_nvlist_item_get_name(item);
+            ORUDoNtlistItem *const entry = oru_do_ntlist_get_item_by_name(types, name);
+            ORUDoTypedefMeta *const type =
+                entry != nullptr ? oru_do_ntlist_item_get_typedef(entry) : nullptr;
+            if (type != nullptr)
+                check_member(draft, attribute, name, type, oru_do_nvlist_item_get_value(item));
+        }
+    }
+
+    void check_member(const Draft &draft, const AttributeType &attribute, const std::string &name,
+                      ORUDoTypedefMeta *type, ORUDoValue *value) {
+        int32_t status = 0;
+        const int32_t category = oru_do_typedef_meta_get_category(type);
+        if (category == ORU_TYPEDEF_ENUM) {
+            const char *const label = oru_do_value_get_enumeration(value, &status);
+            ORUDoNvlist *const labels = oru_do_typedef_meta_get_enums(type);
+            if (status == 0 && label != nullptr && labels != nullptr &&
+                oru_do_nvlist_get_value(labels, label) == nullptr)
+                fault(draft, ORU_RC_ENUM_CONSTRAINT, attribute.name,
+                      "no label of the member " + name, labels_of(type), label);
+        } else if (category == ORU_TYPEDEF_SEQUENCE || category == ORU_TYPEDEF_CHOICE) {
+            check_members(draft, attribute, type, value);
+        } else if (oru_do_value_is_integer_number(value) != 0 &&
+                   oru_do_value_get_type(value) != oru_do_typedef_meta_get_simple_type(type)) {
+            const int32_t wanted = oru_do_typedef_meta_get_simple_type(type);
+            fault(draft, ORU_RC_TYPE_MISMATCH, attribute.name,
+                  "the member " + name + " does not fit its type",
+                  std::string(view(oru_do_get_typestr_by_typecode(wanted))),
+                  shown(attribute, value));
+        }
     }
 
     /* What was not given was checked when it was. */

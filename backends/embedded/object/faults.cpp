@@ -46,19 +46,33 @@ Error error_of(int32_t code, const std::string &words, const Error &cause) {
     return made<Error>(oru_do_error_new_w_cause(code, words.c_str(), cause.get()));
 }
 
-Error errors_of_attributes(const FaultsOfResource &resource, Error cause) {
+using FaultList = std::vector<const Fault *>;
+
+/* An error has room for one fault of each attribute. */
+std::vector<FaultList> in_errors(const FaultList &faults) {
+    std::vector<FaultList> errors;
     std::unordered_set<std::string_view> names;
-    for (const Fault *fault : resource.of_attributes) {
-        // an error has room for one of each attribute
+    for (const Fault *fault : faults) {
         const bool is_new = names.insert(fault->attribute).second;
         if (!is_new)
             names = {fault->attribute};
-        if (!is_new || names.size() == 1)
-            cause = error_of(fault->code, resource.address, cause);
-        const Name name = made<Name>(oru_do_name_new(fault->attribute.c_str()));
-        const Error of_attribute =
-            made<Error>(oru_do_error_new(fault->code, words_of(*fault).c_str()));
-        oru_do_error_set_prop_err(cause.get(), name.get(), of_attribute.get());
+        if (!is_new || errors.empty())
+            errors.emplace_back();
+        errors.back().push_back(fault);
+    }
+    return errors;
+}
+
+Error errors_of_attributes(const FaultsOfResource &resource, Error cause) {
+    const std::vector<FaultList> errors = in_errors(resource.of_attributes);
+    for (auto at = errors.rbegin(); at != errors.rend(); ++at) {
+        cause = error_of(at->front()->code, resource.address, cause);
+        for (const Fault *fault : *at) {
+            const Name name = made<Name>(oru_do_name_new(fault->attribute.c_str()));
+            const Error of_attribute =
+                made<Error>(oru_do_error_new(fault->code, words_of(*fault).c_str()));
+            oru_do_error_set_prop_err(cause.get(), name.get(), of_attribute.get());
+        }
     }
     return cause;
 }

@@ -33,6 +33,15 @@ TEST_F(EmbeddedRules, OperationsNameWhatTheModelHas) {
                      "com.example.network:1.0/Link, got com.example.network:1.0/Nobody"}));
 }
 
+TEST_F(EmbeddedRules, MembersOfComplexValuesHaveTheirTypes) {
+    set("/", R"({"position":{"%sequence":{"row":2000,"rack":3,"side":"left"}}})");
+    EXPECT_EQ(commit(ORU_EMBEDDED_SYSTEM).faults,
+              (Texts{" position 118 the member row does not fit its type: expected unsignedByte, "
+                     "got 2000",
+                     " position 117 no label of the member side: expected front, rear, got "
+                     "left"}));
+}
+
 TEST_F(EmbeddedRules, UnknownOperationsAreRefused) {
     add_operation(9, "/links;id=L1");
     EXPECT_EQ(commit().faults, Texts{"/links;id=L1: unknown operation: expected create, set or "
