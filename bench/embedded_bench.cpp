@@ -48,6 +48,7 @@ bool open_session() {
     options.database = database.c_str();
     options.model_dir = NETWORK_PACKAGES;
     options.root_type = "com.example.network:1.0/System";
+    options.pool_elements = 100'000;
     setenv("ORU_DEFAULT_LIB", EMBEDDED_BACKEND, 1);
     if (oru_lib_init(nullptr, 0, &options) != ORU_OK)
         return false;

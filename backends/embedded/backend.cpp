@@ -50,6 +50,12 @@ void size_pools(intptr_t elements) {
         init_chunk_poolheap_oru_do_uri(elements, 0);
         init_chunk_poolheap_oru_do_uri_sml_misc(elements, 0);
         init_chunk_poolheap_oru_do_uri_misc(elements, 0);
+        init_chunk_poolheap_oru_do_nlist_item(elements, 0);
+        init_chunk_poolheap_oru_do_nvlist_item(elements, 0);
+        init_chunk_poolheap_oru_do_vlist(elements, 0);
+        init_chunk_poolheap_oru_do_vlist_item(elements, 0);
+        init_chunk_poolheap_oru_do_vtable_item(elements, 0);
+        init_chunk_poolheap_oru_do_dtree(elements, 0);
         init_chunk_poolheap_oru_do_properties(elements, 0);
         init_chunk_poolheap_oru_do_property(elements, 0);
         init_chunk_poolheap_oru_do_strbuf(elements, 0);
