@@ -100,34 +100,37 @@ void add_source(Sql &sql, SqliteDatabase &database, const Query &query,
     }
 }
 
-/* Reads the attributes that a query wants of the rows that it finds. */
+/* Reads the attributes that a query wants of the rows that it finds. They are chosen here: a list
+   of names would be made into a table of the engine for every row. */
 class AttributeReader {
   public:
-    AttributeReader(SqliteDatabase &database, const Query &query) : at_(query.at) {
-        Sql sql;
-        sql.add(
-            "SELECT name, type, type_name, value FROM attribute "
-            "WHERE row = ? AND since <= ? AND until > ?");
-        if (!query.all_names) {
-            const char *between = " AND name IN (";
-            for (const std::string &name : query.names) {
-                sql.add(between).add(std::to_string(database.words.find(name)));
-                between = ", ";
-            }
-            sql.add(query.names.empty() ? " AND 0" : ")");
-        }
-        statement_ = database.connection.prepare(sql.text);
+    AttributeReader(SqliteDatabase &database, const Query &query)
+        : at_(query.at),
+          is_all_(query.all_names),
+          statement_(
+              database.connection.prepare("SELECT name, type, type_name, value FROM attribute "
+                                          "WHERE row = ? AND until > ? AND since <= ?")) {
+        for (const std::string &name : query.names)
+            names_.push_back(database.words.find(name));
+        std::sort(names_.begin(), names_.end());
+        names_.erase(std::unique(names_.begin(), names_.end()), names_.end());
     }
 
     void read(SqliteDatabase &database, int64_t row, RowSink &sink) {
+        if (!is_all_ && names_.empty())
+            return;
         const ResetAtEnd reset(statement_);
         statement_.bind(row).bind(at_).bind(at_);
-        while (statement_.step())
-            sink.attribute(attribute_at(database, statement_, 0));
+        while (statement_.step()) {
+            if (is_all_ || std::binary_search(names_.begin(), names_.end(), statement_.integer(0)))
+                sink.attribute(attribute_at(database, statement_, 0));
+        }
     }
 
   private:
     Revision at_;
+    bool is_all_;
+    std::vector<int64_t> names_;
     Statement statement_;
 };
 
