@@ -21,7 +21,6 @@ using oru::bench::LinksByHand;
 
 constexpr int kResources = 100'000;
 constexpr int kCreates = 10'000;
-// larger ones cost the tree: each result walks past those before it
 constexpr int kPage = 100;
 constexpr double kSmallCommitSeconds = 0.010;
 const std::string kLocation = "//locations;locationId=global";
