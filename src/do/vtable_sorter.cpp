@@ -26,6 +26,7 @@ struct ORUVtableSorter {
     uint32_t next_index;
     int32_t count_column;
     uint32_t row_total;
+    bool is_filing;  // the tree is asked by us, so that all nodes it compares are ours
 };
 
 namespace {
@@ -52,8 +53,7 @@ struct SortNode {
     ORUVtableSorter *sorter;
     ORUDoVlist *keys;
     ORUDoVtable *rows;
-    ORUDoValue *first_key;  // the first of `keys`, which most comparisons end with; null for none
-    Rank rank;              // of the first key
+    Rank rank;  // of the first key; of our own nodes only
 };
 
 // ---- Ranks ----
@@ -164,43 +164,38 @@ ORUDoValue *value_of(const ORUDoVlistItem *item) {
     return item != nullptr ? item->value : nullptr;
 }
 
-// Those behind the first keys, which both lists have.
-int32_t compare_further_keys(const ORUVtableSorter &sorter, const ORUDoVlist *keys_a,
-                             const ORUDoVlist *keys_b) {
-    const ORUDoVlistItem *a = keys_a->first;
-    const ORUDoVlistItem *b = keys_b->first;
-    for (int32_t i = 1; i < sorter.key_count; ++i) {
+int32_t compare_keys(const ORUVtableSorter &sorter, const ORUDoVlist &keys_a,
+                     const ORUDoVlist &keys_b) {
+    const ORUDoVlistItem *a = keys_a.first;
+    const ORUDoVlistItem *b = keys_b.first;
+    for (int32_t i = 0; i < sorter.key_count; ++i) {
         // A list that has ended ends the comparison.
-        a = a->next;
-        b = b->next;
         const int32_t order = compare_key(value_of(a), value_of(b), sorter.directions[i]);
         if (order != BALANCED_TREE_EQUAL)
             return order;
+        a = a->next;
+        b = b->next;
     }
     return BALANCED_TREE_EQUAL;
 }
 
+// Whoever asks for a comparison beside our own calls of the tree has nodes of three words.
 int32_t compare_nodes(const void *first, const void *second) {
     const auto &a = *static_cast<const SortNode *>(first);
     const auto &b = *static_cast<const SortNode *>(second);
-    const int32_t told = compare_ranks(a.rank, b.rank);
-    if (told != BALANCED_TREE_EQUAL) [[likely]]
-        return told;
-    const ORUVtableSorter *sorter = a.sorter;
-    if (sorter == nullptr || b.sorter == nullptr)
+    if (a.sorter != nullptr && a.sorter->is_filing) [[likely]] {
+        const int32_t told = compare_ranks(a.rank, b.rank);
+        if (told != BALANCED_TREE_EQUAL) [[likely]]
+            return told;
+    }
+    if (a.sorter == nullptr || b.sorter == nullptr)
         return BALANCED_TREE_EQUAL;
     if (a.keys == nullptr || b.keys == nullptr) {
         if (a.keys == b.keys)
             return BALANCED_TREE_EQUAL;
         return a.keys == nullptr ? BALANCED_TREE_LESS : BALANCED_TREE_GREATER;
     }
-    if (sorter->key_count < 1)
-        return BALANCED_TREE_EQUAL;
-    const bool same_numbers = a.rank.kind == RankKind::number && b.rank.kind == RankKind::number;
-    const int32_t order = same_numbers
-                              ? BALANCED_TREE_EQUAL
-                              : compare_key(a.first_key, b.first_key, sorter->directions[0]);
-    return order != BALANCED_TREE_EQUAL ? order : compare_further_keys(*sorter, a.keys, b.keys);
+    return compare_keys(*a.sorter, *a.keys, *b.keys);
 }
 
 // ---- Filing ----
@@ -244,12 +239,11 @@ int32_t file_under_new_key(ORUVtableSorter &sorter, const SortNode &wanted, Ref<
     return ORU_OK;
 }
 
-int32_t file_row(ORUVtableSorter &sorter, ORUDoVlist *row) {
+int32_t file_among_nodes(ORUVtableSorter &sorter, ORUDoVlist *row) {
     auto keys = keys_of(sorter, row);
     if (!keys)
         return ORU_RC_MALLOC;
-    ORUDoValue *first_key = value_of(keys->first);
-    const SortNode wanted{&sorter, keys.get(), nullptr, first_key, rank_of(sorter, first_key)};
+    const SortNode wanted{&sorter, keys.get(), nullptr, rank_of(sorter, value_of(keys->first))};
     void *found = nullptr;
     switch (balanced_tree_search(sorter.tree, BALANCED_TREE_SEARCH_EXACT, &wanted, &found, 0)) {
         case 0:
@@ -261,6 +255,13 @@ int32_t file_row(ORUVtableSorter &sorter, ORUDoVlist *row) {
         default:
             return ORU_RC_GENERAL;
     }
+}
+
+int32_t file_row(ORUVtableSorter &sorter, ORUDoVlist *row) {
+    sorter.is_filing = true;
+    const int32_t code = file_among_nodes(sorter, row);
+    sorter.is_filing = false;
+    return code;
 }
 
 // ---- Handing over ----

@@ -111,7 +111,6 @@ struct NodeImage {
     ORUVtableSorter *sorter;
     ORUDoVlist *keys;
     ORUDoVtable *rows;
-    ORUDoValue *first_key;
 };
 
 Vlist row_of(const std::vector<int32_t> &numbers) {
@@ -136,8 +135,7 @@ class VtableSorterTree : public testing::Test {
     SorterImage &image() { return *reinterpret_cast<SorterImage *>(sorter); }
     int32_t add(const Vlist &row) { return oru_vtable_sorter_add(sorter, row.get()); }
     static NodeImage node(ORUVtableSorter *owner, const Vlist &keys) {
-        return {owner, keys.get(), nullptr,
-                keys != nullptr ? oru_do_vlist_get_value(keys.get(), 0) : nullptr};
+        return {owner, keys.get(), nullptr};
     }
     int32_t compare(const Vlist &a, const Vlist &b) {
         const NodeImage first = node(sorter, a);
