@@ -158,7 +158,7 @@ std::string Vault::hash(std::string_view password) {
     const std::string clear(password);
     auto data = std::make_unique<crypt_data>();
     if (crypt_gensalt_rn("$y$", 0, nullptr, 0, setting, sizeof setting) == nullptr ||
-        crypt_r(clear.c_str(), setting, data.get()) == nullptr || data->output[0] == '*')
+        crypt_rn(clear.c_str(), setting, data.get(), sizeof *data) == nullptr)
         fail("a password cannot be hashed");
     return data->output;
 }
