@@ -23,8 +23,8 @@ struct Tree {
     CompareFn compare;
     TreeNode *root;
     TreeNode *loose;  // allocated and not inserted, chained by `parent` and `left`
-    Position
-        missed;  // where the last search ended, when it found nothing and nothing changed since
+    // Where the last search ended, when it found nothing and nothing changed since.
+    Position missed;
 };
 
 // Stands in front of every object.

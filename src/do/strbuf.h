@@ -27,10 +27,11 @@ struct oru::ObjectType<ORUDoStrbuf> {
 
 namespace oru {
 
-// The cursor with room for `more` bytes and the zero behind them; null in the failed state, which a
-// failed growth enters and no later one leaves.
+// Makes the storage larger by at least `more` bytes. False when it cannot be had, which enters the
+// failed state; no later growth leaves it.
 bool strbuf_grow_by(ORUDoStrbuf &buf, int64_t more);
 
+// The cursor with room for `more` bytes and the zero behind them; null in the failed state.
 inline char *strbuf_room(ORUDoStrbuf &buf, size_t more) {
     if (buf.cur == nullptr) [[unlikely]]
         return nullptr;

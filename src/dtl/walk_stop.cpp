@@ -43,6 +43,14 @@ void trace_stop(const WalkLevel &at) {
               uri != nullptr ? oru_do_uri_get_uri_str(uri) : "");
 }
 
+// Whether no other child of the level does anything.
+bool is_alone(const WalkLevel &at) {
+    const ORUDtlNode *child = at.dtl_node->first_child;
+    while (child != nullptr && (child == at.ch || child->op == ORU_DTL_OP_NOOP))
+        child = child->next;
+    return child == nullptr;
+}
+
 // 24. Where the next call goes on.
 Go stop_level(WalkLevel &at) {
     trace_stop(at);
@@ -77,12 +85,18 @@ Go end_with_failure(WalkLevel &at) {
 }
 
 // 16. Rows that were actions, or no resources, leave nothing to descend into, but the cursor may
-// have more of them: the level stops, since the next sibling would take the cursor for its own.
+// have more of them: the level stops, since the next sibling would take the cursor for its own. A
+// child without siblings that do something needs no place to go on: the next call finds it first.
 Go after_no_rows(WalkLevel &at) {
     if (at.call.count > 0)
         oru_do_dtree_hide_node(at.parent, 1);
     if (at.ctx->state != ORU_DTL_STATE_STOPPED)
         return to_sibling(at);
+    if (is_alone(at)) {
+        at.ctx->dtl_ch = nullptr;
+        at.ctx->dtree_ch = nullptr;
+        return Go::end;
+    }
     at.stop_at = nullptr;
     trace_stop(at);
     go_on_here(at);

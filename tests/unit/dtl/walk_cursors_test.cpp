@@ -1,4 +1,5 @@
 // Whose an open cursor is, and where a level goes on that stopped in an unusual place.
+#include "tests/support/trace_capture.h"
 #include "tests/unit/dtl/walk_support.h"
 
 namespace {
@@ -47,6 +48,22 @@ TEST_F(DtlWalkCursors, ActionsOnACollectionAreThroughBeforeTheNextSibling) {
     EXPECT_EQ(tree(), "~act(/3){reset} x(/xx)[a=1]");
     EXPECT_EQ(calls(), (Calls{"context", "cfg /xx [a]"}));
     EXPECT_EQ(next(1), ORU_RC_NO_MORE_VALUE);
+}
+
+// The next call finds them without a place to go on from, and nothing is told of one.
+TEST_F(DtlWalkCursors, ActionsWithoutSiblingsGoOnByTheirCursorAlone) {
+    oru_dtl_tree_set_batch_size(actions(), 2);
+    TraceCapture traces;
+    EXPECT_EQ(next(-1), ORU_OK);
+    EXPECT_EQ(tree(), "act(/1){reset} act(/2){reset}");
+    EXPECT_EQ(next(-1), ORU_OK);
+    EXPECT_EQ(tree(), "act(/3){reset}");
+    EXPECT_EQ(next(-1), ORU_RC_NO_MORE_VALUE);
+    EXPECT_FALSE(traces.at(7).empty());
+    for (const std::string &line : traces.at(7))
+        EXPECT_TRUE(line.find("Stopped at") == std::string::npos &&
+                    line.find("Reentering") == std::string::npos)
+            << line;
 }
 
 TEST_F(DtlWalkCursors, ActionsWithoutALimitGoOnToo) {
