@@ -58,6 +58,20 @@ class Query(Database):
         self.fails("query", read=read,
                    errors=["oructl: the parameter a is an address: -p a=/..."])
 
+    def test_everything_of_a_type_is_a_collection_of_the_location(self):
+        kind = ":com.example.network:1.0/Link"
+        words = f'"//?{kind}" is the address of one resource here, since no reference stands in ' \
+                f"front of the ?; //locations;locationId=global?{kind} is a collection"
+        everything = f"//locations;locationId=global?{kind}"
+        read = f'<l uri="%s" {LINK}><id/></l>'
+        rows = self.does("query", "-f", "text", read=read % everything)
+        self.assertEqual(rows.count("l.id"), 10)
+        self.assertEqual(self.does("query", "-f", "text", "-p", "a=" + everything, read=read % "$a"),
+                         rows)
+        self.does("query", read=read % f"//?{kind}", status=1, errors=[f"-:1: <l>: {words}"])
+        self.fails("query", "-p", f"a=//?{kind}", read=read % "$a",
+                   errors=[f"oructl: the parameter a: {words}"])
+
     def test_rows_come_in_batches(self):
         inventory = document("inventory.xml")
         whole = self.does("query", inventory, "-f", "text")

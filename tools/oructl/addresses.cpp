@@ -165,6 +165,25 @@ void check_collection(const std::string &text) {
     check_limits(path);
 }
 
+std::string query_mark_fault(const std::string &text) {
+    const size_t mark = text.find('?');
+    if (mark == std::string::npos)
+        return "";
+    const Uri uri(oru_do_uri_validate_new(text.c_str()));
+    if (uri == nullptr || oru_do_uri_get_query_part(uri.get()) != nullptr)
+        return "";
+    std::string base = text.substr(0, mark);
+    while (base.ends_with('/'))
+        base.pop_back();
+    const std::string words = in_quotes(text) + " is the address of one resource here, since no " +
+                              "reference stands in front of the ?";
+    constexpr size_t kShortest = 3;  // a question mark and a query
+    if (text.size() - mark < kShortest)
+        return words;
+    return words + "; " + (base.empty() ? location() : base) + text.substr(mark) +
+           " is a collection";
+}
+
 void check_limits(const std::string &text) {
     std::string base = text.substr(0, text.find('?'));
     while (base.ends_with('*') || base.ends_with('/'))

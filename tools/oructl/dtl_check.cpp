@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <memory>
 
+#include "addresses.h"
 #include "dtl_attributes.h"
 #include "dtl_words.h"
 #include "fault_words.h"
@@ -274,6 +275,10 @@ void Walk::check_resource(DtlItem &item, const xmlNode *element) {
         check_keys(item, element, *record);
     else
         add(item, element, "Unknown MR: " + mr + similar_question(mr, resources_));
+    std::string address;
+    read_attribute(element, "uri", address);
+    if (const std::string fault = query_mark_fault(address); !fault.empty())
+        add(item, element, fault);
 }
 
 // The last segment of an address that leads to one resource has that resource's keys.

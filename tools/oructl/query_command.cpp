@@ -51,6 +51,8 @@ void check_addresses(const DtlDocument &document, const xmlNode *element, ORUDoN
             throw Failure("the parameter " + address.substr(1) + " is an address: -p " +
                           address.substr(1) + "=/...");
         check_collection(text);
+        if (const std::string fault = query_mark_fault(text); !fault.empty())
+            throw Failure("the parameter " + address.substr(1) + ": " + fault);
     } else if (document.address_fault(element).empty()) {
         check_limits(address);
     }
