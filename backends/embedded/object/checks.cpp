@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "indexes.h"
+#include "members.h"
 
 namespace embedded {
 
@@ -53,15 +54,6 @@ std::string constraint_text(const AttributeType &attribute, ORUDoProperties *pro
     return words;
 }
 
-std::string labels_of(ORUDoTypedefMeta *type) {
-    std::string labels;
-    EachItem each(type != nullptr ? oru_do_typedef_meta_get_enums(type) : nullptr);
-    while (ORUDoNvlistItem *label = each())
-        labels +=
-            (labels.empty() ? "" : ", ") + std::string(view(oru_do_nvlist_item_get_name(label)));
-    return labels;
-}
-
 std::string type_text(const AttributeType &attribute) {
     const std::string_view type = view(oru_do_get_typestr_by_typecode(attribute.type));
     std::string words = attribute.is_many ? "an array of " : "";
@@ -72,9 +64,10 @@ std::string type_text(const AttributeType &attribute) {
 }
 
 std::string expectation(const AttributeType &attribute, int32_t code, ORUDoProperties *props) {
+    const ValueType *const type = attribute.value_type;
     switch (code) {
         case ORU_RC_ENUM_CONSTRAINT:
-            return labels_of(oru_do_prop_meta_get_typedef_meta(attribute.meta.get()));
+            return type != nullptr ? labels_in(type->labels.get()) : std::string();
         case ORU_RC_TYPE_MISMATCH:
         case ORU_RC_TYPE_COMPATIBILITY:
         case ORU_RC_CHOICE_CONSTRAINT:
@@ -105,8 +98,7 @@ UriList addresses_in(ORUDoValue *value) {
         return uri != nullptr ? UriList{uri} : UriList{};
     }
     UriList found;
-    Each<ORUDoVlist, ORUDoValue, oru_do_vlist_iter, oru_do_vlist_has_next, oru_do_vlist_get_next>
-        each(oru_do_value_get_array(value, &status));
+    EachValue each(oru_do_value_get_array(value, &status));
     while (ORUDoValue *element = each()) {
         if (ORUDoUri *const uri = oru_do_value_get_uri(element))
             found.push_back(uri);
@@ -198,58 +190,16 @@ class Checker {
         if (code != ORU_OK)
             return fault(draft, code, attribute.name, {}, expectation(attribute, code, props),
                          shown(attribute, value.get()));
-        check_members(draft, attribute, oru_do_prop_meta_get_typedef_meta(attribute.meta.get()),
-                      value.get());
+        if (draft.given.count(attribute.name) != 0)
+            check_inner(draft, attribute, value);
     }
 
-    /* Inside of complex values: the widths of numbers and the labels of enumerations, which the
-       constraints of the attribute say nothing about. */
-    void check_members(const Draft &draft, const AttributeType &attribute, ORUDoTypedefMeta *type,
-                       ORUDoValue *value) {
-        const int32_t category = type != nullptr ? oru_do_typedef_meta_get_category(type) : -1;
-        int32_t status = 0;
-        if (category == ORU_TYPEDEF_SEQUENCE && oru_do_value_is_array(value) == 0)
-            check_members(draft, attribute, oru_do_typedef_meta_get_sequence_members(type),
-                          oru_do_value_get_sequence(value, &status));
-        else if (category == ORU_TYPEDEF_CHOICE && oru_do_value_is_array(value) == 0)
-            check_members(draft, attribute, oru_do_typedef_meta_get_choices(type),
-                          oru_do_value_get_choice(value, &status));
-    }
-
-    void check_members(const Draft &draft, const AttributeType &attribute, ORUDoNtlist *types,
-                       ORUDoNvlist *members) {
-        EachItem each(members);
-        while (ORUDoNvlistItem *item = each()) {
-            const char *const name = oru_do_nvlist_item_get_name(item);
-            ORUDoNtlistItem *const entry = oru_do_ntlist_get_item_by_name(types, name);
-            ORUDoTypedefMeta *const type =
-                entry != nullptr ? oru_do_ntlist_item_get_typedef(entry) : nullptr;
-            if (type != nullptr)
-                check_member(draft, attribute, name, type, oru_do_nvlist_item_get_value(item));
-        }
-    }
-
-    void check_member(const Draft &draft, const AttributeType &attribute, const std::string &name,
-                      ORUDoTypedefMeta *type, ORUDoValue *value) {
-        int32_t status = 0;
-        const int32_t category = oru_do_typedef_meta_get_category(type);
-        if (category == ORU_TYPEDEF_ENUM) {
-            const char *const label = oru_do_value_get_enumeration(value, &status);
-            ORUDoNvlist *const labels = oru_do_typedef_meta_get_enums(type);
-            if (status == 0 && label != nullptr && labels != nullptr &&
-                oru_do_nvlist_get_value(labels, label) == nullptr)
-                fault(draft, ORU_RC_ENUM_CONSTRAINT, attribute.name,
-                      "no label of the member " + name, labels_of(type), label);
-        } else if (category == ORU_TYPEDEF_SEQUENCE || category == ORU_TYPEDEF_CHOICE) {
-            check_members(draft, attribute, type, value);
-        } else if (oru_do_value_is_integer_number(value) != 0 &&
-                   oru_do_value_get_type(value) != oru_do_typedef_meta_get_simple_type(type)) {
-            const int32_t wanted = oru_do_typedef_meta_get_simple_type(type);
-            fault(draft, ORU_RC_TYPE_MISMATCH, attribute.name,
-                  "the member " + name + " does not fit its type",
-                  std::string(view(oru_do_get_typestr_by_typecode(wanted))),
-                  shown(attribute, value));
-        }
+    /* What was not given was checked when it was, and its secrets are closed by now. */
+    void check_inner(const Draft &draft, const AttributeType &attribute, const Value &value) {
+        check_inside(attribute, value.get(), [&](const InnerFault &inner) {
+            fault(draft, inner.code, attribute.name, inner.rule, inner.expected,
+                  shown(attribute, inner.got));
+        });
     }
 
     /* What was not given was checked when it was. */

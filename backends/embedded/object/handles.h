@@ -46,6 +46,8 @@ using NameValueList = Handle<ORUDoNvlist, oru_do_nvlist_ref, oru_do_nvlist_deref
 using Buffer = Handle<ORUDoStrbuf, oru_do_strbuf_ref, oru_do_strbuf_deref>;
 using Error = Handle<ORUDoError, oru_do_error_ref, oru_do_error_deref>;
 using WhereCondition = Handle<ORUDoCondition, oru_do_condition_ref, oru_do_condition_deref>;
+using ConstraintList =
+    Handle<ORUDoConstraintList, oru_do_constraint_list_ref, oru_do_constraint_list_deref>;
 using PropertyMeta = Handle<ORUDoPropMeta, oru_do_prop_meta_ref, oru_do_prop_meta_deref>;
 
 /* A new object of the library that is there: null means that memory ran out. */
@@ -106,6 +108,8 @@ class Each {
 
 using EachName =
     Each<ORUDoNlist, ORUDoName, oru_do_nlist_iter, oru_do_nlist_has_next, oru_do_nlist_get_next>;
+using EachValue =
+    Each<ORUDoVlist, ORUDoValue, oru_do_vlist_iter, oru_do_vlist_has_next, oru_do_vlist_get_next>;
 using EachProperty = Each<ORUDoProperties, ORUDoProperty, oru_do_properties_iter,
                           oru_do_properties_has_next, oru_do_properties_get_next>;
 using EachItem = Each<ORUDoNvlist, ORUDoNvlistItem, oru_do_nvlist_iter, oru_do_nvlist_has_next,

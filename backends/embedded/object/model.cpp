@@ -101,6 +101,14 @@ Secrecy secrecy_of(std::string_view type_name) {
     return type_name.starts_with("EncryptedString") ? Secrecy::sealed : Secrecy::none;
 }
 
+const ValueType::Member *ValueType::find(std::string_view member) const {
+    for (const Member &each : members) {
+        if (text_of(each.name.get()) == member)
+            return &each;
+    }
+    return nullptr;
+}
+
 Value AttributeType::default_under(ORUDoProperties *props) const {
     return default_depends_on.empty() ? default_value : find_default(*this, props);
 }
@@ -137,10 +145,42 @@ const ResourceType *Model::find(std::string_view name) const {
     return at != by_name_.end() ? at->second : nullptr;
 }
 
+/* Takes the derived types that it is asked for, and those of their members. */
+class ValueTypeReader {
+  public:
+    explicit ValueTypeReader(std::vector<std::unique_ptr<ValueType>> &types) : types_(types) {}
+
+    const ValueType *read(const ORUMdTypedefMeta *record) {
+        if (record == nullptr)
+            return nullptr;
+        const auto known = known_.find(record);
+        if (known != known_.end())
+            return known->second;
+        types_.push_back(std::make_unique<ValueType>());
+        ValueType *const type = types_.back().get();
+        known_.emplace(record, type);
+        type->name = text_of(record->name);
+        type->code = record->typecode;
+        type->labels = NameValueList::share(record->enums);
+        type->constraints = ConstraintList::share(record->constraint_list);
+        for (const ORUMdComplexEl *at = record->complex_els; at != nullptr; at = at->next) {
+            const ValueType *const member = read(at->typedef_meta);
+            type->members.push_back({Name::share(at->name),
+                                     member != nullptr ? member->code : at->typecode, member,
+                                     ConstraintList::share(at->constraint_list)});
+        }
+        return type;
+    }
+
+  private:
+    std::vector<std::unique_ptr<ValueType>> &types_;
+    std::unordered_map<const ORUMdTypedefMeta *, const ValueType *> known_;
+};
+
 /* Reads the records of one type after the other; those that it meets are read behind it. */
 class ModelReader {
   public:
-    explicit ModelReader(Model &model) : model_(model) {}
+    explicit ModelReader(Model &model) : model_(model), value_types_(model.value_types_) {}
 
     const ResourceType *add(ORUMdMrMeta *record) {
         if (record == nullptr || record->do_mr_meta == nullptr)
@@ -189,7 +229,7 @@ class ModelReader {
     }
 
     static void add_attribute(ORUDoName *name, ORUDoPropMeta *meta, AttributeType::Role role,
-                              ResourceType &type) {
+                              const ValueType *value_type, ResourceType &type) {
         AttributeType attribute;
         attribute.name = text_of(name);
         attribute.role = role;
@@ -199,23 +239,24 @@ class ModelReader {
         attribute.secrecy = secrecy_of(attribute.type_name);
         attribute.object = Name::share(name);
         attribute.meta = PropertyMeta::share(meta);
+        attribute.value_type = value_type;
         read_default(attribute);
         type.attributes.push_back(std::move(attribute));
     }
 
-    static void add_attributes(const ORUMdAttrMeta *at, AttributeType::Role role,
-                               ResourceType &type) {
+    void add_attributes(const ORUMdAttrMeta *at, AttributeType::Role role, ResourceType &type) {
         for (; at != nullptr; at = at->next)
-            add_attribute(at->name, at->prop_meta, role, type);
+            add_attribute(at->name, at->prop_meta, role, value_types_.read(at->typedef_meta), type);
     }
 
     /* The first key of a group begins it. */
-    static void add_secondary_keys(const ORUMdAttrMeta *at, ResourceType &type) {
+    void add_secondary_keys(const ORUMdAttrMeta *at, ResourceType &type) {
         for (; at != nullptr; at = at->next) {
             if (oru_do_prop_meta_get_first_key_in_group(at->prop_meta) == nullptr)
                 type.secondary_keys.emplace_back();
             type.secondary_keys.back().push_back(type.attributes.size());
-            add_attribute(at->name, at->prop_meta, AttributeType::Role::config, type);
+            add_attribute(at->name, at->prop_meta, AttributeType::Role::config,
+                          value_types_.read(at->typedef_meta), type);
         }
     }
 
@@ -224,7 +265,7 @@ class ModelReader {
             const int32_t role = oru_do_prop_meta_get_ref_role(at->prop_meta);
             const ResourceType *const target = add(at->target_mr);
             if (role == ORU_REF_PEER) {
-                add_attribute(at->name, at->prop_meta, AttributeType::Role::peer, type);
+                add_attribute(at->name, at->prop_meta, AttributeType::Role::peer, nullptr, type);
                 type.attributes.back().target = target;
             }
             if (role != ORU_REF_CHILD || target == nullptr)
@@ -235,6 +276,7 @@ class ModelReader {
     }
 
     Model &model_;
+    ValueTypeReader value_types_;
     std::unordered_map<const ORUMdMrMeta *, ResourceType *> types_;
     std::vector<std::pair<const ORUMdMrMeta *, ResourceType *>> waiting_;
 };

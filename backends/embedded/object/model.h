@@ -28,6 +28,25 @@ enum class Secrecy : uint8_t {
 
 Secrecy secrecy_of(std::string_view type_name);
 
+/* A derived type. The descriptions that the library lends know the members of such types only where
+   they were resolved in time; the records of the metadata know them all. */
+struct ValueType {
+    struct Member {
+        Name name;
+        int32_t code = 0;                /* of its values; unknown for a type that there is not */
+        const ValueType *type = nullptr; /* null for a built-in one */
+        ConstraintList constraints;
+    };
+
+    std::string name;
+    int32_t code = 0;
+    NameValueList labels; /* of an enumeration */
+    ConstraintList constraints;
+    std::vector<Member> members; /* of a sequence or choice, in order */
+
+    const Member *find(std::string_view member) const;
+};
+
 /* A key, an attribute, or a reference that is kept as addresses. */
 struct AttributeType {
     enum class Role : uint8_t { key, config, oper, peer };
@@ -38,9 +57,10 @@ struct AttributeType {
     bool is_many = false;
     std::string type_name; /* of a derived type, or empty */
     Secrecy secrecy = Secrecy::none;
-    Name object;                          /* the name, to be shared */
-    PropertyMeta meta;                    /* with constraints and defaults */
-    const ResourceType *target = nullptr; /* of a peer reference */
+    Name object;                           /* the name, to be shared */
+    PropertyMeta meta;                     /* with constraints and defaults */
+    const ValueType *value_type = nullptr; /* null for a built-in one */
+    const ResourceType *target = nullptr;  /* of a peer reference */
     Value default_value; /* what holds without a value, flagged as a default; null for none */
     std::vector<std::string> default_depends_on; /* the attributes that decide on the default */
 
@@ -96,6 +116,7 @@ class Model {
     friend class ModelReader;
 
     std::vector<std::unique_ptr<ResourceType>> types_;
+    std::vector<std::unique_ptr<ValueType>> value_types_;
     std::unordered_map<std::string, const ResourceType *> by_name_;
     const ResourceType *root_ = nullptr;
 };

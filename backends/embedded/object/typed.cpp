@@ -4,9 +4,6 @@ namespace embedded {
 
 namespace {
 
-using EachValue =
-    Each<ORUDoVlist, ORUDoValue, oru_do_vlist_iter, oru_do_vlist_has_next, oru_do_vlist_get_next>;
-
 /* A list with what `change` makes of each element. */
 template <typename Change>
 ValueList map_list(ORUDoVlist *elements, Change change) {
@@ -112,53 +109,32 @@ Value scalar_in_type(int32_t type, ORUDoValue *value) {
     return Value::share(value);
 }
 
-Value in_type(int32_t code, ORUDoTypedefMeta *type, ORUDoValue *value);
+Value in_type(int32_t code, const ValueType *type, ORUDoValue *value);
 
-Value member_in_type(ORUDoNtlist *types, const char *name, ORUDoValue *value) {
-    ORUDoNtlistItem *const member =
-        types != nullptr ? oru_do_ntlist_get_item_by_name(types, name) : nullptr;
-    if (member == nullptr)
+Value complex_in_type(const ValueType &type, ORUDoValue *value) {
+    if (oru_do_value_get_type(value) != type.code)
         return Value::share(value);
-    return in_type(oru_do_ntlist_item_get_type_code(member), oru_do_ntlist_item_get_typedef(member),
-                   value);
-}
-
-Value complex_in_type(int32_t code, ORUDoNtlist *types, ORUDoValue *value) {
-    if (oru_do_value_get_type(value) != code)
-        return Value::share(value);
-    return of_members(code,
-                      map_members(members_of(value), [&](const char *name, ORUDoValue *member) {
-                          return member_in_type(types, name, member);
+    return of_members(type.code,
+                      map_members(members_of(value), [&](const char *name, ORUDoValue *given) {
+                          const ValueType::Member *const member = type.find(view(name));
+                          return member != nullptr ? in_type(member->code, member->type, given)
+                                                   : Value::share(given);
                       }));
 }
 
-Value unnamed_in_type(int32_t code, ORUDoTypedefMeta *type, ORUDoValue *value) {
-    switch (type != nullptr ? oru_do_typedef_meta_get_category(type) : ORU_TYPEDEF_SIMPLE) {
-        case ORU_TYPEDEF_ENUM:
-            return scalar_in_type(ORU_DO_TYPE_ENUMERATION, value);
-        case ORU_TYPEDEF_SEQUENCE:
-            return complex_in_type(ORU_DO_TYPE_SEQUENCE,
-                                   oru_do_typedef_meta_get_sequence_members(type), value);
-        case ORU_TYPEDEF_CHOICE:
-            return complex_in_type(ORU_DO_TYPE_CHOICE, oru_do_typedef_meta_get_choices(type),
-                                   value);
-        default:
-            return scalar_in_type(
-                type != nullptr ? oru_do_typedef_meta_get_simple_type(type) : code, value);
-    }
-}
-
-Value in_type(int32_t code, ORUDoTypedefMeta *type, ORUDoValue *value) {
-    const Value converted = unnamed_in_type(code, type, value);
-    ORUDoName *const name = type != nullptr ? oru_do_typedef_meta_get_name(type) : nullptr;
-    return name != nullptr ? with_name(converted, value, view(oru_do_name_get_strname(name)))
-                           : converted;
+Value in_type(int32_t code, const ValueType *type, ORUDoValue *value) {
+    if (type == nullptr)
+        return scalar_in_type(code, value);
+    const bool is_complex = type->code == ORU_DO_TYPE_SEQUENCE || type->code == ORU_DO_TYPE_CHOICE;
+    const Value converted =
+        is_complex ? complex_in_type(*type, value) : scalar_in_type(type->code, value);
+    return with_name(converted, value, type->name);
 }
 
 }  // namespace
 
 Value in_type_of(const AttributeType &attribute, ORUDoValue *value) {
-    ORUDoTypedefMeta *const type = oru_do_prop_meta_get_typedef_meta(attribute.meta.get());
+    const ValueType *const type = attribute.value_type;
     if (!attribute.is_many)
         return in_type(attribute.type, type, value);
     if (oru_do_value_is_array(value) == 0)

@@ -125,9 +125,7 @@ class Writer {
         if (oru_do_value_is_array(value.get()) == 0)
             return with_full_address(value.get());
         const ValueList list = made<ValueList>(oru_do_vlist_new());
-        Each<ORUDoVlist, ORUDoValue, oru_do_vlist_iter, oru_do_vlist_has_next,
-             oru_do_vlist_get_next>
-            each(oru_do_value_get_array(value.get(), &status));
+        EachValue each(oru_do_value_get_array(value.get(), &status));
         while (ORUDoValue *element = each()) {
             if (oru_do_vlist_add(list.get(), with_full_address(element).get()) < 0)
                 throw std::bad_alloc();

@@ -40,8 +40,6 @@ std::string text_of(ORUDoValue *value) {
     return oru_do_value_is_default(value) != 0 ? "(" + text + ")" : text;
 }
 
-using EachValue =
-    Each<ORUDoVlist, ORUDoValue, oru_do_vlist_iter, oru_do_vlist_has_next, oru_do_vlist_get_next>;
 using EachRow = Each<ORUDoVtable, ORUDoVlist, oru_do_vtable_iter, oru_do_vtable_has_next,
                      oru_do_vtable_get_next>;
 using EachPropErr = Each<ORUDoPropErrs, ORUDoPropErr, oru_do_prop_errs_iter,

@@ -38,7 +38,7 @@ TEST_F(EmbeddedRules, MembersOfComplexValuesHaveTheirTypes) {
     EXPECT_EQ(commit(ORU_EMBEDDED_SYSTEM).faults,
               (Texts{" position 118 the member row does not fit its type: expected unsignedByte, "
                      "got 2000",
-                     " position 117 no label of the member side: expected front, rear, got "
+                     " position 117 the member side has no such label: expected front, rear, got "
                      "left"}));
 }
 
