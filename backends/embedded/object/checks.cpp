@@ -294,35 +294,62 @@ class Checker {
         return rows.count(key) != 0;
     }
 
-    /* How many children a reference may have. */
+    /* How many children a reference may have: those that lead to what comes or goes, and those of a
+       new resource that may not be without. */
     void check_numbers(const std::vector<Draft *> &touched) {
         std::set<std::string> seen;
         for (const Draft *draft : touched) {
-            if (draft->before.exists() == draft->after.exists())
-                continue;
-            const std::optional<Target> target =
-                drafts_.source().addresses.resolve(draft->place.path, {});
-            if (!target || target->reference == nullptr)
-                continue;
-            const Place collection = collection_of(draft->place);
-            if (seen.insert(collection.key).second)
-                check_number(collection, *target);
+            if (draft->before.exists() != draft->after.exists())
+                check_number_beside(*draft, seen);
+        }
+        for (const Draft *draft : touched) {
+            if (draft->after.exists() && (!draft->before.exists() || draft->is_made_anew))
+                check_least_numbers(*draft, seen);
         }
     }
 
-    void check_number(const Place &collection, const Target &target) {
+    void check_number_beside(const Draft &draft, std::set<std::string> &seen) {
+        const std::optional<Target> target =
+            drafts_.source().addresses.resolve(draft.place.path, {});
+        if (!target || target->reference == nullptr)
+            return;
+        const Place collection = collection_of(draft.place);
+        if (seen.insert(collection.key).second)
+            check_number(drafts_.at(parent_of(collection, *target)), *target->reference,
+                         collection);
+    }
+
+    void check_least_numbers(const Draft &draft, std::set<std::string> &seen) {
+        for (const ChildReference &reference : draft.after.type->children) {
+            ORUDoConstraint *const constraint = size_constraint_of(reference);
+            if (constraint == nullptr ||
+                oru_do_range_eval_long(oru_do_constraint_get_size(constraint), 0) != 0)
+                continue;
+            const Place collection = below(draft.place, reference.name);
+            if (seen.insert(collection.key).second)
+                check_number(draft, reference, collection);
+        }
+    }
+
+    static ORUDoConstraint *size_constraint_of(const ChildReference &reference) {
         ORUDoConstraintList *const list =
-            oru_do_prop_meta_get_constraint_list(target.reference->meta.get());
+            oru_do_prop_meta_get_constraint_list(reference.meta.get());
         ORUDoConstraint *const constraint =
             list != nullptr ? oru_do_constraint_list_get_constraint_unconditional(list) : nullptr;
-        ORUDoRange *const size =
-            constraint != nullptr ? oru_do_constraint_get_size(constraint) : nullptr;
-        const Draft &parent = drafts_.at(parent_of(collection, target));
-        if (size == nullptr || !parent.after.exists())
+        return constraint != nullptr && oru_do_constraint_get_size(constraint) != nullptr
+                   ? constraint
+                   : nullptr;
+    }
+
+    void check_number(const Draft &parent, const ChildReference &reference,
+                      const Place &collection) {
+        ORUDoConstraint *const constraint = size_constraint_of(reference);
+        if (constraint == nullptr || !parent.after.exists())
             return;
+        ORUDoRange *const size = oru_do_constraint_get_size(constraint);
         const size_t count = drafts_.count_after(range_of(collection.key), greatest_in(size));
         if (oru_do_range_eval_long(size, static_cast<int64_t>(count)) == 0)
-            fault(parent, ORU_RC_COLL_SIZE_CONSTRAINT, target.reference->name,
+            fault(parent, ORU_RC_COLL_SIZE_CONSTRAINT, reference.name,
                   "the number of children does not fit",
                   std::string(view(oru_do_constraint_get_str(constraint))), std::to_string(count));
     }
