@@ -94,7 +94,7 @@ class Session {
               std::make_shared<VaultReader>(vault_, param(params, "secrets") == "show"),
               Addresses(*shared.model, shared.location)})),
           data_(source_),
-          collection_(source_) {
+          collection_(source_, data_.errors()) {
         make_root(*source_);
         lent_.owner = this;
         lent_.table = {sizeof(ORUEmbeddedSession), data_.table(), collection_.table(), commit};

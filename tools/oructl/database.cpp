@@ -166,7 +166,9 @@ Database::Answer Database::commit(ORUDoConfigOps *operations, uint32_t flags) co
 
 std::string words_of_failure(ORUErrorIfc *holder, int32_t code) {
     ORUDoError *const held = holder != nullptr ? holder->get_error(holder) : nullptr;
-    const char *words = held != nullptr ? oru_do_error_get_msg(held) : nullptr;
+    // what is held may be of another failure than the one at hand
+    const bool is_it = held != nullptr && oru_do_error_get_code(held) == code;
+    const char *words = is_it ? oru_do_error_get_msg(held) : nullptr;
     return std::string(words != nullptr ? words : oru_do_get_err_msg(code)) + " (" +
            std::to_string(code) + ")";
 }

@@ -110,7 +110,7 @@ class Query {
         if (code == ORU_OK)
             std::fprintf(stderr, "there may be more rows: --all prints them\n");
         if (code > ORU_RC_NO_MORE_VALUE && !has_errors_)
-            std::fprintf(stderr, "%s (%d)\n", oru_do_get_err_msg(code), code);
+            std::fprintf(stderr, "%s\n", words_of_failure(holder(), code).c_str());
         return code > ORU_RC_NO_MORE_VALUE || has_errors_ ? kFaults : kDone;
     }
 
@@ -127,6 +127,8 @@ class Query {
             oru_do_dtree_remove_children(walk_->dtree_node);
         return code;
     }
+
+    ORUErrorIfc *holder() const { return database_.data()->get_error_ifc(database_.data()); }
 
     // What the document has wrong was told with its place.
     void print_errors(ORUDoDtree *node) {

@@ -44,7 +44,8 @@ Cursor open_cursor(const Database &database, const std::string &address, ORUDoNl
     if (code == ORU_RC_NO_SUCH_COLLECTION)
         throw Failure(address + ": the model has no such collection");
     if (code != ORU_OK)
-        throw Failure(address + ": " + words_of_failure(nullptr, code));
+        throw Failure(address + ": " +
+                      words_of_failure(database.data()->get_error_ifc(database.data()), code));
     return Cursor(cursor);
 }
 

@@ -33,12 +33,13 @@ class Cursor final : public RowTaker {
     ORUDtlCursor *table() { return &table_.table; }
 
     int32_t open(std::string_view address, ORUDoNvlist *where, ORUDoNlist *order,
-                 bool return_defaults) {
+                 bool return_defaults, ErrorHolder &errors) {
         Query query;
         query.at = source_->store->head();
         const std::optional<Members> members = source_->resolve_collection(address, query.at);
         if (!members)
-            return ORU_RC_NO_SUCH_COLLECTION;
+            return errors.fail(ORU_RC_NO_SUCH_COLLECTION,
+                               ("No such collection: " + std::string(address)).c_str());
         query.ranges = members->ranges;
         if (members->is_chosen)
             choose_kinds(*members->type, query);
@@ -46,7 +47,8 @@ class Cursor final : public RowTaker {
         query.where = where_->condition();
         std::string fault;
         if (!read_order(order, *members->type, query, texts_, fault))
-            return ORU_RC_NO_SUCH_ATTRIBUTE;
+            return errors.fail(ORU_RC_NO_SUCH_ATTRIBUTE,
+                               ("there is no attribute to order by: " + fault).c_str());
         read_columns(*members->type, return_defaults, query);
         scan_ = source_->store->scan(std::move(query));
         return ORU_OK;
@@ -148,8 +150,8 @@ class Cursor final : public RowTaker {
 
 }  // namespace
 
-CollectionInterface::CollectionInterface(std::shared_ptr<const Source> source)
-    : source_(std::move(source)) {
+CollectionInterface::CollectionInterface(std::shared_ptr<const Source> source, ErrorHolder &errors)
+    : source_(std::move(source)), errors_(errors) {
     table_.owner = this;
     table_.table.new_config_cursor = [](ORUCollIfc *table, ORUDoUri *uri, ORUDoNlist *attributes,
                                         ORUDoNvlist *where, ORUDoNlist *order,
@@ -167,17 +169,18 @@ CollectionInterface::CollectionInterface(std::shared_ptr<const Source> source)
 int32_t CollectionInterface::open(ORUDoUri *uri, ORUDoNlist *attributes, ORUDoNvlist *where,
                                   ORUDoNlist *order, bool return_defaults, bool is_operational,
                                   ORUDtlCursor **out_cursor) {
-    try {
+    const std::string_view address = view(oru_do_uri_get_uri_str(uri));
+    const int32_t code = errors_.guard([&]() -> int32_t {
         auto cursor = std::make_unique<Cursor>(
             source_, is_operational ? Cursor::Kind::oper : Cursor::Kind::config, attributes);
-        const int32_t code =
-            cursor->open(view(oru_do_uri_get_uri_str(uri)), where, order, return_defaults);
-        if (code == ORU_OK)
+        const int32_t result = cursor->open(address, where, order, return_defaults, errors_);
+        if (result == ORU_OK)
             *out_cursor = cursor.release()->table();
-        return code;
-    } catch (const std::exception &fault) {
-        return code_of(fault);
-    }
+        return result;
+    });
+    if (code != ORU_OK)
+        errors_.trace(address);
+    return code;
 }
 
 }  // namespace embedded

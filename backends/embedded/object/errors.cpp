@@ -1,5 +1,7 @@
 #include "errors.h"
 
+#include <oruplatform/tracelet.h>
+
 #include "store/store.h"
 
 namespace embedded {
@@ -30,6 +32,20 @@ ErrorHolder::ErrorHolder() {
 int32_t ErrorHolder::fail(int32_t code, const char *words) noexcept {
     held_ = Error(oru_do_error_new(code, words));
     return code;
+}
+
+void ErrorHolder::trace(std::string_view where) const {
+    constexpr uint32_t kFailure = 3;
+    constexpr const char *kFormats[] = {"%.*s: %s"};
+    if (tracelet_get_threshold() < kFailure || !held_)
+        return;
+    static const uint16_t module = [] {
+        uint16_t id = 0;
+        tracelet_module_init_fn("orudbal", &id, nullptr);
+        return id;
+    }();
+    tracelet_emit(kFormats, 0, module, kFailure << TRACELET_LEVEL_SHIFT,
+                  static_cast<int>(where.size()), where.data(), oru_do_error_get_msg(held_.get()));
 }
 
 int32_t ErrorHolder::fail(const std::exception &fault) noexcept {

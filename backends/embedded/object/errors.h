@@ -21,7 +21,8 @@ class ErrorHolder {
     /* Holds a new error and gives its code. Throws nothing: without memory nothing is held. */
     int32_t fail(int32_t code, const char *words) noexcept;
 
-    void hold(Error error) { held_ = std::move(error); }
+    /* Sends what is held to the tracer, at the level of failures, for those who do not ask. */
+    void trace(std::string_view where) const;
 
     /* Runs what may throw, and gives its code or that of what it threw. */
     template <typename Body>

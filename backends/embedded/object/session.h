@@ -38,6 +38,9 @@ class DataInterface {
 
     ORUDataIfc *table() { return &table_.table; }
 
+    /* What failed last in the session, cursors that did not open among it. */
+    ErrorHolder &errors() { return errors_; }
+
   private:
     using Table = OwnedTable<ORUDataIfc, DataInterface>;
 
@@ -51,10 +54,11 @@ class DataInterface {
     ErrorHolder errors_;
 };
 
-/* Cursors over the members of collections. */
+/* Cursors over the members of collections. Its table has no entry for errors: those of cursors that
+   do not open go to the holder of the session. */
 class CollectionInterface {
   public:
-    explicit CollectionInterface(std::shared_ptr<const Source> source);
+    CollectionInterface(std::shared_ptr<const Source> source, ErrorHolder &errors);
 
     ORUCollIfc *table() { return &table_.table; }
 
@@ -66,6 +70,7 @@ class CollectionInterface {
 
     Table table_;
     std::shared_ptr<const Source> source_;
+    ErrorHolder &errors_;
 };
 
 }  // namespace embedded

@@ -167,6 +167,19 @@ std::optional<Condition> Where::comparison(ORUDoNvlistItem *item, const std::str
     return condition;
 }
 
+namespace {
+
+/* One that depends on other attributes is the same as none. */
+bool has_same_default(const AttributeType &a, const AttributeType &b) {
+    if (!a.default_depends_on.empty() || !b.default_depends_on.empty())
+        return false;
+    if (!a.default_value || !b.default_value)
+        return !a.default_value && !b.default_value;
+    return oru_do_value_equals(a.default_value.get(), b.default_value.get()) != 0;
+}
+
+}  // namespace
+
 const AttributeType *common_attribute(const ResourceType &type, std::string_view name) {
     const AttributeType *common = type.find_attribute(name);
     for (const ResourceType *implementation : type.implementations) {
@@ -178,10 +191,7 @@ const AttributeType *common_attribute(const ResourceType &type, std::string_view
         const bool is_same = attribute->type == common->type &&
                              attribute->is_many == common->is_many &&
                              attribute->secrecy == common->secrecy;
-        const bool has_same_default = attribute->default_depends_on.empty() &&
-                                      common->default_depends_on.empty() &&
-                                      !attribute->default_value && !common->default_value;
-        if (attribute != common && (!is_same || !has_same_default))
+        if (attribute != common && (!is_same || !has_same_default(*attribute, *common)))
             return nullptr;
     }
     return common;
