@@ -185,8 +185,11 @@ class Checker {
     void check_value(const Draft &draft, const AttributeType &attribute, ORUMdAttrMeta *record,
                      const Value &value) {
         ORUDoProperties *const props = draft.after.props.get();
-        const int32_t code =
+        int32_t code =
             record != nullptr ? oru_md_eval_attr_constraint(record, value.get(), props) : ORU_OK;
+        // the library takes a value of the elements' type, too
+        if (code == ORU_OK && attribute.is_many && oru_do_value_is_array(value.get()) == 0)
+            code = ORU_RC_TYPE_COMPATIBILITY;
         if (code != ORU_OK)
             return fault(draft, code, attribute.name, {}, expectation(attribute, code, props),
                          shown(attribute, value.get()));

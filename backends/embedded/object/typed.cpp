@@ -143,7 +143,8 @@ Value in_type_of(const AttributeType &attribute, ORUDoValue *value) {
     const ValueList elements =
         map_list(oru_do_value_get_array(value, &status),
                  [&](ORUDoValue *element) { return in_type(attribute.type, type, element); });
-    return made<Value>(oru_do_value_new_array(elements.get()));
+    // the wire form keeps the name of the elements' type with the array
+    return named(made<Value>(oru_do_value_new_array(elements.get())), attribute.type_name);
 }
 
 namespace {
