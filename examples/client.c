@@ -15,10 +15,9 @@ static const char vlans[] =
     "<vlan uri='//locations;locationId=global?vlans' mr='com.example.network:1.0/Vlan'>"
     "<id/><name/><description/></vlan>";
 
-static int fail(const char *what, int32_t rc, ORUDoError *error) {
-    const char *words = error != NULL ? oru_do_error_get_msg(error) : NULL;
-    fprintf(stderr, "%s: %s (%d)\n", what, words != NULL ? words : oru_do_get_err_msg(rc), rc);
-    return 1;
+/* Why the start or a session was refused, and what is wrong with a document. */
+static void print_reason(void *what, ORUDoError *error) {
+    fprintf(stderr, "%s: %s\n", (const char *)what, oru_do_error_get_msg(error));
 }
 
 /* ---- Reading ---- */
@@ -65,25 +64,26 @@ static int32_t print_batches(ORUEmbeddedSession *session, ORUDtlCtx *ctx, ORUDoN
     return rc;
 }
 
-static int walk(ORUEmbeddedSession *session, const char *file) {
+static int32_t walk(ORUEmbeddedSession *session, const char *file) {
     ORUDoError *error = NULL;
     oru_md_rdlock(); /* the document is checked against the model */
     ORUDtlNode *document =
         file != NULL ? oru_dtl_from_file(file, &error) : oru_dtl_from_str(vlans, &error);
     oru_md_unlock();
-    int status = error != NULL || document == NULL ? fail("document", ORU_RC_GENERAL, error) : 0;
-    if (document != NULL) {
+    int32_t rc = ORU_RC_GENERAL;
+    if (error != NULL) {
+        print_reason("document", error);
+    } else {
         ORUDoNvlist *params = oru_do_nvlist_new(); /* values for $ in the document */
         ORUDtlCtx *ctx = oru_dtl_ctx_new(document, session->data, session->coll);
-        int32_t rc = print_batches(session, ctx, params);
-        if (rc != ORU_RC_NO_MORE_VALUE)
-            status = fail("walk", rc, NULL);
+        rc = print_batches(session, ctx, params);
+        printf("%s\n", oru_do_get_err_msg(rc));
         oru_dtl_ctx_delete(ctx);
         oru_do_nvlist_deref(params);
     }
     oru_dtl_tree_delete(document);
     oru_do_error_deref(error);
-    return status;
+    return rc;
 }
 
 /* ---- Changing ---- */
@@ -160,20 +160,20 @@ int main(int argc, char **argv) {
     ORUEmbeddedOptions options = {.size = sizeof options,
                                   .database = argv[1],
                                   .model_dir = argv[2],
-                                  .root_type = "com.example.network:1.0/System"};
-    int32_t rc = oru_lib_init(NULL, 0, &options);
-    if (rc != ORU_OK)
-        return fail(argv[2], rc, NULL);
+                                  .root_type = "com.example.network:1.0/System",
+                                  .report = print_reason,
+                                  .report_context = argv[0]};
+    if (oru_lib_init(NULL, 0, &options) != ORU_OK)
+        return 1;
 
     ORUEmbeddedSession *session = NULL;
     ORUDoNvlist *params = oru_do_nvlist_new();
     oru_do_nvlist_add_string(params, "user", "client"); /* who the commits are recorded for */
-    rc = (int32_t)oru_cl_session_open(params, (intptr_t)&session, 0);
+    int status = oru_cl_session_open(params, (intptr_t)&session, 0) != ORU_OK;
     oru_do_nvlist_deref(params);
-    int status = rc == ORU_OK ? 0 : fail(argv[1], rc, NULL);
-    if (rc == ORU_OK) {
+    if (status == 0) {
         status |= change(session) != ORU_OK;
-        status |= walk(session, argc > 3 ? argv[3] : NULL);
+        status |= walk(session, argc > 3 ? argv[3] : NULL) != ORU_RC_NO_MORE_VALUE;
         status |= bad_change(session) == ORU_OK;
         oru_cl_session_close((intptr_t)session, 0, 0, 0, 0, 0);
     }

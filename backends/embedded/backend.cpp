@@ -1,12 +1,12 @@
 /* The entry points that the library looks up. */
-#include <algorithm>
-#include <cstring>
 #include <memory>
 #include <mutex>
 
 #include "object/change.h"
 #include "object/secrets.h"
 #include "oruembedded.h"
+#include "report.h"
+#include "start.h"
 #include "store/sqlite_store.h"
 
 using namespace embedded;
@@ -22,6 +22,7 @@ namespace {
 
 /* What all sessions of the process share. */
 struct BackEnd {
+    Report report;
     SqliteOptions store;
     std::string root_type;
     std::string location;
@@ -35,50 +36,6 @@ std::unique_ptr<BackEnd> back_end;
 
 std::string text_or(const char *text, const char *other) {
     return text != nullptr && text[0] != '\0' ? text : other;
-}
-
-/* The pools of the library can be sized before the first object is made, and once. */
-void size_pools(intptr_t elements) {
-    static std::once_flag once;
-    if (elements <= 0)
-        return;
-    std::call_once(once, [elements] {
-        init_chunk_poolheap_oru_do_name(elements, 0);
-        init_chunk_poolheap_oru_do_value(elements, 0);
-        init_chunk_poolheap_oru_do_value_sml_misc(elements, 0);
-        init_chunk_poolheap_oru_do_value_misc(elements, 0);
-        init_chunk_poolheap_oru_do_uri(elements, 0);
-        init_chunk_poolheap_oru_do_uri_sml_misc(elements, 0);
-        init_chunk_poolheap_oru_do_uri_misc(elements, 0);
-        init_chunk_poolheap_oru_do_nlist_item(elements, 0);
-        init_chunk_poolheap_oru_do_nvlist_item(elements, 0);
-        init_chunk_poolheap_oru_do_vlist(elements, 0);
-        init_chunk_poolheap_oru_do_vlist_item(elements, 0);
-        init_chunk_poolheap_oru_do_vtable_item(elements, 0);
-        init_chunk_poolheap_oru_do_dtree(elements, 0);
-        init_chunk_poolheap_oru_do_properties(elements, 0);
-        init_chunk_poolheap_oru_do_property(elements, 0);
-        init_chunk_poolheap_oru_do_strbuf(elements, 0);
-        init_chunk_poolheap_oru_do_strbuf_misc(elements, 0);
-        init_chunk_poolheap_oru_do_error(elements, 0);
-        init_chunk_poolheap_oru_do_config_op(elements, 0);
-        init_chunk_poolheap_oru_do_config_ops(elements, 0);
-    });
-}
-
-int32_t load_model(const ORUEmbeddedOptions &options, const std::string &root_type) {
-    if (options.model_dir != nullptr) {
-        ORUMdPkgBundle *bundle = nullptr;
-        const std::string folder = std::string(options.model_dir) + "/";
-        const int32_t code = oru_md_load_dir(folder.c_str(), "", ".oru2d", &bundle);
-        if (code != ORU_OK)
-            return code;
-    }
-    // the library keeps the address of the text
-    static std::string root;
-    root = root_type;
-    oru_md_set_root_mr_type(root.c_str());
-    return ORU_OK;
 }
 
 class Session {
@@ -151,8 +108,9 @@ class Session {
     CollectionInterface collection_;
 };
 
-void start(const ORUEmbeddedOptions &options) {
+void start(const ORUEmbeddedOptions &options, const Report &report) {
     auto started = std::make_unique<BackEnd>();
+    started->report = report;
     started->root_type = options.root_type;
     started->location = text_or(options.location, oru_get_default_root_uri_str());
     started->store.path = text_or(options.database, "");
@@ -171,39 +129,30 @@ void start(const ORUEmbeddedOptions &options) {
     back_end = std::move(started);
 }
 
-/* The options of a caller, whose record may be shorter or longer than ours. */
-ORUEmbeddedOptions options_at(const void *given) {
-    ORUEmbeddedOptions options = {};
-    size_t size = 0;
-    if (given == nullptr)
-        return options;
-    std::memcpy(&size, given, sizeof size);
-    std::memcpy(&options, given, std::min(size, sizeof options));
-    return options;
-}
-
+/* Runs what may throw, and gives 0 or the code of what it threw, after that was told. */
 template <typename Body>
-int32_t guarded(Body body) {
+int32_t guarded(Report &report, Body body) {
     try {
-        return body();
+        body();
+        return ORU_OK;
     } catch (const std::exception &fault) {
-        return code_of(fault);
+        return report.tell(fault);
     }
 }
 
 }  // namespace
 
 int32_t _oru_lib_init(intptr_t, void *backend_ctx) {
-    return guarded([&]() -> int32_t {
+    Report report;
+    return guarded(report, [&] {
         const ORUEmbeddedOptions options = options_at(backend_ctx);
+        report = Report(options);
         if (options.root_type == nullptr)
-            return ORU_RC_GENERAL;
+            throw Refusal(ORU_RC_GENERAL, "the options have no root type");
         size_pools(options.pool_elements);
         const std::lock_guard lock(mutex);
-        const int32_t code = load_model(options, options.root_type);
-        if (code == ORU_OK)
-            start(options);
-        return code;
+        load_model(options);
+        start(options, report);
     });
 }
 
@@ -214,17 +163,19 @@ intptr_t _oru_lib_shutdown(void) {
 }
 
 intptr_t _oru_cl_session_open(ORUDoNvlist *params, intptr_t out_session, intptr_t) {
-    return guarded([&]() -> int32_t {
+    Report report;
+    return guarded(report, [&] {
         const std::lock_guard lock(mutex);
         if (back_end == nullptr)
-            return ORU_RC_CLOSE_IFC;
+            throw Refusal(ORU_RC_CLOSE_IFC, "the back end is not started");
+        report = back_end->report;
         if (back_end->model == nullptr)
             back_end->model = Model::take(back_end->root_type.c_str());
         if (back_end->model == nullptr)
-            return ORU_RC_METADATA;
+            throw Refusal(ORU_RC_METADATA,
+                          "the metadata of the process has no resource " + back_end->root_type);
         auto session = std::make_unique<Session>(*back_end, params);
         *reinterpret_cast<ORUEmbeddedSession **>(out_session) = session.release()->lent();
-        return ORU_OK;
     });
 }
 

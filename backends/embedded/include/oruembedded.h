@@ -46,6 +46,16 @@ typedef struct ORUEmbeddedOptions {
     uint32_t keep_commits;  /* an old commit is forgotten when there are this many newer ones, */
     uint32_t keep_seconds;  /* and it is this old; 0: 1,000 and 3,600 */
     intptr_t pool_elements; /* elements in each pool of the library; 0: no pools */
+
+    /*
+     * Is told why this start or a session of it was refused: with the code that the call gives, and
+     * words with the file and what the system said. The error is lent. Called on the thread of the
+     * call before that returns, which may be several at once; `context` is `report_context`, which
+     * lives until the next start or the shutdown. Null: nobody. The words are traced at level 3,
+     * too.
+     */
+    void (*report)(void *context, ORUDoError *error);
+    void *report_context;
 } ORUEmbeddedOptions;
 
 /* ---- Sessions ---- */

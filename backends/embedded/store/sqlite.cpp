@@ -1,5 +1,7 @@
 #include "sqlite.h"
 
+#include <system_error>
+
 namespace embedded {
 
 namespace {
@@ -26,12 +28,23 @@ StoreFault::Kind kind_of(int result) {
     }
 }
 
+/* What the engine says, and behind it what the system said where that is the cause. */
+std::string words_of(sqlite3 *database, int result) {
+    if (database == nullptr)
+        return sqlite3_errstr(result);
+    std::string words = sqlite3_errmsg(database);
+    const bool is_of_system = (result & 0xff) == SQLITE_CANTOPEN || (result & 0xff) == SQLITE_IOERR;
+    const int error = is_of_system ? sqlite3_system_errno(database) : 0;
+    if (error != 0)
+        words += ": " + std::generic_category().message(error);
+    return words;
+}
+
 /* Throws what the engine's last result means. */
 [[noreturn]] void fail(sqlite3 *database, int result) {
     if ((result & 0xff) == SQLITE_NOMEM)
         throw std::bad_alloc();
-    throw StoreFault(kind_of(result),
-                     database != nullptr ? sqlite3_errmsg(database) : sqlite3_errstr(result));
+    throw StoreFault(kind_of(result), words_of(database, result));
 }
 
 }  // namespace
