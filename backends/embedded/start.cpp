@@ -55,11 +55,28 @@ void load_folder(const char *folder) {
         throw Refusal(code, std::string(folder) + ": " + oru_do_get_err_msg(code));
 }
 
+void load_bundles(const char *const *names) {
+    // the library would drop the metadata that there is
+    if (names[0] == nullptr || names[0][0] == '\0')
+        throw Refusal(ORU_RC_GENERAL, "the list of bundles is empty");
+    const int32_t code = oru_md_load_pkg_list(names, nullptr, nullptr);
+    if (code == ORU_OK)
+        return;
+    std::string words = "bundles";
+    for (const char *const *name = names; *name != nullptr; name++)
+        words += std::string(name == names ? " " : ", ") + *name;
+    throw Refusal(code, words + ": " + oru_do_get_err_msg(code));
+}
+
 }  // namespace
 
 void load_model(const ORUEmbeddedOptions &options) {
+    if (options.model_dir != nullptr && options.bundles != nullptr)
+        throw Refusal(ORU_RC_GENERAL, "the model is a folder or bundles, not both");
     if (options.model_dir != nullptr)
         load_folder(options.model_dir);
+    if (options.bundles != nullptr)
+        load_bundles(options.bundles);
     // the library keeps the address of the text
     static std::string root;
     root = options.root_type;

@@ -36,7 +36,8 @@ enum {
 typedef struct ORUEmbeddedOptions {
     size_t size;           /* of this record */
     const char *database;  /* the file; null or empty: in memory, gone with the process */
-    const char *model_dir; /* a folder of packages; null: the process has loaded the metadata */
+    const char *model_dir; /* a folder of packages, read unless the process has metadata already;
+                              null: see `bundles` */
     const char *root_type; /* the qualified name of the type of the root; required */
     const char *location;  /* the address of the root; null: `oru_get_default_root_uri_str` */
     const char *key_file;  /* the key for secrets that are read back, made when it is missing; null:
@@ -56,6 +57,16 @@ typedef struct ORUEmbeddedOptions {
      */
     void (*report)(void *context, ORUDoError *error);
     void *report_context;
+
+    /*
+     * In place of `model_dir`, a null-terminated list of folders: at each start they are made the
+     * active bundles by `oru_md_load_pkg_list`, so that bundle B is what lies in
+     * "B/usr/halden/etc/oru2d", and a later start with another list changes what is loaded. Lent
+     * for the start. A list that fails gives the code of that call, and leaves no metadata. Both,
+     * and an empty list: 10000, and the metadata stay as they are. Neither: the process loads them
+     * before its first session.
+     */
+    const char *const *bundles;
 } ORUEmbeddedOptions;
 
 /* ---- Sessions ---- */

@@ -54,6 +54,25 @@ class EmbeddedStart : public testing::Test {
         return code;
     }
 
+    /* The sample packages whose names end like this, as a bundle. */
+    std::string make_bundle(const std::string &name, const std::string &end) {
+        for (const auto &entry : std::filesystem::directory_iterator(NETWORK_PACKAGES)) {
+            const std::string file = entry.path().filename();
+            if (!file.ends_with(end) || (end == ".oru2d" && file.ends_with("-lib.oru2d")))
+                continue;
+            folder.write(name + "/usr/halden/etc/oru2d/" + file, "");
+            std::filesystem::copy_file(entry.path(),
+                                       folder.file(name + "/usr/halden/etc/oru2d/" + file),
+                                       std::filesystem::copy_options::overwrite_existing);
+        }
+        return folder.file(name);
+    }
+
+    static bool has_type(const char *name) {
+        const MetadataLock lock;
+        return oru_md_get_mr_meta_by_name(name) != nullptr;
+    }
+
     oru::test::Folder folder;
     Texts told;
 };
@@ -63,6 +82,10 @@ class EmbeddedStart : public testing::Test {
 TEST_F(EmbeddedStart, OlderRecordsEndBeforeTheirFields) {
     ORUEmbeddedOptions with = options();
     with.model_dir = NETWORK_PACKAGES;
+    with.bundles = reinterpret_cast<const char *const *>(1);
+    with.size = offsetof(ORUEmbeddedOptions, bundles);
+    EXPECT_EQ(start(with), ORU_OK);
+    EXPECT_EQ(open_and_close(), ORU_OK);
     with.report = [](void *, ORUDoError *) { std::abort(); };
     with.root_type = "com.example.network:1.0/Nobody";
     with.size = offsetof(ORUEmbeddedOptions, report);
@@ -82,7 +105,76 @@ TEST_F(EmbeddedStart, NewerRecordsMayBeLonger) {
     EXPECT_EQ(open_and_close(), ORU_OK);
 }
 
-/* ---- Reasons ---- */
+/* ---- Bundles ---- */
+
+TEST_F(EmbeddedStart, BundlesHoldTheModel) {
+    const std::string lib = make_bundle("lib", "-lib.oru2d");
+    const std::string impl = make_bundle("impl", ".oru2d");
+    const char *const bundles[] = {lib.c_str(), impl.c_str(), nullptr};
+    ORUEmbeddedOptions with = options();
+    with.bundles = bundles;
+    EXPECT_EQ(start(with), ORU_OK);
+    EXPECT_EQ(open_and_close(), ORU_OK);
+    EXPECT_EQ(start(with), ORU_OK);  // they are there already
+    EXPECT_EQ(open_and_close(), ORU_OK);
+    EXPECT_EQ(told, Texts());
+}
+
+TEST_F(EmbeddedStart, AnotherListChangesWhatIsLoaded) {
+    const std::string lib = make_bundle("lib", "-lib.oru2d");
+    const std::string impl = make_bundle("impl", ".oru2d");
+    folder.write("more/usr/halden/etc/oru2d/more.oru2d",
+                 oru::test::lib_package(oru::test::resources(oru::test::resource("More", "")),
+                                        "com.example.more"));
+    const std::string more = folder.file("more");
+    const char *const all[] = {lib.c_str(), impl.c_str(), more.c_str(), nullptr};
+    const char *const without[] = {lib.c_str(), impl.c_str(), nullptr};
+    ORUEmbeddedOptions with = options();
+    for (const auto *const list : {without, all, without}) {
+        with.bundles = list;
+        EXPECT_EQ(start(with), ORU_OK);
+        EXPECT_EQ(has_type("com.example.more:1.0/More"), list == all);
+        EXPECT_EQ(open_and_close(), ORU_OK);
+    }
+}
+
+TEST_F(EmbeddedStart, BundleWithoutPackagesFails) {
+    const std::string lib = make_bundle("lib", "-lib.oru2d");
+    const char *const bundles[] = {lib.c_str(), "/nowhere", nullptr};
+    ORUEmbeddedOptions with = options();
+    with.bundles = bundles;
+    EXPECT_EQ(start(with), ORU_RC_FILE_NOT_FOUND);
+    EXPECT_EQ(told, Texts{"10004 bundles " + lib +
+                          ", /nowhere: " + oru_do_get_err_msg(ORU_RC_FILE_NOT_FOUND)});
+    EXPECT_EQ(open_and_close(), ORU_RC_CLOSE_IFC);
+}
+
+TEST_F(EmbeddedStart, FolderAndBundlesAreOneTooMany) {
+    const char *const bundles[] = {"/nowhere", nullptr};
+    ORUEmbeddedOptions with = options();
+    with.model_dir = NETWORK_PACKAGES;
+    EXPECT_EQ(start(with), ORU_OK);
+    with.bundles = bundles;
+    EXPECT_EQ(start(with), ORU_RC_GENERAL);
+    EXPECT_EQ(told, Texts{"10000 the model is a folder or bundles, not both"});
+    EXPECT_TRUE(has_type(with.root_type));
+}
+
+TEST_F(EmbeddedStart, EmptyListLeavesTheMetadata) {
+    ORUEmbeddedOptions with = options();
+    with.model_dir = NETWORK_PACKAGES;
+    EXPECT_EQ(start(with), ORU_OK);
+    with.model_dir = nullptr;
+    const char *const none[] = {nullptr};
+    const char *const unnamed[] = {"", nullptr};
+    for (const auto *const list : {none, unnamed}) {
+        with.bundles = list;
+        told.clear();
+        EXPECT_EQ(start(with), ORU_RC_GENERAL);
+        EXPECT_EQ(told, Texts{"10000 the list of bundles is empty"});
+        EXPECT_TRUE(has_type(with.root_type));
+    }
+}
 
 TEST_F(EmbeddedStart, ProcessMayLoadTheMetadataItself) {
     EXPECT_EQ(start(options()), ORU_OK);
@@ -92,6 +184,8 @@ TEST_F(EmbeddedStart, ProcessMayLoadTheMetadataItself) {
     EXPECT_EQ(oru_md_load_dir(NETWORK_PACKAGES, "", ".oru2d", nullptr), ORU_OK);
     EXPECT_EQ(open_and_close(), ORU_OK);
 }
+
+/* ---- Reasons ---- */
 
 TEST_F(EmbeddedStart, FileThatIsNoDatabaseIsNamed) {
     const std::string file = folder.file("text");
@@ -153,6 +247,17 @@ TEST_F(EmbeddedStart, DatabaseOfAnotherLocationIsTold) {
     EXPECT_EQ(open_and_close(), ORU_RC_DATABASE);
     EXPECT_EQ(told, Texts{"15 " + file +
                           ": the database is that of another location: //locations;locationId=7"});
+}
+
+TEST_F(EmbeddedStart, LockedDatabaseIsTold) {
+    const std::string file = folder.file("network.db");
+    Connection other(file);
+    const Transaction transaction(other, Transaction::Aim::write);
+    ORUEmbeddedOptions with = options_for(file);
+    with.busy_milliseconds = 20;
+    EXPECT_EQ(start(with), ORU_OK);
+    EXPECT_EQ(open_and_close(), ORU_RC_RESOURCE_LOCKED);
+    EXPECT_EQ(told, Texts{"104 " + file + ": database is locked"});
 }
 
 TEST_F(EmbeddedStart, OptionsWithoutARootAreTold) {
