@@ -4,9 +4,11 @@
     load_test.py ORUCTL NETWORK NODES
 """
 
+import contextlib
 import json
 import os
 import random
+import sqlite3
 
 from database import DATA, HOSTILE, NODES, Database, main
 
@@ -188,7 +190,7 @@ class Hostile(Database):
 class Files(Database):
     def test_what_is_no_database_is_refused_and_left_as_it_was(self):
         self.write("net.db", "text")
-        self.fails("load", DATA, errors=["oructl: net.db: is no database"])
+        self.fails("load", DATA, errors=["oructl: net.db: file is not a database (15)"])
         with open(self.path("net.db"), encoding="utf-8") as file:
             self.assertEqual(file.read(), "text")
         self.fails("load", DATA, "--db", ".", errors=["oructl: .: no file"])
@@ -196,6 +198,17 @@ class Files(Database):
                    errors=["oructl: no/net.db: there is no folder " + self.path("no")])
         self.fails("export", "--db", "none.db", errors=[
             "oructl: none.db: there is no such database; oructl load makes one"])
+
+    def test_databases_of_others_are_told_apart(self):
+        self.does("load", DATA, "--db", "newer.db")
+        for file, change, words in (
+                ("other.db", "CREATE TABLE other (x)", "the file is a database of another program"),
+                ("newer.db", "PRAGMA user_version = 99",
+                 "the database was written by a newer version of this program")):
+            with contextlib.closing(sqlite3.connect(self.path(file))) as connection:
+                connection.execute(change)
+            for command in (["export"], ["get", "/"], ["load", DATA], ["delete", "/links;id=L1"]):
+                self.fails(*command, "--db", file, errors=[f"oructl: {file}: {words} (15)"])
 
     def test_a_damaged_database_is_told(self):
         self.load()

@@ -5,9 +5,7 @@
 #include <unistd.h>
 
 #include <cstdlib>
-#include <cstring>
 #include <filesystem>
-#include <fstream>
 
 #include "addresses.h"
 #include "fault_words.h"
@@ -52,7 +50,7 @@ ORUMdMrMeta *choose_root(const Model &model, const std::string &name) {
                                : "the model has no resource " + in_quotes(name));
 }
 
-// True when the file is there, and may be a database.
+// True when there is such a file, which the back end has a look into.
 bool check_file(const std::string &file) {
     std::error_code code;
     const auto status = std::filesystem::status(file, code);
@@ -64,14 +62,6 @@ bool check_file(const std::string &file) {
     }
     if (!std::filesystem::is_regular_file(status))
         throw Failure(file + ": no file");
-    constexpr char kHead[] = "SQLite format 3";
-    char head[sizeof kHead] = {};
-    std::ifstream stream(file, std::ios::binary);
-    if (!stream)
-        throw Failure(file + ": cannot be read");
-    stream.read(head, sizeof head);
-    if (stream.gcount() != 0 && std::memcmp(head, kHead, sizeof head) != 0)
-        throw Failure(file + ": is no database");
     return true;
 }
 
@@ -84,25 +74,29 @@ std::string choose_file(const std::string &file, Missing missing) {
     return "";
 }
 
-void check_code(const std::string &file, int32_t code) {
-    if (code != ORU_OK)
-        throw Failure(file + ": cannot be opened as a database (" + oru_do_get_err_msg(code) + ")");
-}
-
-ORUEmbeddedSession *open_session(const DatabaseOptions &options) {
+ORUEmbeddedSession *open_session(const DatabaseOptions &options, const Refusal &refusal) {
     const auto params = made<NameValueList>(oru_do_nvlist_new());
     const std::string user = options.user.empty() ? user_of_process() : options.user;
     oru_do_nvlist_add_string(params.get(), "user", user.c_str());
     if (options.show_secrets)
         oru_do_nvlist_add_string(params.get(), "secrets", "show");
     ORUEmbeddedSession *session = nullptr;
-    const auto code = static_cast<int32_t>(
-        oru_cl_session_open(params.get(), reinterpret_cast<intptr_t>(&session), 0));
-    check_code(options.file, code);
+    refusal.check(static_cast<int32_t>(
+        oru_cl_session_open(params.get(), reinterpret_cast<intptr_t>(&session), 0)));
     return session;
 }
 
 }  // namespace
+
+void Refusal::report(void *refusal, ORUDoError *error) {
+    static_cast<Refusal *>(refusal)->words_ = oru_do_error_get_msg(error);
+}
+
+void Refusal::check(int32_t code) const {
+    if (code != ORU_OK)
+        throw Failure((words_.empty() ? oru_do_get_err_msg(code) : words_) + " (" +
+                      std::to_string(code) + ")");
+}
 
 void add_database_options(CLI::App *command, DatabaseOptions &options) {
     command->add_option("--db", options.file, "file of the database")
@@ -131,8 +125,10 @@ Database::Database(const DatabaseOptions &options, Missing missing) : model_(opt
     with.size = sizeof with;
     with.database = file.c_str();
     with.root_type = root_name.c_str();
-    check_code(options.file, oru_lib_init(nullptr, 0, &with));
-    session_ = open_session(options);
+    with.report = Refusal::report;
+    with.report_context = &refusal_;
+    refusal_.check(oru_lib_init(nullptr, 0, &with));
+    session_ = open_session(options, refusal_);
 }
 
 Database::~Database() {

@@ -30,6 +30,18 @@ struct DatabaseOptions {
 // The options that every command on a database has.
 void add_database_options(CLI::App *command, DatabaseOptions &options);
 
+// Why the back end refused a start or a session.
+class Refusal {
+  public:
+    static void report(void *refusal, ORUDoError *error);
+
+    // Throws `Failure` for any other code than 0.
+    void check(int32_t code) const;
+
+  private:
+    std::string words_;
+};
+
 // What is done about a file that is not there.
 enum class Missing { fault, make, pretend };
 
@@ -58,6 +70,7 @@ class Database {
 
   private:
     Model model_;
+    Refusal refusal_;
     ORUMdMrMeta *root_ = nullptr;
     ORUEmbeddedSession *session_ = nullptr;
 };
