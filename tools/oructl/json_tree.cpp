@@ -47,6 +47,7 @@ bool stops_before(std::string_view fault) {
 struct JsonTree::Builder {
     JsonTree &tree;
     const SourceText &source;
+    const TakeElement &take;
     yajl_handle_t *handle = nullptr;
 
     // An object or array that is not closed yet, with its last member.
@@ -57,6 +58,14 @@ struct JsonTree::Builder {
     std::vector<Open> open{};
     std::string_view key{};
     size_t key_begin = 0;
+
+    // What there was before the element of a list.
+    struct Mark {
+        size_t nodes = 0;
+        size_t texts = 0;
+        JsonNode *last = nullptr;
+    };
+    Mark mark{};
 
     size_t position() const { return yajl_get_bytes_consumed(handle); }
 
@@ -92,15 +101,36 @@ struct JsonTree::Builder {
                 position() - 1, "nested deeper than " + std::to_string(kMaxNesting) + " levels");
             return 0;
         }
+        if (is_in_list())
+            mark = {tree.nodes_.size(), tree.texts_.size(), open.back().last};
         JsonNode &node = add(kind, position() - 1);
         open.push_back({&node, nullptr});
         return 1;
     }
 
     int end() {
-        open.back().node->end = position();
+        JsonNode &node = *open.back().node;
+        node.end = position();
         open.pop_back();
+        if (take && is_in_list() && take(*open.back().node, node))
+            forget_element();
         return 1;
+    }
+
+    bool is_in_list() const {
+        return open.size() == 2 && open[1].node->kind == JsonNode::kArray &&
+               open[0].node->kind == JsonNode::kObject && open[0].node->first == open[1].node;
+    }
+
+    void forget_element() {
+        while (tree.nodes_.size() > mark.nodes)
+            tree.nodes_.pop_back();
+        while (tree.texts_.size() > mark.texts)
+            tree.texts_.pop_back();
+        auto &[list, last] = open.back();
+        last = mark.last;
+        (last != nullptr ? last->next : list->first) = nullptr;
+        list->is_split = true;
     }
 
     static Builder &of(void *context) { return *static_cast<Builder *>(context); }
@@ -142,7 +172,7 @@ struct JsonTree::Builder {
     }
 };
 
-JsonTree::JsonTree(const SourceText &source) {
+JsonTree::JsonTree(const SourceText &source, TakeElement take) {
     static constexpr yajl_callbacks kEvents = {
         Builder::on_null,
         Builder::on_boolean,
@@ -156,7 +186,7 @@ JsonTree::JsonTree(const SourceText &source) {
         Builder::on_start_array,
         Builder::on_end,
     };
-    Builder builder{*this, source};
+    Builder builder{*this, source, take};
     const Handle handle(yajl_alloc(&kEvents, nullptr, &builder));
     if (!handle)
         throw std::bad_alloc();

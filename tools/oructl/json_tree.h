@@ -3,6 +3,7 @@
 #define ORU_TOOLS_ORUCTL_JSON_TREE_H
 
 #include <deque>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -23,13 +24,19 @@ struct JsonNode {
     size_t key_begin = 0;
     const JsonNode *first = nullptr;  // member or element
     const JsonNode *next = nullptr;
+    bool is_split = false;  // elements of it were taken as they came
 };
+
+// Takes an element of a list, which goes when this returns. False leaves it in the tree.
+using TakeElement = std::function<bool(const JsonNode &list, const JsonNode &element)>;
 
 // The documents of a source, one behind the other. Comments are allowed. A fault ends the reading:
 // no JSON, a document that nests deeper than the library reads, a source without any document.
 class JsonTree {
   public:
-    explicit JsonTree(const SourceText &source);
+    // `take` gets the objects and arrays of an array that is the first member of its document, so
+    // that there is no tree of a long list.
+    explicit JsonTree(const SourceText &source, TakeElement take = nullptr);
     JsonTree(const JsonTree &) = delete;
     JsonTree &operator=(const JsonTree &) = delete;
 

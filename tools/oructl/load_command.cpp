@@ -1,6 +1,4 @@
 // `oructl load`: properties lists into a database.
-#include <unistd.h>
-
 #include <cstdio>
 #include <memory>
 
@@ -10,6 +8,7 @@
 #include "load_read.h"
 #include "model_words.h"
 #include "operations.h"
+#include "progress.h"
 
 namespace oructl {
 namespace {
@@ -21,46 +20,19 @@ struct Arguments {
     bool is_dry_run = false;
 };
 
-// How far a long load is, for somebody who looks on.
-class Progress {
-  public:
-    explicit Progress(size_t all) : all_(all), is_shown_(isatty(STDERR_FILENO) != 0) {}
-    ~Progress() { clear(); }
-    Progress(const Progress &) = delete;
-    Progress &operator=(const Progress &) = delete;
-
-    void tell(const char *what, size_t done) {
-        constexpr size_t kStep = 500;
-        if (!is_shown_ || (done % kStep != 0 && done != all_))
-            return;
-        std::fprintf(stderr, "\r\033[K%s %zu of %zu resources", what, done, all_);
-        is_told_ = true;
-    }
-
-    void clear() {
-        if (is_told_)
-            std::fputs("\r\033[K", stderr);
-        is_told_ = false;
-    }
-
-  private:
-    size_t all_;
-    bool is_shown_;
-    bool is_told_ = false;
-};
-
 class Load {
   public:
-    Load(const Database &database, const Arguments &arguments, const LoadedFiles &files)
-        : database_(database),
-          arguments_(arguments),
-          files_(files),
-          progress_(files.resources.size()) {}
+    Load(const Database &database, const Arguments &arguments, LoadedFiles &files,
+         Progress &progress)
+        : database_(database), arguments_(arguments), files_(files), progress_(progress) {}
 
     int run() {
-        for (const LoadedResource &resource : files_.resources) {
+        for (LoadedResource &resource : files_.resources) {
             add(resource);
-            progress_.tell("reading", ++read_);
+            resource = {};  // the change has what is left of it
+            ++looked_at_;
+            if (progress_.is_due())
+                progress_.show("looking up " + far());
             if (change_.size() == arguments_.batch && !commit())
                 return kFaults;
         }
@@ -90,7 +62,7 @@ class Load {
             add_keys(*type, resource.address, resource.props.get());
         change_.create(resource.address, resource.type, resource.props.get());
     } catch (const Failure &failure) {
-        faults_.push_back(resource.source->fault(resource.offset, failure.what()));
+        faults_.push_back(files_.fault(resource, failure.what()));
     }
 
     // Null for one that the model does not have, which the commit tells.
@@ -102,7 +74,9 @@ class Load {
     bool commit() {
         if (!faults_.empty())
             return true;
-        progress_.tell("writing", read_);
+        constexpr size_t kMany = 2000;
+        if (change_.size() >= kMany || progress_.is_due())
+            progress_.show("writing " + far());
         uint32_t flags = ORU_EMBEDDED_SYSTEM;
         if (arguments_.is_dry_run)
             flags |= ORU_EMBEDDED_DRY_RUN;
@@ -120,6 +94,10 @@ class Load {
         return true;
     }
 
+    std::string far() const {
+        return std::to_string(looked_at_) + " of " + count_of(files_.resources.size(), "resource");
+    }
+
     // What came before a fault stays.
     void tell_written() const {
         const size_t written = created_ + updated_;
@@ -132,26 +110,28 @@ class Load {
 
     const Database &database_;
     const Arguments &arguments_;
-    const LoadedFiles &files_;
-    Progress progress_;
+    LoadedFiles &files_;
+    Progress &progress_;
     Change change_;
     std::vector<Fault> faults_;
-    size_t read_ = 0;
+    size_t looked_at_ = 0;
     size_t updates_ = 0;  // in the change
     size_t created_ = 0;
     size_t updated_ = 0;
 };
 
 int run(const Arguments &arguments) {
-    const LoadedFiles files = read_resources(arguments.files);
+    Progress progress;
+    LoadedFiles files = read_resources(arguments.files, progress);
     if (!files.faults.empty()) {
+        progress.clear();
         print(stderr, files.faults);
         std::fprintf(stderr, "nothing was written\n");
         return kFaults;
     }
     const Database database(arguments.database,
                             arguments.is_dry_run ? Missing::pretend : Missing::make);
-    return Load(database, arguments, files).run();
+    return Load(database, arguments, files, progress).run();
 }
 
 }  // namespace

@@ -27,12 +27,15 @@ std::string text_in(ORUDoProperties *props, const char *name) {
 
 class Reader {
   public:
-    explicit Reader(LoadedFiles &files) : files_(files) {}
+    Reader(LoadedFiles &files, Progress &progress) : files_(files), progress_(progress) {}
 
     void read(const std::string &file) {
-        source_ =
-            files_.sources.emplace_back(std::make_unique<SourceText>(SourceText::read(file))).get();
-        const JsonTree tree(*source_);
+        const SourceText source = SourceText::read(file);
+        source_ = &source;
+        files_.names.push_back(file);
+        const JsonTree tree(source, [this](const JsonNode &list, const JsonNode &element) {
+            return take(list, element);
+        });
         for (const JsonNode *document : tree.documents())
             read_document(*document);
         if (tree.fault())
@@ -44,31 +47,51 @@ class Reader {
         files_.faults.push_back(source_->fault(offset, words));
     }
 
+    static bool is_list(const JsonNode &payload) {
+        const Form *form = find_form(payload.key);
+        return form != nullptr && form->is("%properties_list");
+    }
+
+    bool take(const JsonNode &list, const JsonNode &element) {
+        if (!is_list(list))
+            return false;
+        if (progress_.is_due())
+            progress_.show("reading " + source_->file() + ": " +
+                           std::to_string(100 * element.end / source_->content().size()) + " %");
+        read_resource(element, {.type = "properties", .show_secrets = true});
+        return true;
+    }
+
+    // What is beside the elements of a list.
     void read_document(const JsonNode &document) {
-        const CheckedDocument checked =
-            check_document(*source_, document, {.type = {}, .show_secrets = true});
+        const WireOptions options{.type = {}, .show_secrets = true};
+        const JsonNode *payload = document.first;
+        if (document.kind != JsonNode::kObject || payload == nullptr || !is_list(*payload))
+            return read_resource(document, options);
+        const bool is_empty = payload->kind == JsonNode::kArray && payload->first == nullptr;
+        if (!is_empty || payload->next != nullptr)
+            take_faults(check_document(*source_, document, options));
+    }
+
+    void take_faults(const CheckedDocument &checked) {
         files_.faults.insert(files_.faults.end(), checked.faults.begin(), checked.faults.end());
+    }
+
+    void read_resource(const JsonNode &node, const WireOptions &options) {
+        const CheckedDocument checked = check_document(*source_, node, options);
+        take_faults(checked);
         if (!checked.readable || !checked.faults.empty())
             return;
-        const bool is_list = checked.form != nullptr && checked.form->is("%properties_list");
-        const bool is_one = checked.form != nullptr && checked.form->is("%properties");
-        if (!is_list && !is_one)
-            return fault(document.begin, "resources stand in {\"%properties_list\":[...]}");
+        if (checked.form == nullptr || !checked.form->is("%properties"))
+            return fault(node.begin, "resources stand in {\"%properties_list\":[...]}");
         const Context ctx(oru_do_json_parse(checked.text.data(),
                                             static_cast<int32_t>(checked.text.size()),
                                             expected_code(checked.form)));
         if (!ctx)
             throw std::bad_alloc();
         if (ctx->completed_obj == nullptr)
-            return fault(document.begin, "this does not read");
-        if (is_one)
-            return add(document, static_cast<ORUDoProperties *>(ctx->completed_obj));
-        const JsonNode *node = document.first->first;
-        EachProperties each(static_cast<ORUDoPropertiesList *>(ctx->completed_obj));
-        for (ORUDoProperties *props = each(); props != nullptr && node != nullptr; props = each()) {
-            add(*node, props);
-            node = node->next;
-        }
+            return fault(node.begin, "this does not read");
+        add(node, static_cast<ORUDoProperties *>(ctx->completed_obj));
     }
 
     void add(const JsonNode &node, ORUDoProperties *props) {
@@ -76,8 +99,17 @@ class Reader {
         if (text.empty())
             return fault(node.begin, "a resource without \"_uri\", its address");
         try {
-            LoadedResource resource{Properties(oru_do_properties_ref(props)), read_address(text),
-                                    text_in(props, ORU_DO_NAME_MR), source_, node.begin};
+            const Fault place = source_->fault(node.begin, "");
+            LoadedResource resource{Properties(oru_do_properties_ref(props)),
+                                    read_address(text),
+                                    text_in(props, ORU_DO_NAME_MR),
+                                    files_.names.size() - 1,
+                                    place.line,
+                                    place.column};
+            // large, and told apart from the attributes
+            oru_do_properties_remove_by_name(props, ORU_DO_NAME_URI);
+            if (!resource.type.empty())
+                oru_do_properties_remove_by_name(props, ORU_DO_NAME_MR);
             files_.resources.push_back(std::move(resource));
         } catch (const Failure &failure) {
             fault(node.begin, failure.what());
@@ -85,6 +117,7 @@ class Reader {
     }
 
     LoadedFiles &files_;
+    Progress &progress_;
     const SourceText *source_ = nullptr;
 };
 
@@ -94,18 +127,26 @@ void check_once(LoadedFiles &files) {
         const auto [at, is_new] = known.emplace(resource.address.path, &resource);
         if (is_new)
             continue;
-        const Fault first = at->second->source->fault(at->second->offset, "");
-        files.faults.push_back(resource.source->fault(
-            resource.offset, in_quotes(resource.address.path) + " stands in " + first.file + ":" +
-                                 std::to_string(first.line) + " already"));
+        const Fault first = files.fault(*at->second, "");
+        files.faults.push_back(files.fault(resource, in_quotes(resource.address.path) +
+                                                         " stands in " + first.file + ":" +
+                                                         std::to_string(first.line) + " already"));
     }
 }
 
 }  // namespace
 
-LoadedFiles read_resources(const std::vector<std::string> &files) {
+Fault LoadedFiles::fault(const LoadedResource &resource, std::string words) const {
+    return {.file = names[resource.file],
+            .line = resource.line,
+            .element = {},
+            .words = std::move(words),
+            .column = resource.column};
+}
+
+LoadedFiles read_resources(const std::vector<std::string> &files, Progress &progress) {
     LoadedFiles loaded;
-    Reader reader(loaded);
+    Reader reader(loaded, progress);
     for (const std::string &file : files)
         reader.read(file);
     check_once(loaded);

@@ -2,32 +2,35 @@
 #ifndef ORU_TOOLS_ORUCTL_LOAD_READ_H
 #define ORU_TOOLS_ORUCTL_LOAD_READ_H
 
-#include <memory>
 #include <string>
 #include <vector>
 
 #include "addresses.h"
+#include "faults.h"
 #include "handles.h"
-#include "source_text.h"
+#include "progress.h"
 
 namespace oructl {
 
 struct LoadedResource {
-    Properties props;
+    Properties props;  // without "_uri" and "_mr"
     Address address;
     std::string type;  // empty where the file does not tell
-    const SourceText *source = nullptr;
-    size_t offset = 0;
+    size_t file = 0;
+    int32_t line = 0;
+    int32_t column = 0;
 };
 
 struct LoadedFiles {
-    std::vector<std::unique_ptr<SourceText>> sources;
+    std::vector<std::string> names;
     std::vector<LoadedResource> resources;  // parents before their children
     std::vector<Fault> faults;
+
+    Fault fault(const LoadedResource &resource, std::string words) const;
 };
 
 // Reads lists of properties, and properties one by one, each with "_uri".
-LoadedFiles read_resources(const std::vector<std::string> &files);
+LoadedFiles read_resources(const std::vector<std::string> &files, Progress &progress);
 
 }  // namespace oructl
 

@@ -2,6 +2,9 @@
 #ifndef ORU_TOOLS_ORUCTL_OPERATIONS_H
 #define ORU_TOOLS_ORUCTL_OPERATIONS_H
 
+#include <unordered_map>
+#include <vector>
+
 #include "addresses.h"
 #include "handles.h"
 
@@ -9,10 +12,6 @@ namespace oructl {
 
 class Change {
   public:
-    Change()
-        : operations_(made<Operations>(oru_do_config_ops_new())),
-          recent_(made<Operations>(oru_do_config_ops_new())) {}
-
     // The type may be empty where the model has only one there.
     void create(const Address &address, const std::string &type, ORUDoProperties *props);
     void set(const Address &address, ORUDoProperties *props);
@@ -22,15 +21,25 @@ class Change {
     ORUDoConfigOps *get();
 
   private:
-    void add(int32_t code, const std::string &address, ORUDoProperties *props,
-             const std::string &reference, const std::string &type);
-    void flush();
+    struct Part {
+        Operations operations;
+        size_t size;
+    };
 
-    // A set is walked to its end for each operation that is added to it, so that many go to a small
-    // one first.
-    Operations operations_;
-    Operations recent_;
+    void add(int32_t code, const std::string &address, ORUDoProperties *props, ORUDoName *reference,
+             ORUDoName *type);
+    ORUDoName *shared_name(const std::string &name);
+    void join_last_two();
+
+    // A set is walked to its end for each operation that is added to it. So they go to small ones,
+    // and two of a size become one: the sizes fall from the first to the last.
+    std::vector<Part> parts_;
     size_t size_ = 0;
+
+    // What many operations share: the parent of the last one, and the few names of a model.
+    std::string last_address_;
+    Uri last_uri_;
+    std::unordered_map<std::string, Name> names_;
 };
 
 }  // namespace oructl

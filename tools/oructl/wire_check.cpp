@@ -51,7 +51,8 @@ void Checker::check(const JsonNode &document) {
     } else if (!options_.type.empty() && options_.type != "value") {
         refuse(document.begin, "an expression, where %" + options_.type + " is expected");
     }
-    if (out_.readable)
+    const bool is_split = document.first != nullptr && document.first->is_split;
+    if (out_.readable && !is_split)
         out_.text = edited(document);
 }
 
@@ -160,7 +161,7 @@ bool Checker::check_filled(const Form &form, const JsonNode &payload, JsonNode::
         refuse_kind(payload, form.tag, wanted);
         return false;
     }
-    if (payload.first == nullptr && !form.may_be_empty)
+    if (payload.first == nullptr && !payload.is_split && !form.may_be_empty)
         refuse(payload.begin, std::string(form.tag) + " is empty, which does not read");
     return payload.first != nullptr;
 }

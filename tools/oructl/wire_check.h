@@ -22,7 +22,7 @@ struct CheckedDocument {
     std::vector<Fault> faults;
     bool readable = true;        // what is faulty in another one is lost or read otherwise
     const Form *form = nullptr;  // null for any value
-    std::string text;            // what the reader is to get
+    std::string text;            // what the reader is to get; empty for a list that was split
     size_t expression = std::string::npos;  // where the first one begins
 };
 
