@@ -115,7 +115,7 @@ Value plain_value_of(int32_t type, const Cell &cell) {
         case ORU_DO_TYPE_ANY_URI:
         case ORU_DO_TYPE_MR_URI:
         case ORU_DO_TYPE_COLL_URI:
-            return value_of_uri(type, cell.bytes);
+            return value_of_uri(type, {bytes, cell.bytes.size()});
         case ORU_DO_TYPE_HEX_BINARY:
             return Value(oru_do_value_new_hex_binary(bytes, length));
         case ORU_DO_TYPE_IP_ADDRESS:

@@ -106,6 +106,16 @@ UriList addresses_in(ORUDoValue *value) {
     return found;
 }
 
+/* Whoever reads an address may follow it, and the library ends the process at some texts. */
+bool can_be_followed(const std::string &location, ORUDoUri *uri) {
+    std::string text(view(oru_do_uri_get_uri_str(uri)));
+    if (text.empty())
+        return false;
+    if (!text.starts_with("//"))
+        text = location + (text.starts_with('/') ? "" : "/") + text;
+    return static_cast<bool>(Uri(oru_do_uri_validate_new(text.c_str())));
+}
+
 /* One address, or an array of them where there are many. */
 bool is_of_addresses(const AttributeType &attribute, ORUDoValue *value) {
     int32_t status = 0;
@@ -195,6 +205,16 @@ class Checker {
                          shown(attribute, value.get()));
         if (draft.given.count(attribute.name) != 0)
             check_inner(draft, attribute, value);
+        if (attribute.type == ORU_DO_TYPE_MR_URI)
+            check_addresses(draft, attribute, value);
+    }
+
+    void check_addresses(const Draft &draft, const AttributeType &attribute, const Value &value) {
+        for (ORUDoUri *uri : addresses_in(value.get())) {
+            if (!can_be_followed(drafts_.source().addresses.location(), uri))
+                fault(draft, ORU_RC_TYPE_MISMATCH, attribute.name, "no address of a resource",
+                      type_text(attribute), std::string(view(oru_do_uri_get_uri_str(uri))));
+        }
     }
 
     /* What was not given was checked when it was, and its secrets are closed by now. */

@@ -42,6 +42,27 @@ TEST_F(EmbeddedRules, MembersOfComplexValuesHaveTheirTypes) {
                      "left"}));
 }
 
+TEST_F(EmbeddedRules, AddressesInAttributesCanBeFollowed) {
+    const std::string deep = "/a/a/a/a/a/a/a/a/a";
+    const std::string words = "/alarms;id=1 resource 118 no address of a resource: expected mrURI";
+    for (const std::string &address : {std::string(), deep + "/a", "/" + std::string(64, 'a')}) {
+        set("/alarms;id=1", R"({"resource":{"%mr_uri":")" + address + R"("}})");
+        EXPECT_EQ(commit(ORU_EMBEDDED_SYSTEM).faults,
+                  Texts{words + (address.empty() ? "" : ", got " + address)});
+    }
+    for (const std::string &address : {deep, std::string("//locations;locationId=other/a")}) {
+        set("/alarms;id=1", R"({"resource":{"%mr_uri":")" + address + R"("}})");
+        EXPECT_EQ(commit(ORU_EMBEDDED_SYSTEM).faults, Texts());
+        EXPECT_EQ(get("/alarms;id=1", {"resource"}), "resource=" + address);
+    }
+}
+
+TEST_F(EmbeddedRules, EmptyAddressesThatNobodyFollowsAreKept) {
+    set("/logging/targets;name=messages", R"({"path":{"%any_uri":""}})");
+    EXPECT_EQ(commit().faults, Texts());
+    EXPECT_EQ(get("/logging/targets;name=messages", {"path"}), "path=");
+}
+
 TEST_F(EmbeddedRules, UnknownOperationsAreRefused) {
     add_operation(9, "/links;id=L1");
     EXPECT_EQ(commit().faults, Texts{"/links;id=L1: unknown operation: expected create, set or "
