@@ -113,11 +113,12 @@ class Walk {
     }
 
   private:
-    void check_root(DtlItem &item, const ORUDtlNode &node, const xmlNode *element) {
+    void check_root(DtlItem &item, ORUDtlNode &node, const xmlNode *element) {
         const bool addressed = node.type == ORU_DTL_NODE_MR_OP;
         if (addressed)
             check_resource(item, element);
         add_attributes(item, element, addressed ? DtlRole::resource : DtlRole::other);
+        check_order_of_rows(item, node, element);
     }
 
     DtlItem begin(const ORUDtlNode &node) const {
@@ -162,6 +163,7 @@ class Walk {
                        const xmlNode *element);
     void check_unmatched(DtlItem &item, const ORUDtlNode &above, const ORUDtlNode &node,
                          const xmlNode *element);
+    void check_order_of_rows(DtlItem &item, ORUDtlNode &node, const xmlNode *element);
     void check_filter(DtlItem &item, ORUDtlNode &above, const xmlNode *element);
     void check_where(DtlItem &item, const ORUDtlNode &node, const xmlNode *where);
     void check_condition(DtlItem &item, const ORUDtlNode &node, const xmlNode *element);
@@ -219,8 +221,10 @@ ORUDtlNode *Walk::add_child(DtlItem &item, ORUDtlNode &above, ORUDtlNode *next,
         if (addressed)
             check_resource(child, element);
         // What is wrong with an element is wrong with all its nodes.
-        if (i == 0)
+        if (i == 0) {
             add_attributes(child, element, role);
+            check_order_of_rows(child, *next, element);
+        }
         if (next->type == ORU_DTL_NODE_ACTION)
             add_parameters(child, above, *next, element);
         else
@@ -346,6 +350,17 @@ void Walk::check_unmatched(DtlItem &item, const ORUDtlNode &above, const ORUDtlN
     add(item, element,
         mr + " has no " + in_quotes(name) +
             group_question(name, names_of(above.mr_info->prop_meta_list)));
+}
+
+// The order of an element's own rows. What a variable leads to is not known yet.
+void Walk::check_order_of_rows(DtlItem &item, ORUDtlNode &node, const xmlNode *element) {
+    std::string address;
+    std::string order;
+    read_attribute(element, "uri", address);
+    const bool is_known = node.mr_info != nullptr && !address.starts_with('$') &&
+                          !address.starts_with('@') && oru_dtl_tree_is_collection_op(&node) == 0;
+    if (is_known && read_attribute(element, "order", order))
+        add(item, element, "an order is read in a collection only");
 }
 
 // The text of an attribute selects rows.
