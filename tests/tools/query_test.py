@@ -72,6 +72,31 @@ class Query(Database):
         self.fails("query", "-p", f"a=//?{kind}", read=read % "$a",
                    errors=[f"oructl: the parameter a: {words}"])
 
+    def test_an_address_may_come_from_the_row_above(self):
+        read = '<a uri="/alarms;id=1" mr="com.example.network.management:1.0/Alarm" op="get">' \
+               "{}<s uri=\"{}\" {}><voltage/></s></a>"
+        supply = 'mr="com.example.network:1.0/PowerSupply" op="get"'
+        self.assertEqual(
+            self.does("query", "-f", "table", read=read.format("<resource/>", "@resource", supply)),
+            "a.resource                   s.voltage\n"
+            "/chassis;id=2/supplies;id=2  48.5\n")
+        for asked, address in (("<text/>", "@text"), ("<siblings/>", "@siblings"), ("", "@"),
+                               ("<chassis/>", "@chassis"), ("<resource/>", "@(../resource)"),
+                               ("<resource default='\"/a\"'/>", "@resource"), ("", "@none")):
+            self.fails("query", read=read.format(asked, address, supply), errors=[
+                f"oructl: {address} is no address: one from the data is an attribute of the "
+                "element above, of the type mrURI and without a default"])
+
+    def test_no_address_in_the_data_ends_a_walk(self):
+        read = '<a uri="/alarms;id=1" mr="com.example.network.management:1.0/Alarm" op="get">' \
+               '<resource/><s uri="@resource" mr="com.example.network:1.0/Slot" op="get">' \
+               "<number/><ports/></s></a>"
+        for address in HOSTILE + ["/a" * 9, "/a" * 9 + "?b", "$p", "@p", "/logging", "/"]:
+            self.survives("set", "/alarms;id=1", "--system",
+                          "resource=" + json.dumps({"%mr_uri": address}))
+            self.survives("get", "/alarms;id=1")
+            self.survives("query", read=read)
+
     def test_rows_come_in_batches(self):
         inventory = document("inventory.xml")
         whole = self.does("query", inventory, "-f", "text")

@@ -8,6 +8,7 @@
 #include "database.h"
 #include "dtl_check.h"
 #include "fault_words.h"
+#include "model_words.h"
 #include "output.h"
 
 namespace oructl {
@@ -36,13 +37,11 @@ NameValueList read_params(const std::vector<std::string> &texts) {
     return params;
 }
 
-// Addresses that come from elsewhere than the document. The library ends the process at some, so
-// that only what was looked at may be one.
+// Addresses that come from the user. The library ends the process at some, so that only what was
+// looked at may be one.
 void check_addresses(const DtlDocument &document, const xmlNode *element, ORUDoNvlist *params) {
     std::string address;
     read_attribute(element, "uri", address);
-    if (address.starts_with('@'))
-        throw Failure("an address may be a $parameter here, not " + address);
     if (address.starts_with('$')) {
         ORUDoValue *const value = oru_do_nvlist_get_value(params, address.c_str() + 1);
         int32_t status = ORU_OK;
@@ -53,12 +52,43 @@ void check_addresses(const DtlDocument &document, const xmlNode *element, ORUDoN
         check_collection(text);
         if (const std::string fault = query_mark_fault(text); !fault.empty())
             throw Failure("the parameter " + address.substr(1) + ": " + fault);
-    } else if (document.address_fault(element).empty()) {
+    } else if (!address.starts_with('@') && document.address_fault(element).empty()) {
         check_limits(address);
     }
     for (const xmlNode *child = element_from(element->children); child != nullptr;
          child = element_from(child->next))
         check_addresses(document, child, params);
+}
+
+bool has_default(const ORUDtlNode &row, const std::string &name) {
+    for (const ORUDtlNode *child = row.first_child; child != nullptr; child = child->next) {
+        if (child->default_expr != nullptr && text_of(child->name) == name)
+            return true;
+    }
+    return false;
+}
+
+// An attribute of the row above whose values are addresses: the back end keeps those only that can
+// be followed. A default could be anything.
+bool leads_on(const ORUDtlNode &above, const std::string &name) {
+    ORUDoMrMeta *const meta = above.mr_info != nullptr ? above.mr_info->mr_meta : nullptr;
+    ORUDoPropMeta *const attribute =
+        meta != nullptr ? oru_do_mr_meta_get_prop_meta_str(meta, name.c_str()) : nullptr;
+    return attribute != nullptr && oru_do_prop_meta_get_category(attribute) != ORU_PROP_REF &&
+           oru_do_prop_meta_get_typecode(attribute) == ORU_DO_TYPE_MR_URI &&
+           !has_default(above, name);
+}
+
+void check_data_addresses(const ORUDtlNode &above) {
+    for (const ORUDtlNode *child = above.first_child; child != nullptr; child = child->next) {
+        ORUDoUri *const uri = child->mr_info != nullptr ? child->mr_info->uri : nullptr;
+        const std::string address = uri != nullptr ? oru_do_uri_get_uri_str(uri) : "";
+        if (address.starts_with('@') && !leads_on(above, address.substr(1)))
+            throw Failure(address +
+                          " is no address: one from the data is an attribute of the "
+                          "element above, of the type mrURI and without a default");
+        check_data_addresses(*child);
+    }
 }
 
 Document read_document(const DtlDocument &source) {
@@ -160,6 +190,7 @@ int run(const Arguments &arguments) {
     const Document document = read_document(source);
     if (document == nullptr)
         return kFaults;
+    check_data_addresses(*document);
     return Query(database, arguments, document.get(), std::move(told)).run(params.get());
 }
 
