@@ -33,7 +33,7 @@ bool open_network() {
     params = oru_do_nvlist_new();
     oru_cl_session_open(params, reinterpret_cast<intptr_t>(&session), 0);
     ORUDoError *error = nullptr;
-    document = oru_dtl_from_file((folder + "/documents/inventory.xml").c_str(), &error);
+    document = oru_dtl_from_file((folder + "/documents/06-inventory.xml").c_str(), &error);
     return session != nullptr && document != nullptr && error == nullptr;
 }
 

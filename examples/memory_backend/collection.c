@@ -72,8 +72,10 @@ static struct cursor *cursor_new(const struct store *store, ORUDoNlist *names) {
 /* ---- Finding the rows ---- */
 
 /* What a collection's address asks for: children of `parent` under a reference, of one type or of
-   any. */
+   any; and with a `base`, what of the type stands below that. */
 struct request {
+    const char *base;
+    size_t base_length;
     const char *parent;
     size_t parent_length;
     const char *ref;
@@ -90,11 +92,14 @@ static void read_plain(const char *text, const char *mark, struct request *reque
     request->type = colon != NULL ? colon + 1 : NULL;
 }
 
-/* "/a/b/ref?:type" */
+/* "/a/b/ref?:type" for children, "/a/b;key=value?:type" for all that is below: no resource is meant
+   by both. */
 static void read_typed(const char *text, const char *mark, struct request *request) {
     const char *slash = mark;
     while (slash > text && *slash != '/')
         slash--;
+    request->base = text;
+    request->base_length = (size_t)(mark - text);
     request->parent_length = (size_t)(slash - text);
     request->ref = slash + 1;
     request->ref_length = (size_t)(mark - slash) - 1;
@@ -116,12 +121,19 @@ static int read_request(ORUDoUri *uri, struct request *request) {
     return 1;
 }
 
+static int is_member(const struct resource *resource, const struct request *request) {
+    if (request->base != NULL &&
+        store_is_below(resource, request->base, request->base_length, request->type))
+        return 1;
+    return store_is_member(resource, request->parent, request->parent_length, request->ref,
+                           request->ref_length, request->type);
+}
+
 static int32_t collect(struct cursor *cursor, const struct store *store,
                        const struct request *request, ORUDoNvlist *where) {
     for (int32_t i = 0; i < store->count; i++) {
         const struct resource *resource = &store->resources[i];
-        if (!store_is_member(resource, request->parent, request->parent_length, request->ref,
-                             request->ref_length, request->type))
+        if (!is_member(resource, request))
             continue;
         int verdict = filter_passes(where, resource->props);
         if (verdict < 0)

@@ -85,3 +85,9 @@ int store_is_member(const struct resource *resource, const char *parent, size_t 
         return 0;
     return type == NULL || strcmp(resource->type, type) == 0;
 }
+
+int store_is_below(const struct resource *resource, const char *base, size_t base_length,
+                   const char *type) {
+    const char *rest = resource->uri;
+    return skip(&rest, base, base_length) && *rest == '/' && strcmp(resource->type, type) == 0;
+}

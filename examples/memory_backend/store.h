@@ -29,4 +29,8 @@ const struct resource *store_find(const struct store *store, const char *uri);
 int store_is_member(const struct resource *resource, const char *parent, size_t parent_length,
                     const char *ref, size_t ref_length, const char *type);
 
+/* Non-zero when the resource is of `type` and stands below the one at `base`, at any depth. */
+int store_is_below(const struct resource *resource, const char *base, size_t base_length,
+                   const char *type);
+
 #endif

@@ -41,29 +41,32 @@ def text_of(value):
     return inner if tag == "%enumeration" else json.dumps(inner)
 
 
-def lines_of(node, indent):
-    """A node and its children."""
+def lines_of(node, indent, addresses=False):
+    """A node and its children, with the addresses of resources if asked for."""
     words = [node["name"]]
+    if addresses and "mr_uri" in node:
+        words.append(node["mr_uri"].removeprefix(LOCATION) or "/")
     for name, value in node.get("props", {}).get("%properties", {}).items():
         if name.split(".")[-1] not in ("_uri", "_mr", "__uri"):
             words.append(f"{name}={text_of(value)}")
     if "err" in node:
         error = node["err"].get("%error", node["err"])
         words.append(f"!{error['code']} {json.dumps(error.get('msg', '').strip())}")
-    return ["  " * indent + " ".join(words) + "\n"] + lines_below(node, indent + 1)
+    line = "  " * indent + " ".join(words) + "\n"
+    return [line] + lines_below(node, indent + 1, addresses)
 
 
-def lines_below(node, indent):
+def lines_below(node, indent, addresses=False):
     children = node.get("children", {}).get("%dtree", [])
-    return [line for child in children for line in lines_of(child, indent)]
+    return [line for child in children for line in lines_of(child, indent, addresses)]
 
 
-def answer(printed):
+def answer(printed, addresses=False):
     """What the program printed, a tree a call, as the page has it."""
     lines, calls = [], printed.count("-- call")
     for line in printed.splitlines():
         if line.startswith("{"):
-            lines += lines_below(json.loads(line)["%dtree"], 0)
+            lines += lines_below(json.loads(line)["%dtree"], 0, addresses)
         elif line != "-- No more value" and (calls > 1 or not line.startswith("-- call")):
             lines.append(line + "\n")
     return lines

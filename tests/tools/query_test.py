@@ -41,14 +41,14 @@ class Query(Database):
         self.assertEqual([rpm.text for rpm in root.iter("rpm")], ["4110", "4120"])
 
     def test_parameters_are_json_or_texts(self):
-        table = self.does("query", document("ports.xml"), "-p", "slot=2", "-p", "mtu=9000",
+        table = self.does("query", document("03-ports.xml"), "-p", "slot=2", "-p", "mtu=9000",
                           "-f", "table")
         self.assertEqual(table, "port.name  port.mtu  port.alias\n"
                                 "2/4        9000      port 1-2-4\n"
                                 "2/2        9000      port 1-2-2\n")
-        self.fails("query", document("ports.xml"), "-p", "slot",
+        self.fails("query", document("03-ports.xml"), "-p", "slot",
                    errors=['oructl: "slot" is no NAME=VALUE'])
-        self.fails("query", document("ports.xml"), "-p", "a=1", "-p", "a=2",
+        self.fails("query", document("03-ports.xml"), "-p", "a=1", "-p", "a=2",
                    errors=["oructl: the parameter a is given twice"])
 
     def test_an_address_may_be_a_parameter(self):
@@ -98,7 +98,7 @@ class Query(Database):
             self.survives("query", read=read)
 
     def test_rows_come_in_batches(self):
-        inventory = document("inventory.xml")
+        inventory = document("06-inventory.xml")
         whole = self.does("query", inventory, "-f", "text")
         self.assertEqual(whole.count("ports.name"), 12)
         self.assertEqual(self.does("query", inventory, "-f", "text", "--count", "5", "--all"), whole)
@@ -108,8 +108,8 @@ class Query(Database):
         self.assertTrue(whole.startswith(first))
 
     def test_a_fault_is_told_with_its_place_and_the_rest_is_answered(self):
-        output = self.does("query", document("fault.xml"), status=1, errors=[
-            document("fault.xml") + ":7: <shelf>: Unknown MR: com.example.network:1.0/Shelf"])
+        output = self.does("query", document("14-fault.xml"), status=1, errors=[
+            document("14-fault.xml") + ":7: <shelf>: Unknown MR: com.example.network:1.0/Shelf"])
         self.assertIn("serial = \"CH-2001\"", output)
 
     def test_what_the_data_does_not_have_is_null(self):
