@@ -154,10 +154,13 @@ class Checker {
                 touched.push_back(&draft);
         }
         for (Draft *draft : touched) {
-            if (draft->after.exists())
-                check_state(*draft);
-            else
+            if (!draft->after.exists()) {
                 check_nobody_refers(*draft);
+                continue;
+            }
+            check_state(*draft);
+            if (draft->before.type != draft->after.type)
+                check_others_may_refer(*draft);
         }
         check_numbers(touched);
     }
@@ -263,21 +266,50 @@ class Checker {
 
     /* Of those who referred to the resource before, and stay. */
     void check_nobody_refers(const Draft &draft) {
-        if (!draft.before.exists())
-            return;
-        for (const std::string &key : drafts_.keys(links_to(draft.place.key))) {
-            const Place from = place_of(source_of_link(key));
-            if (refers(drafts_.at(from), draft))
+        for (const Draft *from : referrers_of(draft)) {
+            if (refers(*from, draft))
                 fault(draft, ORU_RC_CONFIG_VALIDATION, {},
                       "another resource refers to it: " +
-                          drafts_.source().addresses.label_of(drafts_.at(from).place),
+                          drafts_.source().addresses.label_of(from->place),
                       {}, {});
         }
     }
 
+    /* A resource that is made anew may be of another type, which others did not refer to. */
+    void check_others_may_refer(const Draft &draft) {
+        for (const Draft *from : referrers_of(draft)) {
+            for (const AttributeType &attribute : from->after.type->attributes) {
+                if (attribute.role == AttributeType::Role::peer &&
+                    from->given.count(attribute.name) == 0)
+                    check_references_to(draft, *from, attribute);
+            }
+        }
+    }
+
+    void check_references_to(const Draft &draft, const Draft &from,
+                             const AttributeType &attribute) {
+        const Value value = from.after.value(attribute);
+        for (ORUDoUri *uri : value ? addresses_in(value.get()) : UriList()) {
+            const std::optional<Target> target = drafts_.resolve(view(oru_do_uri_get_uri_str(uri)));
+            if (target && target->place.key == draft.place.key)
+                check_reference(from, attribute, uri);
+        }
+    }
+
+    /* Who referred to the resource before the change, and is there behind it. */
+    std::vector<const Draft *> referrers_of(const Draft &draft) {
+        std::vector<const Draft *> found;
+        if (!draft.before.exists())
+            return found;
+        for (const std::string &key : drafts_.keys(links_to(draft.place.key))) {
+            const Draft &from = drafts_.at(place_of(source_of_link(key)));
+            if (from.after.exists())
+                found.push_back(&from);
+        }
+        return found;
+    }
+
     bool refers(const Draft &from, const Draft &to) {
-        if (!from.after.exists())
-            return false;
         const std::vector<Target> targets = targets_of(drafts_, from.after);
         return std::any_of(targets.begin(), targets.end(),
                            [&](const Target &target) { return target.place.key == to.place.key; });
