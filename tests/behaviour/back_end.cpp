@@ -68,6 +68,8 @@ BackEnd::BackEnd(const StartOptions &options) : root_type_(options.root_type) {
     with.model_dir = options.model_dir.c_str();
     with.root_type = options.root_type.c_str();
     with.durability = ORU_EMBEDDED_RELAXED;
+    with.keep_commits = options.keep_commits;
+    with.keep_seconds = options.keep_seconds;
     require(oru_lib_init(nullptr, 0, &with), "the back end does not start");
     plain_ = open(nullptr);
     showing_ = open("show");

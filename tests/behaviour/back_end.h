@@ -13,6 +13,8 @@ struct StartOptions {
     std::string database; /* empty: in memory */
     std::string model_dir;
     std::string root_type;
+    uint32_t keep_commits = 0; /* 0: what the back end keeps by itself */
+    uint32_t keep_seconds = 0;
 };
 
 class BackEnd {

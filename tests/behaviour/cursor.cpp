@@ -7,9 +7,11 @@ namespace {
 
 void read_option(const std::string &text, ReadOptions &options) {
     Reader reader(text);
-    if (reader.takes("where"))
-        options.where = reader.where();
-    else if (reader.takes("order"))
+    if (reader.takes("where")) {
+        if (options.where == nullptr)
+            options.where = made<NameValueList>(oru_do_nvlist_new());
+        reader.where(options.where.get());
+    } else if (reader.takes("order"))
         options.order = reader.order();
     else if (reader.takes("without defaults"))
         options.return_defaults = false;

@@ -10,6 +10,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <iostream>
+#include <thread>
 
 #include "commit.h"
 #include "compare.h"
@@ -42,6 +43,31 @@ class Folder {
     std::string path_;
 };
 
+// The first request may tell how much history is kept: "start keep_commits=1 keep_seconds=1".
+void take_start(Script &script, StartOptions &options) {
+    if (script.empty() || Reader(script.front().request.text).word() != "start")
+        return;
+    Reader reader(script.front().request.text);
+    reader.word();
+    at_line(script.front().request, [&] {
+        while (!reader.at_end()) {
+            const std::string name = reader.name();
+            const auto number = static_cast<uint32_t>(std::atoi(reader.word().c_str()));
+            if (name != "keep_commits" && name != "keep_seconds")
+                throw ScriptFault("there is no option \"" + name + "\"");
+            (name == "keep_commits" ? options.keep_commits : options.keep_seconds) = number;
+        }
+    });
+    script.erase(script.begin());
+}
+
+Lines wait(const Step &step) {
+    Reader reader(step.request.text);
+    reader.word();
+    std::this_thread::sleep_for(std::chrono::seconds(std::atoi(reader.word().c_str())));
+    return {};
+}
+
 Lines answer(const Step &step, Committer &commits, ReadRequests &reads) {
     const std::string verb = Reader(step.request.text).word();
     if (verb == "commit")
@@ -58,6 +84,8 @@ Lines answer(const Step &step, Committer &commits, ReadRequests &reads) {
         return reads.close(step);
     if (verb == "invoke")
         return reads.invoke(step);
+    if (verb == "wait")
+        return wait(step);
     throw ScriptFault("there is no request \"" + verb + "\"");
 }
 
@@ -80,9 +108,10 @@ bool is_answered(const std::string &path, const Step &step, Committer &commits,
 }
 
 int run(const std::string &path, const Arguments &arguments) {
-    const Script script = read_script(path);
+    Script script = read_script(path);
     const Folder folder;
     StartOptions start = arguments.start;
+    take_start(script, start);
     if (arguments.is_in_file)
         start.database = folder.file("depot.db");
     const BackEnd back_end(start);

@@ -176,12 +176,10 @@ Value Reader::members(bool is_choice) {
 
 /* ---- Clauses ---- */
 
-NameValueList Reader::where() {
-    NameValueList items = made<NameValueList>(oru_do_nvlist_new());
+void Reader::where(ORUDoNvlist *items) {
     do
-        where_item(items.get());
+        where_item(items);
     while (takes_sign(','));
-    return items;
 }
 
 void Reader::where_item(ORUDoNvlist *items) {
@@ -190,7 +188,8 @@ void Reader::where_item(ORUDoNvlist *items) {
         if (!rest_.starts_with(group))
             continue;
         rest_.remove_prefix(group.size());
-        const NameValueList inner = where();
+        const NameValueList inner = made<NameValueList>(oru_do_nvlist_new());
+        where(inner.get());
         if (!takes_sign(')'))
             fail("a parenthesis is missing at the end");
         return add(items, group == "or(" ? " OR " : " AND ",

@@ -35,8 +35,9 @@ class Reader {
      */
     Value value();
 
-    // Items of a where clause between commas: NAME [OPERATOR] VALUE, or(items), and(items).
-    NameValueList where();
+    // Adds the items of a where clause, between commas: NAME [OPERATOR] VALUE, or(items),
+    // and(items).
+    void where(ORUDoNvlist *items);
 
     // Names and directions of an order between commas.
     NameList order();
