@@ -218,8 +218,6 @@ Direction direction_of(ORUDoName *entry) {
 
 /* Whether an order is that of the keys of one collection, all in one direction. */
 bool is_key_order(const std::vector<Direction> &order, const ResourceType &type) {
-    if (order.size() == 1 && order[0].name == ORU_DO_NAME_URI)
-        return true;
     if (order.size() > type.key_count)
         return false;
     for (size_t i = 0; i < order.size(); i++) {
@@ -241,7 +239,9 @@ bool read_order(ORUDoNlist *order, const ResourceType &type, Query &query, Texts
         directions.push_back(direction_of(name));
     if (directions.empty())
         return true;
-    if (query.ranges.size() == 1 && is_key_order(directions, type)) {
+    // nothing that comes behind an address decides
+    const bool is_by_address = directions[0].name == ORU_DO_NAME_URI;
+    if (is_by_address || (query.ranges.size() == 1 && is_key_order(directions, type))) {
         query.descending = directions[0].is_descending;
         return true;
     }
