@@ -65,6 +65,7 @@ struct AttributeType {
     std::vector<std::string> default_depends_on; /* the attributes that decide on the default */
 
     bool is_secret() const { return secrecy != Secrecy::none; }
+    bool has_default() const { return default_value || !default_depends_on.empty(); }
 
     /* The default under these properties of the resource, which are asked where it depends on
        some; null for none. */

@@ -58,8 +58,8 @@ void RowReader::row(const Row &row) {
     has_row_ = true;
     if (kind_ != row.kind) {
         kind_ = row.kind;
-        type_ = model_.find(kind_);
         kind_value_ = made<Value>(oru_do_value_new_string(kind_.c_str()));
+        enter_type();
     }
     set(ORU_DO_NAME_MR, kind_value_);
     if (columns_.first(ORU_DO_NAME_URI) < 0)
@@ -67,6 +67,19 @@ void RowReader::row(const Row &row) {
     const Uri uri =
         made<Uri>(oru_do_uri_new_l(row.label.data(), static_cast<int32_t>(row.label.size())));
     set(ORU_DO_NAME_URI, made<Value>(oru_do_value_new_mr_uri(uri.get())));
+}
+
+void RowReader::enter_type() {
+    const ResourceType *const type = return_defaults_ ? model_.find(kind_) : nullptr;
+    with_default_.assign(values_.size(), nullptr);
+    has_conditional_ = false;
+    for (size_t i = 0; type != nullptr && i < values_.size(); i++) {
+        const AttributeType *const attribute = type->find_attribute(columns_.names()[i]);
+        if (attribute == nullptr || !attribute->has_default())
+            continue;
+        with_default_[i] = attribute;
+        has_conditional_ = has_conditional_ || !attribute->default_depends_on.empty();
+    }
 }
 
 void RowReader::attribute(const Attribute &attribute) {
@@ -79,23 +92,17 @@ void RowReader::finish() {
     if (!has_row_)
         return;
     has_row_ = false;
-    if (return_defaults_ && type_ != nullptr)
-        fill_defaults();
+    fill_defaults();
     taker_.take(values_);
     std::fill(values_.begin(), values_.end(), Value());
 }
 
+/* Conditions look at what is set, whatever else has a default. */
 void RowReader::fill_defaults() {
-    Properties props;
-    for (size_t i = 0; i < values_.size(); i++) {
-        if (values_[i])
-            continue;
-        const AttributeType *const attribute = type_->find_attribute(columns_.names()[i]);
-        if (attribute == nullptr)
-            continue;
-        if (!attribute->default_depends_on.empty() && !props)
-            props = properties();
-        values_[i] = attribute->default_under(props.get());
+    const Properties props = has_conditional_ ? properties() : Properties();
+    for (size_t i = 0; i < with_default_.size(); i++) {
+        if (!values_[i] && with_default_[i] != nullptr)
+            values_[i] = with_default_[i]->default_under(props.get());
     }
 }
 

@@ -66,6 +66,7 @@ class RowReader final : public RowSink {
 
   private:
     void set(std::string_view name, const Value &value);
+    void enter_type();
     void fill_defaults();
     Properties properties() const;
 
@@ -75,9 +76,10 @@ class RowReader final : public RowSink {
     bool return_defaults_;
     RowTaker &taker_;
     bool has_row_ = false;
-    const ResourceType *type_ = nullptr;
     std::string kind_;
     Value kind_value_;
+    std::vector<const AttributeType *> with_default_; /* by column; null for those without one */
+    bool has_conditional_ = false;                    /* a default that depends on others */
     std::vector<Value> values_;
 };
 
