@@ -25,8 +25,6 @@ constexpr int kPage = 100;
 constexpr double kSmallCommitSeconds = 0.010;
 const std::string kLocation = "//locations;locationId=global";
 
-using Operations = Handle<ORUDoConfigOps, oru_do_config_ops_ref, oru_do_config_ops_deref>;
-
 std::string database;
 LinksByHand *by_hand;
 Store *store;

@@ -1,11 +1,10 @@
 #include "convert.h"
 
-#include <oru/oru.h>
-
 #include <algorithm>
 #include <memory>
 #include <new>
 
+#include "handles.h"
 #include "object_text.h"
 #include "wire_kinds.h"
 #include "xml_text.h"
@@ -13,14 +12,7 @@
 namespace oructl {
 namespace {
 
-struct ReleaseContext {
-    void operator()(ORUDoJsonCtxData *ctx) const { oru_do_json_delete_ctx_data(ctx); }
-};
-struct ReleaseBuffer {
-    void operator()(ORUDoStrbuf *buf) const { oru_do_strbuf_deref(buf); }
-};
-using Context = std::unique_ptr<ORUDoJsonCtxData, ReleaseContext>;
-using Buffer = std::unique_ptr<ORUDoStrbuf, ReleaseBuffer>;
+using Context = std::unique_ptr<ORUDoJsonCtxData, Release<oru_do_json_delete_ctx_data>>;
 
 // What the reader's own codes mean.
 std::string failure_words(ORUDoError *error) {

@@ -7,6 +7,7 @@
 #include "dtl_attributes.h"
 #include "dtl_words.h"
 #include "fault_words.h"
+#include "handles.h"
 #include "model_words.h"
 #include "object_text.h"
 
@@ -16,13 +17,7 @@ namespace {
 // No element is read below this level.
 constexpr int32_t kMaxLevel = 16;
 
-struct ReleaseTree {
-    void operator()(ORUDtlNode *doc) const { oru_dtl_tree_delete(doc); }
-};
-struct ReleaseUri {
-    void operator()(ORUDoUri *uri) const { oru_do_uri_deref(uri); }
-};
-using Tree = std::unique_ptr<ORUDtlNode, ReleaseTree>;
+using Tree = std::unique_ptr<ORUDtlNode, Release<oru_dtl_tree_delete>>;
 
 ORUDoMrMeta *meta_of(const ORUDtlNode &node) {
     return node.mr_info != nullptr ? node.mr_info->mr_meta : nullptr;
@@ -74,8 +69,7 @@ int32_t nodes_of_address(const std::string &address, const std::string &mr_name)
     ORUMdMrMeta *mr = oru_md_get_mr_meta_by_name(mr_name.c_str());
     if (mr == nullptr || oru_md_is_lib_mr(mr) == 0)
         return 1;
-    const std::unique_ptr<ORUDoUri, ReleaseUri> uri(
-        oru_do_uri_new_parse_unescape_key(address.c_str()));
+    const Uri uri(oru_do_uri_new_parse_unescape_key(address.c_str()));
     if (uri != nullptr && oru_do_uri_has_type_query_part(uri.get()) != 0)
         return 1;
     int32_t count = 0;
@@ -289,7 +283,7 @@ void Walk::check_resource(DtlItem &item, const xmlNode *element) {
 void Walk::check_keys(DtlItem &item, const xmlNode *element, const ORUMdMrMeta &mr) {
     std::string address;
     read_attribute(element, "uri", address);
-    const std::unique_ptr<ORUDoUri, ReleaseUri> uri(oru_do_uri_validate_new(address.c_str()));
+    const Uri uri(oru_do_uri_validate_new(address.c_str()));
     if (uri == nullptr || oru_do_uri_get_query_part(uri.get()) != nullptr)
         return;
     std::vector<std::string> known;

@@ -1,27 +1,10 @@
 #include "object_text.h"
 
-#include <memory>
-
+#include "handles.h"
 #include "model_words.h"
 
 namespace oructl {
 namespace {
-
-struct ReleaseBuffer {
-    void operator()(ORUDoStrbuf *buf) const { oru_do_strbuf_deref(buf); }
-};
-using Buffer = std::unique_ptr<ORUDoStrbuf, ReleaseBuffer>;
-
-// What `write` puts into a buffer.
-template <class Write>
-std::string written(Write &&write) {
-    const Buffer buf(oru_do_strbuf_new());
-    if (!buf)
-        return "";
-    write(buf.get());
-    const char *text = oru_do_strbuf_to_string(buf.get());
-    return text != nullptr ? text : "";
-}
 
 void add_line(ORUDoStrbuf *buf, int32_t tabs, const std::string &text) {
     oru_do_strbuf_add_tab(buf, tabs);

@@ -40,11 +40,6 @@ std::string text_of(ORUDoValue *value) {
     return oru_do_value_is_default(value) != 0 ? "(" + text + ")" : text;
 }
 
-using EachRow = Each<ORUDoVtable, ORUDoVlist, oru_do_vtable_iter, oru_do_vtable_has_next,
-                     oru_do_vtable_get_next>;
-using EachPropErr = Each<ORUDoPropErrs, ORUDoPropErr, oru_do_prop_errs_iter,
-                         oru_do_prop_errs_has_next, oru_do_prop_errs_get_next>;
-
 NameList name_list(const std::vector<std::string> &names) {
     NameList list(oru_do_nlist_new());
     for (const std::string &name : names)
@@ -92,7 +87,7 @@ void Network::SetUp() {
     ASSERT_EQ(oru_lib_init(nullptr, 0, &with), ORU_OK);
     session = open_session();
     ASSERT_NE(session, nullptr);
-    operations_ = decltype(operations_)(oru_do_config_ops_new());
+    operations_ = Operations(oru_do_config_ops_new());
 }
 
 void Network::TearDown() {
@@ -130,9 +125,7 @@ Answer Network::load(const std::string &json) {
     ORUDoPropertiesList *const list =
         oru_do_properties_list_from_json(json.c_str(), static_cast<int32_t>(json.size()), &error);
     EXPECT_NE(list, nullptr);
-    Each<ORUDoPropertiesList, ORUDoProperties, oru_do_properties_list_iter,
-         oru_do_properties_list_has_next, oru_do_properties_list_get_next>
-        each(list);
+    EachProperties each(list);
     while (ORUDoProperties *props = each()) {
         int32_t rc = 0;
         const std::string address =
@@ -185,7 +178,7 @@ Answer Network::commit(uint32_t flags, const char *request) {
     if (error != nullptr)
         add_faults(error, answer);
     oru_do_error_deref(error);
-    operations_ = decltype(operations_)(oru_do_config_ops_new());
+    operations_ = Operations(oru_do_config_ops_new());
     return answer;
 }
 

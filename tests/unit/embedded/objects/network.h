@@ -68,7 +68,7 @@ class Network : public testing::Test {
     void add(int32_t code, const std::string &address, const Properties &props,
              const std::string &reference, const std::string &type);
 
-    Handle<ORUDoConfigOps, oru_do_config_ops_ref, oru_do_config_ops_deref> operations_;
+    Operations operations_;
 };
 
 }  // namespace embedded

@@ -21,10 +21,7 @@ class EmbeddedSessions : public Network {
 
     static int32_t length(ORUDoVtable *table) {
         int32_t rows = 0;
-        Each<ORUDoVtable, ORUDoVlist, oru_do_vtable_iter, oru_do_vtable_has_next,
-             oru_do_vtable_get_next>
-            each(table);
-        while (each() != nullptr)
+        for (EachRow each(table); each() != nullptr;)
             rows++;
         return rows;
     }

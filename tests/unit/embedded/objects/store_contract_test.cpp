@@ -7,8 +7,6 @@
 namespace embedded {
 namespace {
 
-using Operations = Handle<ORUDoConfigOps, oru_do_config_ops_ref, oru_do_config_ops_deref>;
-
 class EmbeddedContract : public Network {
   protected:
     void SetUp() override {
@@ -66,9 +64,7 @@ class EmbeddedContract : public Network {
             result.error ? oru_do_error_get_cause(result.error.get()) : nullptr;
         if (of_resource == nullptr)
             return "none";
-        Each<ORUDoPropErrs, ORUDoPropErr, oru_do_prop_errs_iter, oru_do_prop_errs_has_next,
-             oru_do_prop_errs_get_next>
-            each(oru_do_error_get_prop_errs(of_resource));
+        EachPropErr each(oru_do_error_get_prop_errs(of_resource));
         ORUDoPropErr *const entry = each();
         std::string words = oru_do_error_get_msg(of_resource);
         if (entry != nullptr)
