@@ -7,24 +7,10 @@
 
 namespace embedded {
 
-namespace {
-
-constexpr uint32_t kFailure = 3U << TRACELET_LEVEL_SHIFT;
-
-void trace(const char *words) {
-    static constexpr const char *kFormats[] = {"%s\n"};
-    static const uint16_t module = [] {
-        uint16_t id = 0;
-        tracelet_module_init_fn("orudbal", &id, nullptr);
-        return id;
-    }();
-    tracelet_emit(kFormats, 0, module, kFailure, words);
-}
-
-}  // namespace
-
 void Report::tell(int32_t code, const std::string &words) const {
-    trace(words.c_str());
+    static constexpr const char *kFormats[] = {"%s"};
+    tracelet_emit(kFormats, 0, trace_module(), kFailureLevel << TRACELET_LEVEL_SHIFT,
+                  words.c_str());
     if (listener_ == nullptr)
         return;
     const Error error(oru_do_error_new(code, words.c_str()));

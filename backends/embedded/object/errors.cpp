@@ -15,6 +15,15 @@ int32_t code_of(const std::exception &fault) {
     return store_fault->kind == StoreFault::Kind::busy ? ORU_RC_RESOURCE_LOCKED : ORU_RC_DATABASE;
 }
 
+uint16_t trace_module() {
+    static const uint16_t module = [] {
+        uint16_t id = 0;
+        tracelet_module_init_fn("orudbal", &id, nullptr);
+        return id;
+    }();
+    return module;
+}
+
 ErrorHolder::ErrorHolder() {
     table_.owner = this;
     ORUErrorIfc &entries = table_.table;
@@ -35,16 +44,10 @@ int32_t ErrorHolder::fail(int32_t code, const char *words) noexcept {
 }
 
 void ErrorHolder::trace(std::string_view where) const {
-    constexpr uint32_t kFailure = 3;
-    constexpr const char *kFormats[] = {"%.*s: %s"};
-    if (tracelet_get_threshold() < kFailure || !held_)
+    if (tracelet_get_threshold() < kFailureLevel || !held_)
         return;
-    static const uint16_t module = [] {
-        uint16_t id = 0;
-        tracelet_module_init_fn("orudbal", &id, nullptr);
-        return id;
-    }();
-    tracelet_emit(kFormats, 0, module, kFailure << TRACELET_LEVEL_SHIFT,
+    constexpr const char *kFormats[] = {"%.*s: %s"};
+    tracelet_emit(kFormats, 0, trace_module(), kFailureLevel << TRACELET_LEVEL_SHIFT,
                   static_cast<int>(where.size()), where.data(), oru_do_error_get_msg(held_.get()));
 }
 

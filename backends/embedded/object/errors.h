@@ -47,6 +47,10 @@ class ErrorHolder {
 /* The result code that stands for an exception of the back end. */
 int32_t code_of(const std::exception &fault);
 
+/* The level of failures, and the number under which the tracer knows the back end. */
+constexpr uint32_t kFailureLevel = 3;
+uint16_t trace_module();
+
 }  // namespace embedded
 
 #endif

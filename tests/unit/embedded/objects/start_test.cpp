@@ -284,7 +284,7 @@ TEST_F(EmbeddedStart, ReasonsAreTracedToo) {
     EXPECT_EQ(start(with), ORU_RC_GENERAL);
     tracelet_set_threshold(threshold);
     tracelet_set_sink(nullptr, nullptr);
-    EXPECT_EQ(traced, Texts{"3 the options have no root type\n"});
+    EXPECT_EQ(traced, Texts{"3 the options have no root type"});
     EXPECT_EQ(told, Texts());
 }
 
