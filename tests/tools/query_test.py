@@ -51,6 +51,17 @@ class Query(Database):
         self.fails("query", document("03-ports.xml"), "-p", "a=1", "-p", "a=2",
                    errors=["oructl: the parameter a is given twice"])
 
+    def test_parameters_that_are_missing_or_not_asked_for_are_told(self):
+        self.assertEqual(
+            self.does("query", document("03-ports.xml"), "-p", "slot=2", "-p", "mtus=1", errors=[
+                "the document asks for $mtu: -p mtu=VALUE",
+                'the document does not ask for $mtus; is it "mtu"?']), "")
+        read = '<l uri="/links;id=$$l" {} order="$o" batch-size="$b"><cost default=\'' \
+               '{{"_add()":["$n","$$m","$o"]}}\'> </cost><from/></l>'.format(LINK)
+        self.does("query", "-p", "b=1", read=read, status=1, errors=[
+            "-:1: <l>: an order is read in a collection only",
+            "the document asks for $o: -p o=VALUE", "the document asks for $n: -p n=VALUE"])
+
     def test_an_address_may_be_a_parameter(self):
         read = f'<l uri="$a" {LINK}><cost/></l>'
         self.assertEqual(self.does("query", "-p", "a=/links;id=L1", "-f", "table", read=read),

@@ -1,4 +1,5 @@
 // `oructl query`: answers a document of the data tree language from a database.
+#include <algorithm>
 #include <cstdio>
 #include <memory>
 #include <set>
@@ -7,6 +8,7 @@
 #include "command.h"
 #include "database.h"
 #include "dtl_check.h"
+#include "dtl_params.h"
 #include "fault_words.h"
 #include "model_words.h"
 #include "output.h"
@@ -35,6 +37,22 @@ NameValueList read_params(const std::vector<std::string> &texts) {
         oru_do_nvlist_add(params.get(), name.c_str(), read_free_value(name, value).get());
     }
     return params;
+}
+
+// Without a value a variable stays as its own text, which is seldom what was meant.
+void print_missing_params(const xmlNode *root, ORUDoNvlist *params) {
+    const std::vector<std::string> asked = params_of(root);
+    for (const std::string &name : asked) {
+        if (oru_do_nvlist_get_value(params, name.c_str()) == nullptr)
+            std::fprintf(stderr, "the document asks for $%s: -p %s=VALUE\n", name.c_str(),
+                         name.c_str());
+    }
+    for (int32_t i = 0; i < oru_do_nvlist_get_len(params); ++i) {
+        const std::string name = oru_do_nvlist_item_get_name(oru_do_nvlist_get_item(params, i));
+        if (std::ranges::find(asked, name) == asked.end())
+            std::fprintf(stderr, "the document does not ask for $%s%s\n", name.c_str(),
+                         similar_question(name, asked).c_str());
+    }
 }
 
 // Addresses that come from the user. The library ends the process at some, so that only what was
@@ -187,6 +205,7 @@ int run(const Arguments &arguments) {
         return kFaults;
     const NameValueList params = read_params(arguments.params);
     check_addresses(source, source.root(), params.get());
+    print_missing_params(source.root(), params.get());
     const Document document = read_document(source);
     if (document == nullptr)
         return kFaults;
