@@ -72,6 +72,10 @@ class Get(Database):
                 (["/links;id=L99"], "/links;id=L99: there is no such resource"),
                 (["/nothing"], "/nothing: there is no such resource"),
                 (["/chassis;id=1?wheels"], "/chassis;id=1?wheels: the model has no such collection"),
+                (["/chassis;id=1?slot"], "/chassis;id=1?slot: the model has no such collection; "
+                                         'is it "slots"?'),
+                (["/chassis;id=1?:Fan"], "/chassis;id=1?:Fan: the model has no such collection; "
+                                         'is it "com.example.network:1.0/Fan"?'),
                 (["/?:com.example.network:1.0/Nobody"],
                  "/?:com.example.network:1.0/Nobody: the model has no such collection"),
                 ([PORT, "alais"], 'com.example.network:1.0/Port has no attribute "alais"; '

@@ -5,6 +5,8 @@
 #include "addresses.h"
 #include "assignments.h"
 #include "command.h"
+#include "fault_words.h"
+#include "model_words.h"
 #include "output.h"
 #include "reading.h"
 
@@ -37,11 +39,31 @@ void get_resource(const Database &database, const Arguments &arguments) {
     std::fputs(resource_text(props.get(), arguments.form).c_str(), stdout);
 }
 
+// Where no collection is: what may have been meant by the reference or the type behind the `?`.
+std::string collection_question(const Database &database, const std::string &address) {
+    const size_t mark = address.find('?');
+    const size_t colon = address.find(':', mark);
+    if (colon != std::string::npos) {
+        const auto found = database.model().find_resources(address.substr(colon + 1));
+        return found.size() == 1 ? "; is it " + in_quotes(qualified_name(*found.front())) + "?"
+                                 : "";
+    }
+    const Address base = read_address(mark == 0 ? "/" : address.substr(0, mark));
+    const ORUMdMrMeta *const mr = type_by_model(database.root(), base);
+    std::vector<std::string> references;
+    for (const ORUMdRefMeta &ref : records(mr != nullptr ? mr->refs : nullptr)) {
+        if (ref.is_child != 0)
+            references.push_back(text_of(ref.name));
+    }
+    return similar_question(address.substr(mark + 1), references);
+}
+
 void get_collection(const Database &database, const Arguments &arguments) {
     check_collection(arguments.address);
     ORUMdMrMeta *const mr = type_of_collection(database, arguments.address);
     if (mr == nullptr)
-        throw Failure(arguments.address + ": the model has no such collection");
+        throw Failure(arguments.address + ": the model has no such collection" +
+                      collection_question(database, arguments.address));
     check_names(*mr, arguments.names);
     std::vector<std::string> names = arguments.names;
     if (names.empty()) {
