@@ -175,16 +175,17 @@ void Edit::give(Draft &draft, ORUDoProperties *props) {
 }
 
 void Edit::give(Draft &draft, const AttributeType &attribute, ORUDoValue *value) {
-    const bool is_new = !draft.before.exists() || draft.is_made_anew;
     if (attribute.role == AttributeType::Role::oper && authority_ != Authority::system)
         return fault(ORU_RC_ACCESS_DENIED, label(draft.place), "operational data is not configured",
                      attribute.name);
     const Value given = is_absent(value) ? Value() : in_type_of(attribute, value);
-    if (attribute.role == AttributeType::Role::key && !is_new) {
-        const Value old = draft.before.value(attribute);
-        if (!given || !old || oru_do_value_equals(given.get(), old.get()) == 0)
+    // what has its keys stands at its place, also when it was made by the same change
+    const Value key =
+        attribute.role == AttributeType::Role::key ? draft.after.value(attribute) : Value();
+    if (key) {
+        if (!given || oru_do_value_equals(given.get(), key.get()) == 0)
             fault(ORU_RC_ACCESS_DENIED, label(draft.place), "keys cannot be changed",
-                  attribute.name, old ? shown(attribute, old.get()) : std::string(),
+                  attribute.name, shown(attribute, key.get()),
                   given ? shown(attribute, given.get()) : std::string("nothing"));
         return;
     }
