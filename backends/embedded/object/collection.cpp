@@ -46,7 +46,7 @@ class Cursor final : public RowTaker {
         where_ = std::make_unique<Where>(where, *members->type, return_defaults);
         query.where = where_->condition();
         std::string fault;
-        if (!read_order(order, *members->type, query, texts_, fault))
+        if (!read_order(order, *members->type, return_defaults, query, texts_, fault))
             return errors.fail(ORU_RC_NO_SUCH_ATTRIBUTE,
                                ("there is no attribute to order by: " + fault).c_str());
         read_columns(*members->type, return_defaults, query);

@@ -231,8 +231,8 @@ bool is_key_order(const std::vector<Direction> &order, const ResourceType &type)
 
 }  // namespace
 
-bool read_order(ORUDoNlist *order, const ResourceType &type, Query &query, Texts &texts,
-                std::string &fault) {
+bool read_order(ORUDoNlist *order, const ResourceType &type, bool return_defaults, Query &query,
+                Texts &texts, std::string &fault) {
     std::vector<Direction> directions;
     EachName each(order);
     while (ORUDoName *name = each())
@@ -256,7 +256,7 @@ bool read_order(ORUDoNlist *order, const ResourceType &type, Query &query, Texts
             return false;
         }
         SortKey key{direction.name, direction.is_descending, is_by_length(attribute->type), {}};
-        if (attribute->default_value)
+        if (return_defaults && attribute->default_value)
             key.when_missing = cell_of(attribute->default_value.get(), texts);
         query.order.push_back(std::move(key));
     }

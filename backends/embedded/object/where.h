@@ -54,8 +54,8 @@ const AttributeType *common_attribute(const ResourceType &type, std::string_view
 
 /* How the rows of an order come out of the store. False for an order that the store does not know,
    with the name that it cannot order by in `fault`. */
-bool read_order(ORUDoNlist *order, const ResourceType &type, Query &query, Texts &texts,
-                std::string &fault);
+bool read_order(ORUDoNlist *order, const ResourceType &type, bool return_defaults, Query &query,
+                Texts &texts, std::string &fault);
 
 }  // namespace embedded
 
