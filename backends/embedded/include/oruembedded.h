@@ -52,8 +52,8 @@ typedef struct ORUEmbeddedOptions {
      * Is told why this start or a session of it was refused: with the code that the call gives, and
      * words with the file and what the system said. The error is lent. Called on the thread of the
      * call before that returns, which may be several at once; `context` is `report_context`, which
-     * lives until the next start or the shutdown. Null: nobody. The words are traced at level 3,
-     * too.
+     * lives until the next start that succeeds, or the shutdown. Null: nobody. The words are traced
+     * at level 3, too.
      */
     void (*report)(void *context, ORUDoError *error);
     void *report_context;
