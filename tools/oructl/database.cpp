@@ -128,7 +128,12 @@ Database::Database(const DatabaseOptions &options, Missing missing) : model_(opt
     with.report = Refusal::report;
     with.report_context = &refusal_;
     refusal_.check(oru_lib_init(nullptr, 0, &with));
-    session_ = open_session(options, refusal_);
+    try {
+        session_ = open_session(options, refusal_);
+    } catch (const Failure &) {
+        oru_lib_shutdown(0, 0, 0, 0, 0, 0);
+        throw;
+    }
 }
 
 Database::~Database() {
