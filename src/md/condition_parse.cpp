@@ -1,4 +1,5 @@
 // Conditions from text. What is wrong in a text is traced; the tree stands as far as it came.
+#include <cstring>
 #include <string_view>
 #include <utility>
 
@@ -158,10 +159,13 @@ void Parser::close_group() {
     --parens_;
 }
 
-// The first operator makes the group what it is.
+// The first operator makes the group what it is. The name that may stand in front of it, as in
+// "a.and", means nothing here.
 void Parser::join(NodeType type, char *&token) {
     if (current().op_str == nullptr) {
         current().type = type;
+        if (const char *dot = std::strrchr(token, '.'))
+            std::memmove(token, dot + 1, std::strlen(dot));
         current().op_str = std::exchange(token, nullptr);
     } else if (current().type != type) {
         ORU_TRACE(Level::failure, "Mixed operation\n");

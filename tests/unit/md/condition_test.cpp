@@ -479,6 +479,12 @@ TEST_F(ConditionTest, OperatorsMakeTheRootAndFirstTermsTakeItsPlace) {
     EXPECT_EQ(node->first_child, nullptr);
 }
 
+TEST_F(ConditionTest, OperatorOfAGroupIsItsKeywordAlone) {
+    for (const auto &[expression, op] :
+         {std::pair("a.values(1) x.y.and b.values(2)", "and"), std::pair("a.values(1) .or ", "or")})
+        EXPECT_STREQ(record_of(condition(expression)).root->op_str, op) << expression;
+}
+
 TEST_F(ConditionTest, LeafKeepsSixteenArguments) {
     const auto made = condition("c.values(1|2|3|4|5|6|7|8|9|10|11|12|13|14|15|16|17)");
     const NodeRecord &leaf = *record_of(made).root;
