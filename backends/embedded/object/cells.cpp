@@ -3,6 +3,7 @@
 #include <bit>
 #include <cmath>
 #include <cstring>
+#include <memory>
 
 namespace embedded {
 
@@ -45,7 +46,7 @@ Cell cell_of_json(ORUDoValue *value, Texts &texts) {
     const Buffer json = made<Buffer>(oru_do_strbuf_new());
     if (oru_do_value_to_json(value, json.get()) != ORU_OK)
         throw std::bad_alloc();
-    return Cell::of_text(texts.emplace_back(view(oru_do_strbuf_to_string(json.get()))));
+    return Cell::of_text(texts.emplace_back(text_in(json)));
 }
 
 double real_of(const Cell &cell) {
@@ -56,16 +57,35 @@ double real_of(const Cell &cell) {
 Value value_of_uri(int32_t type, std::string_view text) {
     const Uri uri = made<Uri>(oru_do_uri_new_l(text.data(), static_cast<int32_t>(text.size())));
     if (type == ORU_DO_TYPE_MR_URI)
-        return Value(oru_do_value_new_mr_uri(uri.get()));
-    return Value(type == ORU_DO_TYPE_COLL_URI ? oru_do_value_new_coll_uri(uri.get())
-                                              : oru_do_value_new_any_uri(uri.get()));
+        return made_value(oru_do_value_new_mr_uri(uri.get()));
+    return made_value(type == ORU_DO_TYPE_COLL_URI ? oru_do_value_new_coll_uri(uri.get())
+                                                   : oru_do_value_new_any_uri(uri.get()));
+}
+
+struct JsonContextDeleter {
+    void operator()(ORUDoJsonCtxData *context) const { oru_do_json_delete_ctx_data(context); }
+};
+
+/* Null for a text with an error, also where a value came out of it: it may be without some of its
+   members then. */
+Value read_json(std::string_view text) {
+    const std::unique_ptr<ORUDoJsonCtxData, JsonContextDeleter> context(
+        oru_do_json_parse(text.data(), static_cast<int32_t>(text.size()), 0));
+    if (context == nullptr || context->err != nullptr || context->completed_obj == nullptr)
+        return {};
+    const oru_json_type_info *const type =
+        oru_json_get_type_info_by_type_code(context->completed_type);
+    if (type == nullptr || type->value_type_code == ORU_DO_TYPE_UNKNOWN)
+        return {};
+    return Value(static_cast<ORUDoValue *>(std::exchange(context->completed_obj, nullptr)));
 }
 
 Value value_of_json(std::string_view text) {
-    ORUDoError *error = nullptr;
-    Value value(oru_do_value_from_json(text.data(), static_cast<int32_t>(text.size()), &error));
-    oru_do_error_deref(error);
-    if (!value)
+    Value value;
+    if (!certain(true, [&] {
+            value = read_json(text);
+            return static_cast<bool>(value);
+        }))
         throw StoreFault(StoreFault::Kind::damaged, "a value in the database cannot be read");
     return value;
 }
@@ -73,27 +93,27 @@ Value value_of_json(std::string_view text) {
 Value value_of_integer(int32_t type, int64_t number) {
     switch (type) {
         case ORU_DO_TYPE_UNSIGNED_BYTE:
-            return Value(oru_do_value_new_unsigned_byte(static_cast<uint8_t>(number)));
+            return made_value(oru_do_value_new_unsigned_byte(static_cast<uint8_t>(number)));
         case ORU_DO_TYPE_BYTE:
-            return Value(oru_do_value_new_byte(static_cast<int8_t>(number)));
+            return made_value(oru_do_value_new_byte(static_cast<int8_t>(number)));
         case ORU_DO_TYPE_UNSIGNED_SHORT:
-            return Value(oru_do_value_new_unsigned_short(static_cast<uint16_t>(number)));
+            return made_value(oru_do_value_new_unsigned_short(static_cast<uint16_t>(number)));
         case ORU_DO_TYPE_SHORT:
-            return Value(oru_do_value_new_short(static_cast<int16_t>(number)));
+            return made_value(oru_do_value_new_short(static_cast<int16_t>(number)));
         case ORU_DO_TYPE_UNSIGNED_INT:
-            return Value(oru_do_value_new_unsigned_int(static_cast<uint32_t>(number)));
+            return made_value(oru_do_value_new_unsigned_int(static_cast<uint32_t>(number)));
         case ORU_DO_TYPE_INT:
-            return Value(oru_do_value_new_int(static_cast<int32_t>(number)));
+            return made_value(oru_do_value_new_int(static_cast<int32_t>(number)));
         case ORU_DO_TYPE_UNSIGNED_LONG:
-            return Value(oru_do_value_new_unsigned_long(static_cast<uint64_t>(number)));
+            return made_value(oru_do_value_new_unsigned_long(static_cast<uint64_t>(number)));
         case ORU_DO_TYPE_LONG:
-            return Value(oru_do_value_new_long(number));
+            return made_value(oru_do_value_new_long(number));
         case ORU_DO_TYPE_BOOLEAN:
-            return Value(oru_do_value_new_boolean(static_cast<int32_t>(number)));
+            return made_value(oru_do_value_new_boolean(static_cast<int32_t>(number)));
         case ORU_DO_TYPE_DATETIME:
-            return Value(oru_do_value_new_datetime(number));
+            return made_value(oru_do_value_new_datetime(number));
         case ORU_DO_TYPE_DURATION:
-            return Value(oru_do_value_new_duration(number));
+            return made_value(oru_do_value_new_duration(number));
         default:
             throw StoreFault(StoreFault::Kind::damaged, "a number of a type without numbers");
     }
@@ -105,23 +125,23 @@ Value plain_value_of(int32_t type, const Cell &cell) {
     const auto length = static_cast<int32_t>(cell.bytes.size());
     switch (type) {
         case ORU_DO_TYPE_STRING:
-            return Value(oru_do_value_new_string_l(bytes, length));
+            return made_value(oru_do_value_new_string_l(bytes, length));
         case ORU_DO_TYPE_ENUMERATION:
-            return Value(oru_do_value_new_enumeration_l(bytes, length));
+            return made_value(oru_do_value_new_enumeration_l(bytes, length));
         case ORU_DO_TYPE_FLOAT:
-            return Value(oru_do_value_new_float(static_cast<float>(real_of(cell))));
+            return made_value(oru_do_value_new_float(static_cast<float>(real_of(cell))));
         case ORU_DO_TYPE_DOUBLE:
-            return Value(oru_do_value_new_double(real_of(cell)));
+            return made_value(oru_do_value_new_double(real_of(cell)));
         case ORU_DO_TYPE_ANY_URI:
         case ORU_DO_TYPE_MR_URI:
         case ORU_DO_TYPE_COLL_URI:
             return value_of_uri(type, {bytes, cell.bytes.size()});
         case ORU_DO_TYPE_HEX_BINARY:
-            return Value(oru_do_value_new_hex_binary(bytes, length));
+            return made_value(oru_do_value_new_hex_binary(bytes, length));
         case ORU_DO_TYPE_IP_ADDRESS:
-            return Value(oru_do_value_new_ip_address(bytes, length));
+            return made_value(oru_do_value_new_ip_address(bytes, length));
         case ORU_DO_TYPE_NSAP_ADDRESS:
-            return Value(oru_do_value_new_nsap_address(bytes, length));
+            return made_value(oru_do_value_new_nsap_address(bytes, length));
         case ORU_DO_TYPE_CHOICE:
         case ORU_DO_TYPE_SEQUENCE:
         case ORU_DO_TYPE_ARRAY:
@@ -179,13 +199,10 @@ Cell cell_of(ORUDoValue *value, Texts &texts) {
 
 Value value_of(const Attribute &attribute) {
     if (attribute.cell.kind == Cell::Kind::null)
-        return made<Value>(oru_do_value_new_null());
+        return made_value(oru_do_value_new_null());
     Value value = plain_value_of(attribute.type, attribute.cell);
-    if (!value)
-        throw std::bad_alloc();
     if (!attribute.type_name.empty())
-        oru_do_value_set_typedef_name_l(value.get(), attribute.type_name.data(),
-                                        static_cast<int32_t>(attribute.type_name.size()));
+        set_type_name(value, attribute.type_name);
     return value;
 }
 

@@ -24,7 +24,7 @@ class RecordsByType {
 
   private:
     static void read(const ResourceType &type, Records &records) {
-        ORUMdMrMeta *const meta = oru_md_get_mr_meta_by_name(type.name.c_str());
+        ORUMdMrMeta *const meta = find_record(type.name.c_str());
         for (const AttributeType &attribute : type.attributes) {
             const bool is_known = meta != nullptr && attribute.role != AttributeType::Role::peer;
             records.push_back(is_known ? oru_md_get_attr_meta_w_str(meta, attribute.name.c_str())
@@ -198,8 +198,10 @@ class Checker {
     void check_value(const Draft &draft, const AttributeType &attribute, ORUMdAttrMeta *record,
                      const Value &value) {
         ORUDoProperties *const props = draft.after.props.get();
-        int32_t code =
-            record != nullptr ? oru_md_eval_attr_constraint(record, value.get(), props) : ORU_OK;
+        int32_t code = certain(int32_t{ORU_OK}, [&] {
+            return record != nullptr ? oru_md_eval_attr_constraint(record, value.get(), props)
+                                     : int32_t{ORU_OK};
+        });
         // the library takes a value of the elements' type, too
         if (code == ORU_OK && attribute.is_many && oru_do_value_is_array(value.get()) == 0)
             code = ORU_RC_TYPE_COMPATIBILITY;
@@ -239,10 +241,10 @@ class Checker {
             check_reference(draft, attribute, uri);
         ORUDoConstraintList *const list =
             oru_do_prop_meta_get_constraint_list(attribute.meta.get());
-        const int32_t rest = list != nullptr
-                                 ? oru_do_constraint_list_eval(list, attribute.object.get(),
-                                                               value.get(), draft.after.props.get())
-                                 : ORU_OK;
+        const int32_t rest = certain(int32_t{ORU_OK}, [&] {
+            return oru_do_constraint_list_eval(list, attribute.object.get(), value.get(),
+                                               draft.after.props.get());
+        });
         if (rest != ORU_OK)
             fault(draft, rest, attribute.name, {},
                   expectation(attribute, rest, draft.after.props.get()),
@@ -377,8 +379,9 @@ class Checker {
     void check_least_numbers(const Draft &draft, std::set<std::string> &seen) {
         for (const ChildReference &reference : draft.after.type->children) {
             ORUDoConstraint *const constraint = size_constraint_of(reference);
-            if (constraint == nullptr ||
-                oru_do_range_eval_long(oru_do_constraint_get_size(constraint), 0) != 0)
+            if (constraint == nullptr || certain(true, [&] {
+                    return oru_do_range_eval_long(oru_do_constraint_get_size(constraint), 0) != 0;
+                }))
                 continue;
             const Place collection = below(draft.place, reference.name);
             if (seen.insert(collection.key).second)
@@ -403,7 +406,9 @@ class Checker {
             return;
         ORUDoRange *const size = oru_do_constraint_get_size(constraint);
         const size_t count = drafts_.count_after(range_of(collection.key), greatest_in(size));
-        if (oru_do_range_eval_long(size, static_cast<int64_t>(count)) == 0)
+        if (!certain(true, [&] {
+                return oru_do_range_eval_long(size, static_cast<int64_t>(count)) != 0;
+            }))
             fault(parent, ORU_RC_COLL_SIZE_CONSTRAINT, reference.name,
                   "the number of children does not fit",
                   std::string(view(oru_do_constraint_get_str(constraint))), std::to_string(count));

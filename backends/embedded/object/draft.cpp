@@ -33,6 +33,20 @@ void set_property(Properties &props, const AttributeType &attribute, const Value
     set_property(props.get(), attribute.object.get(), value);
 }
 
+namespace {
+
+/* All of them: the copy of the library leaves out what it has no memory for. */
+Properties copy_of(const Properties &props) {
+    Properties copy = made<Properties>(oru_do_properties_new());
+    EachProperty each(props.get());
+    while (ORUDoProperty *property = each())
+        set_property(copy.get(), oru_do_property_get_name(property),
+                     Value::share(oru_do_property_get_value(property)));
+    return copy;
+}
+
+}  // namespace
+
 /* Makes the states of the rows that it is handed. Secrets stay as they are kept. */
 class DraftReader final : public RowSink {
   public:
@@ -59,8 +73,7 @@ class DraftReader final : public RowSink {
         if (draft_ == nullptr)
             return;
         draft_->after.type = draft_->before.type;
-        draft_->after.props =
-            made<Properties>(oru_do_properties_new_init(draft_->before.props.get()));
+        draft_->after.props = copy_of(draft_->before.props);
         draft_ = nullptr;
     }
 

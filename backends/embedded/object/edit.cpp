@@ -74,6 +74,19 @@ bool Edit::is_denied(const ResourceType &type, uint8_t access, const std::string
 
 /* ---- Create ---- */
 
+namespace {
+
+/* Whether the library takes a text for an address: there are at most so many segments, and longest
+   names. */
+bool is_address(const std::string &text) {
+    return certain(true, [&] {
+        const Uri uri(oru_do_uri_validate_new(text.c_str()));
+        return static_cast<bool>(uri);
+    });
+}
+
+}  // namespace
+
 /* The type that was asked for, or the only one that the reference allows. */
 const ResourceType *Edit::choose_type(ORUDoConfigOp *operation, const ChildReference &reference,
                                       const std::string &address) {
@@ -132,7 +145,7 @@ void Edit::create(ORUDoConfigOp *operation) {
     const std::string address = label(place);
     if (is_denied(*type, ORU_ACCESS_CREATE, address))
         return;
-    if (!Uri(oru_do_uri_new(address.c_str())))
+    if (!is_address(address))
         return fault(ORU_RC_INVALID_URI, label(below(parent->place, name)),
                      "the keys make no address");
     if (place.key.size() > drafts_.source().store->limits().key_bytes)
@@ -220,7 +233,7 @@ std::string shown(const AttributeType &attribute, ORUDoValue *value) {
         return "<removed>";
     const Buffer buffer = made<Buffer>(oru_do_strbuf_new());
     oru_do_value_to_strbuf_opt(value, 0, buffer.get(), ORU_DO_OPT_HIDE_SECRETS);
-    std::string text(view(oru_do_strbuf_to_string(buffer.get())));
+    std::string text = text_in(buffer);
     if (text.size() > kMost)
         text = text.substr(0, kMost) + "...";
     return text.empty() ? "an empty value" : text;

@@ -72,6 +72,9 @@ Error errors_of_attributes(const FaultsOfResource &resource, Error cause) {
             const Error of_attribute =
                 made<Error>(oru_do_error_new(fault->code, words_of(*fault).c_str()));
             oru_do_error_set_prop_err(cause.get(), name.get(), of_attribute.get());
+            ORUDoPropErrs *const set = oru_do_error_get_prop_errs(cause.get());
+            if (set == nullptr || oru_do_prop_errs_get_err(set, name.get()) == nullptr)
+                throw std::bad_alloc();
         }
     }
     return cause;

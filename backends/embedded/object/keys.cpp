@@ -77,7 +77,7 @@ void append_name(Place &place, const AttributeType &key) {
 std::string key_text_of(ORUDoValue *value) {
     const Buffer buffer = made<Buffer>(oru_do_strbuf_new());
     oru_do_uri_value_to_keystr(value, buffer.get());
-    return std::string(view(oru_do_strbuf_to_string(buffer.get())));
+    return text_in(buffer);
 }
 
 /* The keys of the other types: addresses and bytes as bytes, what is left as text. */
@@ -117,14 +117,14 @@ Value value_of_key_text(const AttributeType &key, const std::string &text) {
     const bool is_address = key.type == ORU_DO_TYPE_IP_ADDRESS;
     const bool is_digits = text.find_first_not_of("0123456789abcdefABCDEF") == std::string::npos;
     if (!is_address || !is_digits)
-        return Value(oru_do_value_new_from_string(text.c_str(), key.type, &status));
-    const Value bytes(oru_do_value_new_from_string(text.c_str(), ORU_DO_TYPE_HEX_BINARY, &status));
+        return value_from_text(text, key.type);
+    const Value bytes = value_from_text(text, ORU_DO_TYPE_HEX_BINARY);
     int32_t length = 0;
     if (!bytes)
         return {};
     const uint8_t *const data = oru_do_value_get_hex_binary(bytes.get(), &length, &status);
     const bool is_whole = length == 4 || length == 5 || length == 16 || length == 17;
-    return is_whole ? Value(oru_do_value_new_ip_address(data, length)) : Value();
+    return is_whole ? made_value(oru_do_value_new_ip_address(data, length)) : Value();
 }
 
 }  // namespace
@@ -234,7 +234,7 @@ bool add_key_value(Place &place, const AttributeType &key, ORUDoValue *value) {
     }
     const Buffer text = made<Buffer>(oru_do_strbuf_new());
     return oru_do_uri_value_to_keystr(value, text.get()) == ORU_OK &&
-           add_key_text(place, key, view(oru_do_strbuf_to_string(text.get())));
+           add_key_text(place, key, text_in(text));
 }
 
 Place begin_secondary_key(const Place &collection, size_t group) {

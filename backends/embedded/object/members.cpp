@@ -120,8 +120,9 @@ class InnerChecker {
     /* Conditions have nothing but the value to ask about. */
     bool is_kept(const ConstraintList &list, const ValueType::Member &member, ORUDoValue *value,
                  const std::string &path) {
-        const int32_t code =
-            oru_do_constraint_list_eval(list.get(), member.name.get(), value, nullptr);
+        const int32_t code = certain(int32_t{ORU_OK}, [&] {
+            return oru_do_constraint_list_eval(list.get(), member.name.get(), value, nullptr);
+        });
         if (code != ORU_OK)
             fault(code, path, ": " + std::string(view(oru_do_get_err_msg(code))),
                   constraint_in(list.get(), member.name.get()), value);

@@ -50,10 +50,10 @@ std::array<ORUDoConstraintList *, 2> constraints_of(ORUDoPropMeta *meta) {
 
 /* A value that says of itself that nobody set it. */
 Value flagged_as_default(ORUDoValue *value) {
-    Value copy = made<Value>(oru_do_value_clone(value));
+    Value copy = made_value(oru_do_value_clone(value));
     const char *const type_name = oru_do_value_get_typedef_name(value);
     if (type_name != nullptr)
-        oru_do_value_set_typedef_name(copy.get(), type_name);
+        set_type_name(copy, type_name);
     oru_do_value_set_default_flag(copy.get());
     return copy;
 }
@@ -77,9 +77,11 @@ void read_default(AttributeType &attribute) {
             continue;
         is_conditional = true;
         ORUDoNlist *names = nullptr;
-        oru_do_constraint_list_get_cond_prop_names(list, ORU_CONSTRAINT_CONDITIONAL_DEFAULT,
-                                                   &names);
+        const int32_t code = oru_do_constraint_list_get_cond_prop_names(
+            list, ORU_CONSTRAINT_CONDITIONAL_DEFAULT, &names);
         const NameList held(names);
+        if (code != ORU_OK)
+            throw std::bad_alloc();
         EachName each(names);
         while (ORUDoName *name = each())
             attribute.default_depends_on.emplace_back(text_of(name));
@@ -281,11 +283,20 @@ class ModelReader {
     std::vector<std::pair<const ORUMdMrMeta *, ResourceType *>> waiting_;
 };
 
+ORUMdMrMeta *find_record(const char *name) {
+    ORUMdMrMeta *record = nullptr;
+    certain(true, [&] {
+        record = oru_md_get_mr_meta_by_name(name);
+        return record != nullptr;
+    });
+    return record;
+}
+
 std::unique_ptr<Model> Model::take(const char *root_type) {
     auto model = std::make_unique<Model>();
     const MetadataLock lock;
     ModelReader reader(*model);
-    model->root_ = reader.add(oru_md_get_mr_meta_by_name(root_type));
+    model->root_ = reader.add(find_record(root_type));
     reader.read_all();
     return model->root_ != nullptr ? std::move(model) : nullptr;
 }

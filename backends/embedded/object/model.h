@@ -122,6 +122,9 @@ class Model {
     const ResourceType *root_ = nullptr;
 };
 
+/* The record of a type in the metadata, under the lock on it; null for none. */
+ORUMdMrMeta *find_record(const char *name);
+
 }  // namespace embedded
 
 #endif

@@ -58,7 +58,7 @@ void RowReader::row(const Row &row) {
     has_row_ = true;
     if (kind_ != row.kind) {
         kind_ = row.kind;
-        kind_value_ = made<Value>(oru_do_value_new_string(kind_.c_str()));
+        kind_value_ = made_value(oru_do_value_new_string(kind_.c_str()));
         enter_type();
     }
     set(ORU_DO_NAME_MR, kind_value_);
@@ -66,7 +66,7 @@ void RowReader::row(const Row &row) {
         return;
     const Uri uri =
         made<Uri>(oru_do_uri_new_l(row.label.data(), static_cast<int32_t>(row.label.size())));
-    set(ORU_DO_NAME_URI, made<Value>(oru_do_value_new_mr_uri(uri.get())));
+    set(ORU_DO_NAME_URI, made_value(oru_do_value_new_mr_uri(uri.get())));
 }
 
 void RowReader::enter_type() {

@@ -78,7 +78,7 @@ std::string_view text_of(ORUDoValue *value) {
 }
 
 Value text_value(const std::string &text) {
-    return made<Value>(oru_do_value_new_string_l(text.c_str(), static_cast<int32_t>(text.size())));
+    return made_value(oru_do_value_new_string_l(text.c_str(), static_cast<int32_t>(text.size())));
 }
 
 }  // namespace

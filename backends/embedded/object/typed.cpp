@@ -38,8 +38,8 @@ ORUDoNvlist *members_of(ORUDoValue *value) {
 }
 
 Value of_members(int32_t type, const NameValueList &members) {
-    return made<Value>(type == ORU_DO_TYPE_CHOICE ? oru_do_value_new_choice(members.get())
-                                                  : oru_do_value_new_sequence(members.get()));
+    return made_value(type == ORU_DO_TYPE_CHOICE ? oru_do_value_new_choice(members.get())
+                                                 : oru_do_value_new_sequence(members.get()));
 }
 
 bool is_composed(ORUDoValue *value) {
@@ -50,8 +50,7 @@ bool is_composed(ORUDoValue *value) {
 /* Names a value that is nobody else's. */
 Value named(Value made_here, std::string_view type_name) {
     if (!type_name.empty())
-        oru_do_value_set_typedef_name_l(made_here.get(), type_name.data(),
-                                        static_cast<int32_t>(type_name.size()));
+        set_type_name(made_here, type_name);
     return made_here;
 }
 
@@ -64,7 +63,7 @@ Value with_name(const Value &value, ORUDoValue *given, std::string_view type_nam
         return named(value, type_name);
     if (is_composed(given))
         return value;
-    const Value copy = made<Value>(oru_do_value_clone(given));
+    const Value copy = made_value(oru_do_value_clone(given));
     oru_do_value_set_flags(copy.get(), 0);
     return named(copy, type_name);
 }
@@ -84,9 +83,8 @@ std::string number_text(ORUDoValue *value) {
 
 /* A number in another width, when it fits. */
 Value number_in_type(int32_t type, ORUDoValue *value) {
-    int32_t status = 0;
     const std::string text = number_text(value);
-    const Value number(oru_do_value_new_from_string(text.c_str(), type, &status));
+    const Value number = value_from_text(text, type);
     return number && number_text(number.get()) == text ? number : Value::share(value);
 }
 
@@ -98,14 +96,14 @@ Value scalar_in_type(int32_t type, ORUDoValue *value) {
     if (is_integer_type(type) && is_integer_type(given))
         return number_in_type(type, value);
     if (type == ORU_DO_TYPE_STRING && given == ORU_DO_TYPE_ENUMERATION)
-        return made<Value>(oru_do_value_new_string(oru_do_value_get_enumeration(value, &status)));
+        return made_value(oru_do_value_new_string(oru_do_value_get_enumeration(value, &status)));
     if (given != ORU_DO_TYPE_STRING)
         return Value::share(value);
     const char *const text = oru_do_value_get_string(value, &status);
     if (type == ORU_DO_TYPE_ENUMERATION)
-        return made<Value>(oru_do_value_new_enumeration(text));
+        return made_value(oru_do_value_new_enumeration(text));
     if (type == ORU_DO_TYPE_MR_URI)
-        return made<Value>(oru_do_value_new_mr_uri(made<Uri>(oru_do_uri_new(text)).get()));
+        return made_value(oru_do_value_new_mr_uri(made<Uri>(oru_do_uri_new(text)).get()));
     return Value::share(value);
 }
 
@@ -144,7 +142,7 @@ Value in_type_of(const AttributeType &attribute, ORUDoValue *value) {
         map_list(oru_do_value_get_array(value, &status),
                  [&](ORUDoValue *element) { return in_type(attribute.type, type, element); });
     // the wire form keeps the name of the elements' type with the array
-    return named(made<Value>(oru_do_value_new_array(elements.get())), attribute.type_name);
+    return named(made_value(oru_do_value_new_array(elements.get())), attribute.type_name);
 }
 
 namespace {
@@ -169,7 +167,7 @@ Value replace_secrets(const Value &value, const ReplaceSecret &replace) {
         const ValueList elements =
             map_list(oru_do_value_get_array(value.get(), &status),
                      [&](ORUDoValue *element) { return replace_inner(element, replace); });
-        return named(made<Value>(oru_do_value_new_array(elements.get())), type_name);
+        return named(made_value(oru_do_value_new_array(elements.get())), type_name);
     }
     const NameValueList members = map_members(
         members_of(value.get()),

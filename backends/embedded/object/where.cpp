@@ -57,14 +57,29 @@ bool compares_exactly(const AttributeType &attribute, ORUDoValue *operand, Kind 
            oru_do_value_is_string(operand) != 0;
 }
 
+/* A condition that could not be built whole says nothing of it, but another one that is built like
+   it differs. */
+WhereCondition whole_condition(ORUDoNvlist *clause) {
+    const auto build = [&] {
+        return made<WhereCondition>(oru_do_condition_new_from_where(clause));
+    };
+    const auto text_of = [](const WhereCondition &condition) {
+        return std::string(view(oru_do_condition_get_expr(condition.get())));
+    };
+    WhereCondition condition = build();
+    if (text_of(condition) != text_of(build()))
+        throw std::bad_alloc();
+    require_memory();
+    return condition;
+}
+
 /* Whether a value fits an item, as the library has it. */
 bool fits_item(ORUDoNvlistItem *item, const std::string &name, ORUDoValue *value) {
     const NameValueList clause = made<NameValueList>(oru_do_nvlist_new());
     if (oru_do_nvlist_add(clause.get(), oru_do_nvlist_item_get_name(item),
                           oru_do_nvlist_item_get_value(item)) < 0)
         throw std::bad_alloc();
-    const WhereCondition condition =
-        made<WhereCondition>(oru_do_condition_new_from_where(clause.get()));
+    const WhereCondition condition = whole_condition(clause.get());
     const NameList names = made<NameList>(oru_do_nlist_new());
     const ValueList values = made<ValueList>(oru_do_vlist_new());
     if (oru_do_nlist_add_string(names.get(), name.c_str()) < 1 ||
@@ -84,7 +99,7 @@ Where::Where(ORUDoNvlist *clause, const ResourceType &type, bool return_defaults
     has_condition_ = !condition_.parts.empty();
     if (is_exact)
         return;
-    rest_ = made<WhereCondition>(oru_do_condition_new_from_where(clause));
+    rest_ = whole_condition(clause);
     collect_names(clause);
 }
 

@@ -130,7 +130,7 @@ class Writer {
             if (oru_do_vlist_add(list.get(), with_full_address(element).get()) < 0)
                 throw std::bad_alloc();
         }
-        return made<Value>(oru_do_value_new_array(list.get()));
+        return made_value(oru_do_value_new_array(list.get()));
     }
 
     Value with_full_address(ORUDoValue *value) {
@@ -141,7 +141,7 @@ class Writer {
             return Value::share(value);
         const std::string label = drafts_.source().addresses.label_of(target->place);
         const Uri full = made<Uri>(oru_do_uri_new(label.c_str()));
-        return made<Value>(oru_do_value_new_mr_uri(full.get()));
+        return made_value(oru_do_value_new_mr_uri(full.get()));
     }
 
     /* ---- Rows that lead to the resource ---- */

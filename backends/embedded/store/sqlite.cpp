@@ -42,7 +42,7 @@ std::string words_of(sqlite3 *database, int result) {
 
 /* Throws what the engine's last result means. */
 [[noreturn]] void fail(sqlite3 *database, int result) {
-    if ((result & 0xff) == SQLITE_NOMEM)
+    if ((result & 0xff) == SQLITE_NOMEM || result == SQLITE_IOERR_NOMEM)
         throw std::bad_alloc();
     throw StoreFault(kind_of(result), words_of(database, result));
 }
@@ -136,6 +136,9 @@ bool Statement::is_null(int column) const {
 std::string_view Statement::bytes(int column) const {
     const void *const data = sqlite3_column_blob(handle_.get(), column);
     const int size = sqlite3_column_bytes(handle_.get(), column);
+    // no bytes have no address either
+    if (data == nullptr && sqlite3_errcode(sqlite3_db_handle(handle_.get())) == SQLITE_NOMEM)
+        throw std::bad_alloc();
     return {static_cast<const char *>(data), static_cast<size_t>(size)};
 }
 
@@ -166,6 +169,7 @@ Connection::Connection(const std::string &path) {
     begin_read_ = prepare("BEGIN");
     begin_write_ = prepare("BEGIN IMMEDIATE");
     commit_ = prepare("COMMIT");
+    rollback_ = prepare("ROLLBACK");
 }
 
 void Connection::execute(const char *sql) {
@@ -174,14 +178,23 @@ void Connection::execute(const char *sql) {
         fail(get(), result);
 }
 
+void Connection::roll_back() {
+    if (sqlite3_get_autocommit(get()) != 0)
+        return;
+    sqlite3_step(rollback_.get());
+    sqlite3_reset(rollback_.get());
+}
+
 Transaction::Transaction(Connection &connection, Aim aim) : connection_(connection) {
+    // the last one may have had no memory left to end
+    connection.roll_back();
     (aim == Aim::read ? connection.begin_read_ : connection.begin_write_).run();
 }
 
 Transaction::~Transaction() {
     // the engine may have rolled back by itself, on a full disk for instance
-    if (open_ && sqlite3_get_autocommit(connection_.get()) == 0)
-        sqlite3_exec(connection_.get(), "ROLLBACK", nullptr, nullptr, nullptr);
+    if (open_)
+        connection_.roll_back();
 }
 
 void Transaction::commit() {

@@ -41,6 +41,8 @@ class Statement {
 
     void reset();
 
+    sqlite3_stmt *get() const { return handle_.get(); }
+
     int64_t integer(int column) const { return sqlite3_column_int64(handle_.get(), column); }
     bool is_null(int column) const;
     std::string_view bytes(int column) const;
@@ -83,10 +85,14 @@ class Connection {
   private:
     friend class Transaction;
 
+    /* Ends a transaction that is open, without what it wrote. */
+    void roll_back();
+
     DatabaseHandle handle_;
     Statement begin_read_;
     Statement begin_write_;
     Statement commit_;
+    Statement rollback_; /* made beforehand: one may have to be rolled back for want of memory */
 };
 
 /* A transaction that is rolled back unless it was committed. */
