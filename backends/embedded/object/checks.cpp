@@ -301,7 +301,7 @@ class Checker {
     /* Who referred to the resource before the change, and is there behind it. */
     std::vector<const Draft *> referrers_of(const Draft &draft) {
         std::vector<const Draft *> found;
-        if (!draft.before.exists())
+        if (!draft.was_there())
             return found;
         for (const std::string &key : drafts_.keys(links_to(draft.place.key))) {
             const Draft &from = drafts_.at(place_of(source_of_link(key)));
@@ -340,7 +340,7 @@ class Checker {
         const auto [at, is_new] = taken_.emplace(key, &draft);
         if (!is_new && at->second != &draft)
             return true;
-        const std::optional<Place> owner = drafts_.owner_of(key);
+        const std::optional<Place> owner = drafts_.stored_owner_of(key);
         if (!owner || owner->key == draft.place.key)
             return false;
         const Draft &other = drafts_.at(*owner);
@@ -356,7 +356,7 @@ class Checker {
     void check_numbers(const std::vector<Draft *> &touched) {
         std::set<std::string> seen;
         for (const Draft *draft : touched) {
-            if (draft->before.exists() != draft->after.exists())
+            if (draft->was_there() != draft->is_there())
                 check_number_beside(*draft, seen);
         }
         for (const Draft *draft : touched) {

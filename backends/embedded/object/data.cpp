@@ -16,10 +16,12 @@ class ValueTaker final : public RowTaker {
     ValueTaker(size_t wanted, ORUDoVlist *values) : wanted_(wanted), values_(values) {}
 
     void take(const std::vector<Value> &values) override {
+        was_there = true;
         for (size_t i = 0; i < wanted_ && code == ORU_OK; i++)
             code = add_value(values_, values[i]);
     }
 
+    bool was_there = false;
     int32_t code = ORU_OK;
 
   private:
@@ -45,6 +47,9 @@ class PropertyTaker final : public RowSink {
             values_[static_cast<size_t>(known - type_->attributes.data())] =
                 secrets_.open(value_of(attribute));
     }
+
+    /* Whether the model knows the type of the resource. */
+    bool is_known() const { return type_ != nullptr; }
 
     void finish(ORUDoProperties *props) const {
         for (size_t i = 0; i < values_.size(); i++) {
@@ -121,9 +126,9 @@ int32_t DataInterface::get_values(ORUDoUri *uri, ORUDoNlist *names, bool return_
         RowReader reader(*source_->model, columns, *source_->secrets, return_defaults, taker);
         const ReadStatus status =
             source_->store->read(target->place.key, &columns.names(), kNewest, reader);
-        if (status == ReadStatus::missing)
-            return no_such_resource(uri);
         reader.finish();
+        if (status == ReadStatus::missing || !taker.was_there)
+            return no_such_resource(uri);
         return taker.code;
     });
 }
@@ -136,7 +141,7 @@ int32_t DataInterface::get_props(ORUDoUri *uri, bool is_operational, ORUDoProper
             return no_such_resource(uri);
         PropertyTaker taker(*source_->model, *source_->secrets, is_operational);
         const ReadStatus status = source_->store->read(target->place.key, nullptr, kNewest, taker);
-        if (status == ReadStatus::missing)
+        if (status == ReadStatus::missing || !taker.is_known())
             return no_such_resource(uri);
         taker.finish(props);
         return ORU_OK;

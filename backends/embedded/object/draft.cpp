@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "indexes.h"
+
 namespace embedded {
 
 namespace {
@@ -58,6 +60,8 @@ class DraftReader final : public RowSink {
         const size_t location = drafts_.source_.addresses.location().size();
         draft_->place = {std::string(row.key), std::string(row.label.substr(location))};
         draft_->before.type = drafts_.source_.model->find(row.kind);
+        if (!draft_->before.exists())
+            draft_->unknown_kind = row.kind;
         draft_->before.props = made<Properties>(oru_do_properties_new());
     }
 
@@ -171,9 +175,58 @@ std::optional<Target> Drafts::resolve(std::string_view address) {
                                      [this](const std::string &key) { return owner_of(key); });
 }
 
-std::optional<Place> Drafts::owner_of(const std::string &key) {
+std::optional<Place> Drafts::stored_owner_of(const std::string &key) {
     ranges_.push_back(only(key));
     return source_.owner_of(key, at_);
+}
+
+/* ---- Secondary keys on the way ---- */
+
+void Drafts::note_change(Draft &draft) {
+    const auto has_some = [](const Draft::State &state) {
+        return state.exists() && !state.type->secondary_keys.empty();
+    };
+    if (has_some(draft.before) || has_some(draft.after))
+        changed_.push_back(&draft);
+}
+
+Drafts::Keys Drafts::secondary_keys_of(const Draft &draft, const Draft::State &state) const {
+    Keys keys;
+    if (!state.exists())
+        return keys;
+    IndexRows rows;
+    add_secondary_keys(source_, draft.place, state, rows);
+    for (const auto &[key, label] : rows)
+        keys.push_back(key);
+    return keys;
+}
+
+/* First all of them let go of what they had, then they take what they have. */
+void Drafts::catch_up() {
+    for (const Draft *draft : changed_) {
+        const auto known = keys_of_changed_.find(draft);
+        const Keys had = known != keys_of_changed_.end() ? std::move(known->second)
+                                                         : secondary_keys_of(*draft, draft->before);
+        keys_of_changed_[draft] = {};
+        for (const std::string &key : had) {
+            std::optional<Place> &owner = owners_.try_emplace(key, draft->place).first->second;
+            if (owner && owner->key == draft->place.key)
+                owner.reset();
+        }
+    }
+    for (const Draft *draft : changed_) {
+        Keys has = secondary_keys_of(*draft, draft->after);
+        for (const std::string &key : has)
+            owners_[key] = draft->place;
+        keys_of_changed_[draft] = std::move(has);
+    }
+    changed_.clear();
+}
+
+std::optional<Place> Drafts::owner_of(const std::string &key) {
+    catch_up();
+    const auto known = owners_.find(key);
+    return known != owners_.end() ? known->second : stored_owner_of(key);
 }
 
 std::vector<Draft *> Drafts::below(const Place &place) {
@@ -192,8 +245,8 @@ size_t Drafts::count_after(const Range &range, size_t most) {
     size_t gone = 0;
     const auto end = drafts_.lower_bound(range.end);
     for (auto at = drafts_.lower_bound(range.first); at != end; ++at) {
-        made += !at->second.before.exists() && at->second.after.exists() ? 1 : 0;
-        gone += at->second.before.exists() && !at->second.after.exists() ? 1 : 0;
+        made += !at->second.was_there() && at->second.is_there() ? 1 : 0;
+        gone += at->second.was_there() && !at->second.is_there() ? 1 : 0;
     }
     // all that the drafts take away may be among those that are read
     return keys(range, most + 1 + gone).size() + made - gone;

@@ -19,12 +19,19 @@ struct Draft {
         Value value(const AttributeType &attribute) const;
     };
 
+    /* Whether something stands at the address, a resource whose type the model does not know
+       included. */
+    bool was_there() const { return before.exists() || !unknown_kind.empty(); }
+    bool is_there() const { return after.exists() || (!unknown_kind.empty() && !is_dropped); }
+
     Place place;
     State before;
     State after;
+    std::string unknown_kind;    /* the type of what is there, when the model does not know it */
     std::set<std::string> given; /* the attributes that operations gave a value */
     bool is_touched = false;     /* by an operation */
     bool is_made_anew = false;   /* deleted, and created again */
+    bool is_dropped = false;     /* what is there of an unknown type goes */
 };
 
 /* Sets a property, or takes it away for a null value. */
@@ -42,11 +49,14 @@ class Drafts {
     /* Reads all that is in a range into drafts. */
     void read(const Range &range);
 
-    /* What an address names in the store, before the change: also by secondary keys. */
+    /* What an address names after the operations so far: also by secondary keys. */
     std::optional<Target> resolve(std::string_view address);
 
-    /* The resource that a row names by its label, of a row that is none of a resource itself. */
-    std::optional<Place> owner_of(const std::string &key);
+    /* To be told after each change to a draft by an operation: its secondary keys may be others. */
+    void note_change(Draft &draft);
+
+    /* The resource that has a secondary key in the store, before the change. */
+    std::optional<Place> stored_owner_of(const std::string &key);
 
     /* The first keys of a range in the store. */
     std::vector<std::string> keys(const Range &range, size_t most = SIZE_MAX / 2);
@@ -66,10 +76,20 @@ class Drafts {
   private:
     friend class DraftReader;
 
+    using Keys = std::vector<std::string>;
+
+    std::optional<Place> owner_of(const std::string &key);
+    Keys secondary_keys_of(const Draft &draft, const Draft::State &state) const;
+    void catch_up();
+
     const Source &source_;
     Revision at_;
     std::map<std::string, Draft> drafts_; /* by key */
     std::vector<Range> ranges_;
+    // who has which secondary key beside what the store says, found out when somebody asks
+    std::vector<Draft *> changed_; /* since then */
+    std::map<const Draft *, Keys> keys_of_changed_;
+    std::map<std::string, std::optional<Place>> owners_;
 };
 
 }  // namespace embedded

@@ -16,6 +16,10 @@ std::string address_of(ORUDoConfigOp *operation) {
     return uri != nullptr ? std::string(view(oru_do_uri_get_uri_str(uri))) : std::string();
 }
 
+std::string unknown_words(const Draft &draft) {
+    return "the resource is of the type " + draft.unknown_kind + ", which the model does not know";
+}
+
 bool is_absent(ORUDoValue *value) {
     if (value == nullptr)
         return true;
@@ -45,8 +49,9 @@ void Edit::apply(ORUDoConfigOp *operation) {
     }
 }
 
-/* The draft of the resource that the operation names, when there is one. */
-Draft *Edit::find(ORUDoConfigOp *operation, std::string &address) {
+/* The draft of the resource that the operation names, when there is one, and when the model knows
+   its type. */
+Draft *Edit::find(ORUDoConfigOp *operation, std::string &address, bool takes_unknown) {
     address = address_of(operation);
     const std::optional<Target> target = drafts_.resolve(address);
     if (!target) {
@@ -55,9 +60,12 @@ Draft *Edit::find(ORUDoConfigOp *operation, std::string &address) {
     }
     address = label(target->place);
     Draft &draft = drafts_.at(target->place);
-    if (draft.after.exists())
+    if (draft.after.exists() || (takes_unknown && draft.is_there()))
         return &draft;
-    fault(ORU_RC_NO_SUCH_RESOURCE, address, "there is no such resource");
+    if (draft.is_there())
+        fault(ORU_RC_NO_SUCH_RESOURCE, address, unknown_words(draft));
+    else
+        fault(ORU_RC_NO_SUCH_RESOURCE, address, "there is no such resource");
     return nullptr;
 }
 
@@ -154,11 +162,14 @@ void Edit::create(ORUDoConfigOp *operation) {
     Draft &draft = drafts_.at(place);
     if (draft.after.exists())
         return fault(ORU_RC_RESOURCE_EXISTS, address, "the resource exists already");
+    if (draft.is_there())
+        return fault(ORU_RC_RESOURCE_EXISTS, address, unknown_words(draft));
     draft.is_touched = true;
     draft.is_made_anew = draft.before.exists();
     draft.after.type = type;
     draft.after.props = made<Properties>(oru_do_properties_new());
     give(draft, props);
+    drafts_.note_change(draft);
 }
 
 /* ---- Set ---- */
@@ -170,6 +181,7 @@ void Edit::set(ORUDoConfigOp *operation) {
         return;
     draft->is_touched = true;
     give(*draft, oru_do_config_op_get_props(operation));
+    drafts_.note_change(*draft);
 }
 
 void Edit::give(Draft &draft, ORUDoProperties *props) {
@@ -210,8 +222,9 @@ void Edit::give(Draft &draft, const AttributeType &attribute, ORUDoValue *value)
 
 void Edit::erase(ORUDoConfigOp *operation) {
     std::string address;
-    Draft *const draft = find(operation, address);
-    if (draft == nullptr || is_denied(*draft->after.type, ORU_ACCESS_DELETE, address))
+    Draft *const draft = find(operation, address, authority_ == Authority::system);
+    if (draft == nullptr ||
+        (draft->after.exists() && is_denied(*draft->after.type, ORU_ACCESS_DELETE, address)))
         return;
     const Place place = draft->place;
     if (place.depth() == 0)
@@ -220,8 +233,10 @@ void Edit::erase(ORUDoConfigOp *operation) {
         drafts_.read(descendants_of(place, levels));
     for (Draft *each : drafts_.below(place)) {
         each->is_touched = true;
+        each->is_dropped = !each->unknown_kind.empty();
         each->after = {};
         each->given.clear();
+        drafts_.note_change(*each);
     }
 }
 

@@ -33,7 +33,7 @@ class Edit {
     void set(ORUDoConfigOp *operation);
     void erase(ORUDoConfigOp *operation);
 
-    Draft *find(ORUDoConfigOp *operation, std::string &address);
+    Draft *find(ORUDoConfigOp *operation, std::string &address, bool takes_unknown = false);
     const ResourceType *choose_type(ORUDoConfigOp *operation, const ChildReference &reference,
                                     const std::string &address);
     bool add_keys(ORUDoProperties *props, const ResourceType &type, Place &place);

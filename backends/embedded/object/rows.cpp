@@ -61,6 +61,11 @@ void RowReader::row(const Row &row) {
         kind_value_ = made_value(oru_do_value_new_string(kind_.c_str()));
         enter_type();
     }
+    // what the model does not know is passed over
+    if (type_ == nullptr) {
+        has_row_ = false;
+        return;
+    }
     set(ORU_DO_NAME_MR, kind_value_);
     if (columns_.first(ORU_DO_NAME_URI) < 0)
         return;
@@ -70,7 +75,8 @@ void RowReader::row(const Row &row) {
 }
 
 void RowReader::enter_type() {
-    const ResourceType *const type = return_defaults_ ? model_.find(kind_) : nullptr;
+    type_ = model_.find(kind_);
+    const ResourceType *const type = return_defaults_ ? type_ : nullptr;
     with_default_.assign(values_.size(), nullptr);
     has_conditional_ = false;
     for (size_t i = 0; type != nullptr && i < values_.size(); i++) {
@@ -83,7 +89,7 @@ void RowReader::enter_type() {
 }
 
 void RowReader::attribute(const Attribute &attribute) {
-    if (columns_.first(attribute.name) < 0)
+    if (!has_row_ || columns_.first(attribute.name) < 0)
         return;
     set(attribute.name, secrets_.open(value_of(attribute)));
 }

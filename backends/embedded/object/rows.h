@@ -77,6 +77,7 @@ class RowReader final : public RowSink {
     RowTaker &taker_;
     bool has_row_ = false;
     std::string kind_;
+    const ResourceType *type_ = nullptr; /* of the row at hand; null for one that is not known */
     Value kind_value_;
     std::vector<const AttributeType *> with_default_; /* by column; null for those without one */
     bool has_conditional_ = false;                    /* a default that depends on others */

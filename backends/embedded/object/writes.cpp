@@ -56,7 +56,7 @@ class Writer {
     void write(const Draft &draft) {
         const bool is_replaced = draft.before.exists() && draft.after.exists() &&
                                  (draft.is_made_anew || draft.before.type != draft.after.type);
-        if (draft.before.exists() && (!draft.after.exists() || is_replaced))
+        if (draft.is_dropped || (draft.before.exists() && (!draft.after.exists() || is_replaced)))
             writes_.push_back({Write::Kind::erase, draft.place.key, {}, {}, {}});
         if (draft.after.exists() && (!draft.before.exists() || is_replaced))
             create(draft);
@@ -176,13 +176,14 @@ class Writer {
         }
     }
 
-    /* A secondary key may pass from one resource to another. */
+    /* A secondary key may pass from one resource to another. What a model before this one has left
+       behind, or not made, is no conflict. */
     void erase_index(const std::string &key) {
-        erased_.push_back({Write::Kind::erase, key, {}, {}, {}});
+        erased_.push_back({Write::Kind::erase, key, {}, {}, {}, true});
     }
 
     void create_index(const std::string &key, const std::string &label) {
-        writes_.push_back({Write::Kind::create, key, label, {}, {}});
+        writes_.push_back({Write::Kind::create, key, label, {}, {}, true});
     }
 
     Edit &edit_;

@@ -98,11 +98,13 @@ class Committer {
         const int64_t row = live_row(write.key);
         switch (write.kind) {
             case Write::Kind::create:
-                return row == 0 && create(write);
+                if (row != 0 && write.is_lenient)
+                    erase(write.key, row);
+                return (row == 0 || write.is_lenient) && create(write);
             case Write::Kind::set:
                 return row != 0 && set(write, row);
             default:
-                return row != 0 && erase(write, row);
+                return row != 0 ? erase(write.key, row) : write.is_lenient;
         }
     }
 
@@ -122,7 +124,7 @@ class Committer {
             .run();
         for (const Attribute &attribute : write.attributes)
             insert(row, attribute);
-        return note(write, row);
+        return note(write.kind, write.key, row);
     }
 
     bool set(const Write &write, int64_t row) {
@@ -134,13 +136,13 @@ class Committer {
                 .run();
             insert(row, attribute);
         }
-        return note(write, row);
+        return note(write.kind, write.key, row);
     }
 
-    bool erase(const Write &write, int64_t row) {
-        end_row_.bind(revision_).bind_blob(write.key).bind(kForever).run();
+    bool erase(const std::string &key, int64_t row) {
+        end_row_.bind(revision_).bind_blob(key).bind(kForever).run();
         end_attributes_.bind(revision_).bind(row).bind(kForever).run();
-        return note(write, row);
+        return note(Write::Kind::erase, key, row);
     }
 
     void insert(int64_t row, const Attribute &attribute) {
@@ -157,11 +159,11 @@ class Committer {
             .run();
     }
 
-    bool note(const Write &write, int64_t row) {
+    bool note(Write::Kind what, const std::string &key, int64_t row) {
         insert_change_.bind(revision_)
-            .bind_blob(write.key)
+            .bind_blob(key)
             .bind(row)
-            .bind(static_cast<int64_t>(write.kind))
+            .bind(static_cast<int64_t>(what))
             .run();
         return true;
     }

@@ -145,6 +145,8 @@ struct Write {
     std::string label;                 /* of a row that is made */
     std::string row_kind;              /* likewise */
     std::vector<Attribute> attributes; /* one with a null cell goes */
+    bool is_lenient = false; /* a create takes the place of what is there, an erase of nothing does
+                                nothing */
 };
 
 struct Commit {

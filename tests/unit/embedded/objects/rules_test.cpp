@@ -196,6 +196,39 @@ TEST_F(EmbeddedRules, SecondaryKeysMayMoveWithinOneChange) {
     EXPECT_EQ(get("/vlans;name=guests", {"id"}), "id=30");
 }
 
+TEST_F(EmbeddedRules, SecondaryKeysMeanWhatTheOperationsBeforeLeave) {
+    set("/vlans;id=10", R"({"name":{"%string":"guests"}})");
+    set("/vlans;id=20", R"({"name":{"%string":"staff"}})");
+    set("/vlans;name=guests", R"({"description":{"%string":"first ten"}})");
+    set("/vlans;name=staff", R"({"name":{"%string":"people"}})");
+    create("/", "vlans", "", R"({"id":{"%ushort":30},"name":{"%string":"staff"}})");
+    set("/vlans;name=staff", R"({"description":{"%string":"then thirty"}})");
+    remove("/vlans;name=people");
+    EXPECT_EQ(commit().faults, Texts());
+    EXPECT_EQ(get("/vlans;name=guests", {"id", "description"}), "id=10 description=first ten");
+    EXPECT_EQ(get("/vlans;name=staff", {"id", "description"}), "id=30 description=then thirty");
+    EXPECT_EQ(get("/vlans;id=20", {"id"}), "code 102");
+}
+
+TEST_F(EmbeddedRules, SecondaryKeysThatWereGivenAwayAreNobodys) {
+    set("/vlans;id=10", R"({"name":{"%string":"people"}})");
+    set("/vlans;name=staff", R"({"description":{"%string":"x"}})");
+    remove("/vlans;id=20");
+    remove("/vlans;name=guests");
+    EXPECT_EQ(commit().faults, (Texts{"/vlans;name=staff: the model has no such address",
+                                      "/vlans;name=guests: the model has no such address"}));
+}
+
+// one name is had twice on the way: the last to take it has it
+TEST_F(EmbeddedRules, SecondaryKeysMayBeHadTwiceOnTheWay) {
+    set("/vlans;id=20", R"({"name":{"%string":"staff"}})");
+    set("/vlans;name=staff", R"({"description":{"%string":"twenty"}})");
+    set("/vlans;id=10", R"({"name":{"%string":"people"}})");
+    set("/vlans;name=staff", R"({"flooding.multicast":{"%boolean":true}})");
+    EXPECT_EQ(commit().faults, Texts());
+    EXPECT_EQ(get("/vlans;name=staff", {"id", "description"}), "id=20 description=twenty");
+}
+
 TEST_F(EmbeddedRules, ResourcesAreMadeAnewInOneChange) {
     remove("/vlans;id=20");
     create("/", "vlans", "", R"({"id":{"%ushort":20},"name":{"%string":"anew"}})");

@@ -56,6 +56,23 @@ TEST_F(StoreCommit, SetReplacesAddsAndRemoves) {
     EXPECT_EQ(read_one(*store, "a", 1), "a:K{x/5=1,y/5=2}");
 }
 
+TEST_F(StoreCommit, LenientWritesTakeWhatTheyFind) {
+    const auto lenient = [](Write write) {
+        write.is_lenient = true;
+        return write;
+    };
+    commit(*store, {create("a", {number("x", 1)}, "Old")});
+    EXPECT_EQ(commit(*store, {create("a")}).status, Status::conflict);
+    EXPECT_EQ(commit(*store, {erase("b")}).status, Status::conflict);
+    EXPECT_EQ(
+        commit(*store, {lenient(create("a")), lenient(erase("b")), lenient(create("c"))}).status,
+        Status::done);
+    EXPECT_EQ(everything_in(*store), (Texts{"a:K{}", "c:K{}"}));
+    EXPECT_EQ(read_one(*store, "a", 1), "a:Old{x/5=1}");
+    EXPECT_EQ(commit(*store, {lenient(erase("a"))}).status, Status::done);
+    EXPECT_EQ(read_one(*store, "a", 3), "missing");
+}
+
 TEST_F(StoreCommit, EraseTakesTheAttributesAlong) {
     commit(*store, {create("a", {number("x", 1)})});
     commit(*store, {erase("a")});
