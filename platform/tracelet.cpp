@@ -1,6 +1,5 @@
 #include "oruplatform/tracelet.h"
 
-#include <dlfcn.h>
 #include <pthread.h>
 
 #include <atomic>
@@ -68,28 +67,9 @@ uint32_t threshold_level() {
     return __atomic_load_n(&tracelet_threshold, __ATOMIC_RELAXED) >> TRACELET_LEVEL_SHIFT;
 }
 
-// Whether the definition of `name` that the process uses stands in the same file as this function.
-bool is_in_force(const char *name) {
-    const void *used = dlsym(RTLD_DEFAULT, name);
-    Dl_info there{};
-    Dl_info here{};
-    return used == nullptr || (dladdr(used, &there) != 0 &&
-                               dladdr(reinterpret_cast<void *>(&is_in_force), &here) != 0 &&
-                               there.dli_fbase == here.dli_fbase);
-}
-
-// This threshold belongs to this tracer: a tracer that stands in its place and brings no threshold
-// of its own chooses by itself, so every message has to reach it.
-void open_to_another_tracer() {
-    if (!is_in_force("tracelet_emit") && is_in_force("tracelet_threshold")) {
-        set_threshold_word(TRACELET_LEVEL_MAX);
-    }
-}
-
 __attribute__((constructor)) void read_environment() {
     const char *text = getenv("ORU_TRACE_LEVEL");
     if (text == nullptr) {
-        open_to_another_tracer();
         return;
     }
     const long level = strtol(text, nullptr, 10);

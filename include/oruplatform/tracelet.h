@@ -36,9 +36,8 @@ typedef struct tracelet_place {
 typedef void (*tracelet_sink_fn)(void *context, const char *module, uint32_t level,
                                  const char *text, const tracelet_place_t *place);
 
-/* Highest level word that is recorded. A weak definition: a product that brings its own tracer may
- * define it too, and gets every message when it does not (unless ORU_TRACE_LEVEL is set). Whoever
- * sends messages may test it before it gathers arguments. */
+/* Highest level word that is recorded. A weak definition: a product that brings its own tracer
+ * defines it too. Whoever sends messages may test it before it gathers arguments. */
 extern ORU_API uint32_t tracelet_threshold;
 
 /* Registers a module and stores its number, 1 and up, in `*module_id`; the same name always gets
