@@ -38,7 +38,10 @@ class Path {
     Path() = default;
     Path(const Path &) = delete;
     Path &operator=(const Path &) = delete;
-    ~Path() { ph_free_named(segments_); }
+    ~Path() {
+        if (segments_ != nullptr)
+            ph_free_named(segments_);
+    }
 
     // False when memory ran out, with an error in the slot.
     bool split(const char *path, ORUDoError **error) {

@@ -19,7 +19,8 @@ Record *new_record() {
 
 template <class Record>
 void free_record(Record *record) {
-    ph_free_named(record);
+    if (record != nullptr)
+        ph_free_named(record);
 }
 
 // The link behind the last record of a chain.

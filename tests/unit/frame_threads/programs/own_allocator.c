@@ -1,5 +1,9 @@
-/* A program that brings the tagged allocator: the library uses it and no other. */
+/* A program that brings the tagged allocator: the library uses it and no other, and gives back
+   nothing but blocks. */
+#include <oru/dtree.h>
+#include <oru/error.h>
 #include <oru/lib.h>
+#include <oru/md.h>
 #include <oru/strbuf.h>
 #include <oru/util.h>
 #include <oruplatform/poolheap.h>
@@ -11,6 +15,7 @@ static int taken = 0;
 static int given = 0;
 static uint32_t component = 0;
 static uint32_t last_tag = 0;
+static int empty_now = 0;
 
 static void *count(uint32_t tag, void *block) {
     last_tag = tag;
@@ -19,13 +24,18 @@ static void *count(uint32_t tag, void *block) {
     return block;
 }
 
+/* Counts down to the one call that gets no block. */
+static int is_empty(void) {
+    return empty_now != 0 && --empty_now == 0;
+}
+
 void poolheap_init(uint32_t number, const char *(*tag_name)(uint32_t tag)) {
     component = number;
     CHECK(strcmp(tag_name(number), "oruapi") == 0);
 }
 
 void *ph_malloc_named(uint32_t tag, size_t size) {
-    return count(tag, malloc(size));
+    return is_empty() ? NULL : count(tag, malloc(size));
 }
 
 void *ph_calloc_named(uint32_t tag, size_t n, size_t size) {
@@ -42,10 +52,25 @@ char *ph_strdup_named(uint32_t tag, const char *text) {
 }
 
 int32_t ph_free_named(void *block) {
-    if (block != NULL)
-        ++given;
+    CHECK(block != NULL);
+    ++given;
     free(block);
     return 0;
+}
+
+/* What was never had is not given back. */
+static void check_gives_back_blocks(void) {
+    ORUDoDtree *tree = oru_do_dtree_new_str("tree");
+    int nth;
+    for (nth = 1; nth <= 2; ++nth) {
+        ORUDoError *error = NULL;
+        empty_now = nth;
+        CHECK(oru_do_dtree_get_node_by_path(tree, "a/b", &error) == NULL);
+        CHECK(oru_do_error_get_code(error) == 10002);
+        oru_do_error_deref(error);
+    }
+    oru_do_dtree_deref(tree);
+    oru_md_mr_meta_list_delete(NULL);
 }
 
 int main(void) {
@@ -71,5 +96,7 @@ int main(void) {
     CHECK(taken == 4);
     CHECK(last_tag == ORU_TAG_COMPONENT + 39);
     ph_free_named(copy);
+
+    check_gives_back_blocks();
     return 0;
 }
