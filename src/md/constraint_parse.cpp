@@ -66,8 +66,9 @@ void Parser::take_keyword(TokenType keyword) {
             take_regex();
             break;
         case TokenType::ordered_by:
-            if (const char *word = argument())
-                constraint_.ordered_by_user = std::string_view(word).starts_with("user");
+            if (const char *word = argument();
+                word != nullptr && std::string_view(word).starts_with("user"))
+                constraint_.ordered_by_user = 1;
             argument();  // what follows goes too
             break;
         case TokenType::unique:

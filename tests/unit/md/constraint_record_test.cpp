@@ -71,7 +71,7 @@ TEST(ConstraintRecords, OrderedByAndUniqueAreKept) {
         {"ordered_by(user)", 1, 0},   {"ordered_by(username)", 1, 0},
         {"ordered_by(system)", 0, 0}, {"ordered_by(myuser)", 0, 0},
         {"unique()", 0, 1},           {"values(1)unique()", 0, 1},
-        {"values(1)", 0, 0},
+        {"values(1)", 0, 0},          {"ordered_by(user),ordered_by(system)", 1, 0},
     };
     for (const auto &row : rows) {
         const auto c = constraint(row.text);
