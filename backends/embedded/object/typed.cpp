@@ -1,5 +1,8 @@
 #include "typed.h"
 
+#include <cmath>
+#include <limits>
+
 namespace embedded {
 
 namespace {
@@ -70,8 +73,9 @@ Value with_name(const Value &value, ORUDoValue *given, std::string_view type_nam
 
 /* ---- Into a type ---- */
 
-bool is_integer_type(int32_t type) {
-    return type >= ORU_DO_TYPE_UNSIGNED_BYTE && type <= ORU_DO_TYPE_LONG;
+bool is_whole_type(int32_t type) {
+    return (type >= ORU_DO_TYPE_UNSIGNED_BYTE && type <= ORU_DO_TYPE_LONG) ||
+           type == ORU_DO_TYPE_DATETIME || type == ORU_DO_TYPE_DURATION;
 }
 
 std::string number_text(ORUDoValue *value) {
@@ -88,22 +92,55 @@ Value number_in_type(int32_t type, ORUDoValue *value) {
     return number && number_text(number.get()) == text ? number : Value::share(value);
 }
 
-Value scalar_in_type(int32_t type, ORUDoValue *value) {
+/* A floating number in the other width; the library tells of those that are beyond it. */
+Value real_in_type(int32_t type, ORUDoValue *value) {
     int32_t status = 0;
+    const double number = oru_do_value_to_double(value, &status);
+    if (type == ORU_DO_TYPE_DOUBLE)
+        return made<Value>(oru_do_value_new_double(number));
+    if (std::isfinite(number) && std::abs(number) > std::numeric_limits<float>::max())
+        return Value::share(value);
+    return made<Value>(oru_do_value_new_float(static_cast<float>(number)));
+}
+
+Value text_in_type(int32_t type, const std::string &text) {
+    if (type == ORU_DO_TYPE_STRING)
+        return made_value(oru_do_value_new_string(text.c_str()));
+    if (type == ORU_DO_TYPE_ENUMERATION)
+        return made_value(oru_do_value_new_enumeration(text.c_str()));
+    const Uri uri = made<Uri>(oru_do_uri_new(text.c_str()));
+    return made<Value>(type == ORU_DO_TYPE_MR_URI ? oru_do_value_new_mr_uri(uri.get())
+                                                  : oru_do_value_new_coll_uri(uri.get()));
+}
+
+std::string text_of(ORUDoValue *value) {
+    int32_t status = 0;
+    switch (oru_do_value_get_type(value)) {
+        case ORU_DO_TYPE_STRING:
+            return std::string(view(oru_do_value_get_string(value, &status)));
+        case ORU_DO_TYPE_ENUMERATION:
+            return std::string(view(oru_do_value_get_enumeration(value, &status)));
+        default:
+            return std::string(view(oru_do_uri_get_uri_str(oru_do_value_get_uri(value))));
+    }
+}
+
+bool both(bool (*in_group)(int32_t), int32_t a, int32_t b) {
+    return in_group(a) && in_group(b);
+}
+
+/* The library lets values pass for each other that are whole numbers, floating ones, or texts. What
+   is kept is of the type of its attribute all the same: comparisons tell them apart. */
+Value scalar_in_type(int32_t type, ORUDoValue *value) {
     const int32_t given = oru_do_value_get_type(value);
     if (given == type)
         return Value::share(value);
-    if (is_integer_type(type) && is_integer_type(given))
+    if (both(is_whole_type, type, given))
         return number_in_type(type, value);
-    if (type == ORU_DO_TYPE_STRING && given == ORU_DO_TYPE_ENUMERATION)
-        return made_value(oru_do_value_new_string(oru_do_value_get_enumeration(value, &status)));
-    if (given != ORU_DO_TYPE_STRING)
-        return Value::share(value);
-    const char *const text = oru_do_value_get_string(value, &status);
-    if (type == ORU_DO_TYPE_ENUMERATION)
-        return made_value(oru_do_value_new_enumeration(text));
-    if (type == ORU_DO_TYPE_MR_URI)
-        return made_value(oru_do_value_new_mr_uri(made<Uri>(oru_do_uri_new(text)).get()));
+    if (both([](int32_t each) { return oru_do_is_float_num_type(each) != 0; }, type, given))
+        return real_in_type(type, value);
+    if (both([](int32_t each) { return oru_do_is_string_type(each) != 0; }, type, given))
+        return text_in_type(type, text_of(value));
     return Value::share(value);
 }
 
