@@ -181,7 +181,7 @@ std::optional<std::string_view> Addresses::behind_location(std::string_view addr
 std::optional<Target> Addresses::resolve(std::string_view address,
                                          const FindBySecondaryKey &find) const {
     const std::optional<std::string_view> path = behind_location(address);
-    if (!path || path->find('?') != std::string_view::npos)
+    if (address.empty() || !path || path->find('?') != std::string_view::npos)
         return std::nullopt;
     std::optional<Target> target = walk(model_.root(), *path, find);
     return target && target->is_whole ? std::move(target) : std::nullopt;
