@@ -90,6 +90,7 @@ class Runner(unittest.TestCase):
                 ("rows /?halls\n  where or(number 1\n",
                  "line 2: a parenthesis is missing at the end"),
                 ("read\n", "line 1: a word is missing at the end"),
+                ("start keep_days=1\n", 'line 1: there is no option "keep_days"'),
                 ("next c 1\n", 'line 1: there is no cursor "c"')):
             self.assertEqual(self.run_script(text), (2, f"s.txt: {words}\n"), text)
 
