@@ -193,7 +193,8 @@ class Files(Database):
         self.fails("load", DATA, errors=["oructl: net.db: file is not a database (15)"])
         with open(self.path("net.db"), encoding="utf-8") as file:
             self.assertEqual(file.read(), "text")
-        self.fails("load", DATA, "--db", ".", errors=["oructl: .: no file"])
+        self.fails("load", DATA, "--db", ".", errors=[
+            "oructl: .: a folder, where the file of a database is wanted"])
         self.fails("load", DATA, "--db", "no/net.db",
                    errors=["oructl: no/net.db: there is no folder " + self.path("no")])
         self.fails("export", "--db", "none.db", errors=[

@@ -159,7 +159,7 @@ test.base:1.0/Port
 
 class Usage(unittest.TestCase):
     def test_wrong_use_has_a_status_of_its_own(self):
-        for arguments in ([], ["model"], ["nonsense"], ["model", "check"],
+        for arguments in (["model"], ["nonsense"], ["model", "check"],
                           ["model", "check", "no such folder"], ["model", "list", "--nonsense"],
                           ["model", "tree", "--depth", "0", "--model", "clean"]):
             with self.subTest(arguments=arguments):

@@ -51,6 +51,10 @@ class Query(Database):
         self.fails("query", document("03-ports.xml"), "-p", "a=1", "-p", "a=2",
                    errors=["oructl: the parameter a is given twice"])
 
+    def test_a_parameter_leaves_the_document_behind_it(self):
+        self.assertEqual(self.does("query", "-p", "slot=2", "-p", "mtu=9000",
+                                   document("03-ports.xml"), "-f", "text").count("port.name"), 2)
+
     def test_parameters_that_are_missing_or_not_asked_for_are_told(self):
         self.assertEqual(
             self.does("query", document("03-ports.xml"), "-p", "slot=2", "-p", "mtus=1", errors=[

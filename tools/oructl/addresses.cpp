@@ -5,6 +5,7 @@
 #include "database.h"
 #include "fault_words.h"
 #include "model_words.h"
+#include "terminal_text.h"
 
 namespace oructl {
 namespace {
@@ -117,6 +118,8 @@ ORUMdMrMeta *chosen(ORUMdMrMeta &mr, const std::vector<KeyText> &keys) {
 Address read_address(const std::string &text) {
     if (text.empty() || text[0] != '/')
         fail(text, "it begins with /");
+    if (!is_utf8(text))
+        fail(text, "it is no UTF-8");
     if (text.find('?') != std::string::npos)
         fail(text, "that is a collection, with a ?");
     Address address;

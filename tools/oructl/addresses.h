@@ -38,8 +38,9 @@ ORUMdMrMeta *type_by_model(ORUMdMrMeta &root, const Address &address);
 // Throws `Failure` for a text that cannot be the address of a collection.
 void check_collection(const std::string &text);
 
-// What is wrong with a `?` that begins no query for the parser, and what does; empty for nothing. Such
-// an address names one resource, which is never there, although a back end reads it as a collection.
+// What is wrong with a `?` that begins no query for the parser, and what does; empty for nothing.
+// Such an address names one resource, which is never there, although a back end reads it as a
+// collection.
 std::string query_mark_fault(const std::string &text);
 
 // Throws `Failure` for a text at which the library would end the process once it stands behind the

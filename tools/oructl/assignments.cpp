@@ -7,6 +7,7 @@
 #include "fault_words.h"
 #include "json_tree.h"
 #include "model_words.h"
+#include "terminal_text.h"
 
 namespace oructl {
 namespace {
@@ -207,6 +208,8 @@ std::pair<std::string, std::string> split_assignment(const std::string &text) {
     const size_t equal = text.find('=');
     if (equal == std::string::npos || equal == 0)
         throw Failure(in_quotes(text) + " is no NAME=VALUE");
+    if (!is_utf8(text))
+        throw Failure(in_quotes(text.substr(0, equal)) + ": no UTF-8");
     return {text.substr(0, equal), text.substr(equal + 1)};
 }
 

@@ -3,6 +3,7 @@
 #define ORU_TOOLS_ORUCTL_COMMAND_H
 
 #include <CLI/CLI.hpp>
+#include <cstdint>
 
 namespace oructl {
 
@@ -11,6 +12,9 @@ enum : int { kDone = 0, kFaults = 1, kUsage = 2 };
 
 // Takes an existing file, or "-" for standard input.
 CLI::Validator input_file();
+
+// Takes a whole number.
+CLI::Validator number_within(int64_t least, int64_t most);
 
 // Each adds a command. When it is chosen its result is stored in `status`, which must live on.
 void add_change_commands(CLI::App &app, int &status);

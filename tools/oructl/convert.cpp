@@ -6,6 +6,7 @@
 
 #include "handles.h"
 #include "object_text.h"
+#include "terminal_text.h"
 #include "wire_kinds.h"
 #include "xml_text.h"
 
@@ -132,7 +133,7 @@ class Converter {
                   "stand");
             return;
         }
-        out_.text += text;
+        out_.text += options_.form == OutputForm::xml ? shown_in_xml(text) : shown(text);
         if (!text.ends_with('\n'))
             out_.text += '\n';
     }

@@ -92,7 +92,7 @@ void add_convert_command(CLI::App &app, int &status) {
     command
         ->add_option("--indent", arguments->options.indent,
                      "tabs in front of text, and of a tree in XML, which is laid out then")
-        ->check(CLI::Range(0, 100));
+        ->check(number_within(0, 100));
     command->add_flag("--show-secrets", arguments->options.wire.show_secrets,
                       "write passwords, which are hidden otherwise");
     command->callback([arguments, &status] {

@@ -12,6 +12,7 @@
 #include "model_roots.h"
 #include "model_words.h"
 #include "object_text.h"
+#include "terminal_text.h"
 
 namespace oructl {
 namespace {
@@ -52,6 +53,8 @@ ORUMdMrMeta *choose_root(const Model &model, const std::string &name) {
 
 // True when there is such a file, which the back end has a look into.
 bool check_file(const std::string &file) {
+    if (file.empty())
+        throw Failure("--db is empty, where it names the file of the database");
     std::error_code code;
     const auto status = std::filesystem::status(file, code);
     if (!std::filesystem::exists(status)) {
@@ -60,8 +63,10 @@ bool check_file(const std::string &file) {
             throw Failure(file + ": there is no folder " + folder.string());
         return false;
     }
+    if (std::filesystem::is_directory(status))
+        throw Failure(file + ": a folder, where the file of a database is wanted");
     if (!std::filesystem::is_regular_file(status))
-        throw Failure(file + ": no file");
+        throw Failure(file + ": no file that a database could be in");
     return true;
 }
 
@@ -99,20 +104,28 @@ void Refusal::check(int32_t code) const {
 }
 
 void add_database_options(CLI::App *command, DatabaseOptions &options) {
+    constexpr char kGroup[] = "Database";
     command->add_option("--db", options.file, "file of the database")
         ->envname("ORUCTL_DB")
-        ->required();
+        ->required()
+        ->group(kGroup);
     command->add_option("-m,--model", options.folder, "folder of package files")
         ->envname("ORUCTL_MODEL")
         ->required()
-        ->check(CLI::ExistingDirectory);
-    command->add_option("-r,--root", options.root,
-                        "type of the resource at the top; by default the only one that none holds");
-    command->add_option("--user", options.user,
-                        "who commits are recorded for; by default the user of the process");
+        ->check(CLI::ExistingDirectory)
+        ->group(kGroup);
+    command
+        ->add_option("-r,--root", options.root,
+                     "type of the resource at the top; by default the only one that none holds")
+        ->group(kGroup);
+    command
+        ->add_option("--user", options.user,
+                     "who commits are recorded for; by default the user of the process")
+        ->group(kGroup);
 }
 
-Database::Database(const DatabaseOptions &options, Missing missing) : model_(options.folder) {
+Database::Database(const DatabaseOptions &options, Missing missing)
+    : file_(options.file), model_(options.folder) {
     if (!model_.faults().empty()) {
         print(stderr, model_.faults());
         throw Failure(options.folder + ": the model has faults");
@@ -158,7 +171,7 @@ std::optional<std::string> Database::type_at(const std::string &address) const {
 }
 
 Database::Answer Database::commit(ORUDoConfigOps *operations, uint32_t flags) const {
-    Answer answer;
+    Answer answer{.file = file_, .error = {}};
     ORUDoError *error = nullptr;
     answer.code = session_->commit(session_, operations, flags, nullptr, &answer.revision, &error);
     answer.error.reset(error);
@@ -201,13 +214,12 @@ void print_resource(ORUDoError *error) {
     const std::string words = oru_do_error_get_msg(error);
     const size_t colon = words.find(": ");
     if (colon != std::string::npos)
-        std::fprintf(stderr, "%s\n", with_code(without_location(words), error).c_str());
+        tell(with_code(without_location(words), error));
     const std::string address = without_location(words.substr(0, colon));
     for (EachPropErr each(oru_do_error_get_prop_errs(error)); ORUDoPropErr *entry = each();) {
         ORUDoError *const of = oru_do_prop_err_get_err(entry);
-        std::fprintf(stderr, "%s: %s: %s\n", address.c_str(),
-                     text_of(oru_do_prop_err_get_name(entry)).c_str(),
-                     with_code(without_location(oru_do_error_get_msg(of)), of).c_str());
+        tell(address + ": " + text_of(oru_do_prop_err_get_name(entry)) + ": " +
+             with_code(without_location(oru_do_error_get_msg(of)), of));
     }
 }
 
@@ -219,13 +231,16 @@ std::string error_line(ORUDoError *error) {
 
 void print_refusal(const Database::Answer &answer) {
     if (answer.error == nullptr) {
-        std::fprintf(stderr, "%s (%d)\n", oru_do_get_err_msg(answer.code), answer.code);
+        tell(answer.file + ": " + oru_do_get_err_msg(answer.code) + " (" +
+             std::to_string(answer.code) + ")");
         return;
     }
     ORUDoError *cause = oru_do_error_get_cause(answer.error.get());
+    if (cause == nullptr)
+        return tell(answer.file + ": " + error_line(answer.error.get()));
     for (; cause != nullptr; cause = oru_do_error_get_cause(cause))
         print_resource(cause);
-    std::fprintf(stderr, "%s\n", oru_do_error_get_msg(answer.error.get()));
+    tell(oru_do_error_get_msg(answer.error.get()));
 }
 
 }  // namespace oructl

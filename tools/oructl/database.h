@@ -62,6 +62,7 @@ class Database {
     std::optional<std::string> type_at(const std::string &address) const;
 
     struct Answer {
+        std::string file;  // of the database
         int32_t code = ORU_OK;
         int64_t revision = 0;
         Error error;
@@ -69,6 +70,7 @@ class Database {
     Answer commit(ORUDoConfigOps *operations, uint32_t flags) const;
 
   private:
+    std::string file_;
     Model model_;
     Refusal refusal_;
     ORUMdMrMeta *root_ = nullptr;

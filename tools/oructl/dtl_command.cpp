@@ -5,6 +5,7 @@
 
 #include "command.h"
 #include "dtl_check.h"
+#include "terminal_text.h"
 
 namespace oructl {
 namespace {
@@ -19,7 +20,7 @@ int check(const Arguments &arguments) {
     const DtlDocument document(SourceText::read(arguments.document));
     const CheckedDtl checked = check_dtl(document, model);
     print(stdout, checked.faults);
-    std::fputs(draw(checked).c_str(), stdout);
+    put("%s", draw(checked).c_str());
     std::fflush(stdout);
     print(stderr, model.faults());
     return has_faults(checked) || !model.faults().empty() ? kFaults : kDone;

@@ -9,6 +9,7 @@
 #include "model_words.h"
 #include "output.h"
 #include "reading.h"
+#include "terminal_text.h"
 
 namespace oructl {
 namespace {
@@ -95,9 +96,9 @@ class Export {
                             [&](Properties props) { write(props.get()); });
         std::fputs("\n]}\n", stdout);
         if (left_out_ != 0)
-            std::fprintf(stderr, "%s left out%s\n", count_of(left_out_, "secret").c_str(),
-                         show_secrets_ ? ": passwords are not kept in a form that loads"
-                                       : "; --show-secrets writes those that can be read back");
+            tell(count_of(left_out_, "secret") + " left out" +
+                 (show_secrets_ ? ": passwords are not kept in a form that loads"
+                                : "; --show-secrets writes those that can be read back"));
     }
 
   private:
@@ -143,8 +144,6 @@ int run(const Arguments &arguments) {
     if (!database.type_at(base.path))
         throw Failure(base.path + ": there is no such resource");
     Export(database, arguments.database.show_secrets).run(base);
-    if (std::fflush(stdout) != 0)
-        throw Failure("standard output: cannot be written");
     return kDone;
 }
 

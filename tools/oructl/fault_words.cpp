@@ -26,7 +26,10 @@ size_t distance(std::string_view a, std::string_view b) {
 
 std::string in_quotes(std::string_view text) {
     constexpr size_t kLongest = 60;
-    return '"' + std::string(text.substr(0, kLongest)) + (text.size() > kLongest ? "...\"" : "\"");
+    size_t end = std::min(text.size(), kLongest);
+    while (end < text.size() && end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0) == 0x80)
+        --end;
+    return '"' + std::string(text.substr(0, end)) + (end < text.size() ? "...\"" : "\"");
 }
 
 std::string similar_word(std::string_view word, const std::vector<std::string> &known) {

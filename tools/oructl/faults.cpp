@@ -1,4 +1,5 @@
 #include "faults.h"
+#include "terminal_text.h"
 
 #include <algorithm>
 #include <utility>
@@ -31,7 +32,7 @@ void print(std::FILE *stream, const Fault &fault) {
         text += ": ";
     if (!fault.element.empty())
         text += "<" + fault.element + ">: ";
-    std::fprintf(stream, "%s%s\n", text.c_str(), fault.words.c_str());
+    std::fprintf(stream, "%s\n", shown_in_line(text + fault.words).c_str());
 }
 
 void print(std::FILE *stream, const std::vector<Fault> &faults) {

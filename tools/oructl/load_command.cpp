@@ -1,4 +1,5 @@
 // `oructl load`: properties lists into a database.
+#include <algorithm>
 #include <cstdio>
 #include <memory>
 
@@ -9,6 +10,8 @@
 #include "model_words.h"
 #include "operations.h"
 #include "progress.h"
+#include "source_text.h"
+#include "terminal_text.h"
 
 namespace oructl {
 namespace {
@@ -102,10 +105,9 @@ class Load {
     void tell_written() const {
         const size_t written = created_ + updated_;
         if (written != 0)
-            std::fprintf(stderr, "%s before it: written already\n",
-                         count_of(written, "resource").c_str());
+            tell(count_of(written, "resource") + " before it: written already");
         else
-            std::fprintf(stderr, "nothing was written\n");
+            tell("nothing was written");
     }
 
     const Database &database_;
@@ -126,7 +128,7 @@ int run(const Arguments &arguments) {
     if (!files.faults.empty()) {
         progress.clear();
         print(stderr, files.faults);
-        std::fprintf(stderr, "nothing was written\n");
+        tell("nothing was written");
         return kFaults;
     }
     const Database database(arguments.database,
@@ -142,10 +144,14 @@ void add_load_command(CLI::App &app, int &status) {
     command->add_option("file", arguments->files, "properties lists; - is standard input")
         ->required()
         ->check(input_file());
+    command->parse_complete_callback([arguments] {
+        if (std::ranges::count(arguments->files, kStandardInput) > 1)
+            throw CLI::ValidationError("- is given twice, and standard input ends once");
+    });
     add_database_options(command, arguments->database);
     auto *batch = command->add_option("--batch", arguments->batch,
                                       "resources in a commit; by default all are in one");
-    batch->check(CLI::PositiveNumber);
+    batch->check(number_within(1, INT32_MAX));
     command->add_flag("--dry-run", arguments->is_dry_run, "check everything, write nothing")
         ->excludes(batch);
     command->callback([arguments, &status] { status = run(*arguments); });

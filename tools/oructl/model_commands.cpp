@@ -70,7 +70,7 @@ void add_model_commands(CLI::App &app, int &status) {
     tree_command->add_option("-r,--root", arguments->name,
                              "resource to begin at; by default all that none holds");
     tree_command->add_option("-d,--depth", arguments->depth, "levels to draw; by default all")
-        ->check(CLI::PositiveNumber);
+        ->check(number_within(1, INT32_MAX));
     add_folder(tree_command, *arguments);
     tree_command->callback([arguments, &status] {
         status = show_model(*arguments, [&](const Model &held) {

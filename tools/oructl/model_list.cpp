@@ -2,12 +2,13 @@
 
 #include "model_print.h"
 #include "model_words.h"
+#include "terminal_text.h"
 
 namespace oructl {
 namespace {
 
 void print_row(const char *kind, ORUDoName *name, const std::string &words) {
-    std::printf("  %-18s %-24s %s\n", kind, text_of(name).c_str(), words.c_str());
+    put("  %-18s %-24s %s\n", kind, text_of(name).c_str(), words.c_str());
 }
 
 template <class Record>
@@ -38,7 +39,7 @@ std::string resource_size(const ORUMdMrMeta &mr) {
 }
 
 void print_package(const ORUMdPkgMeta &package) {
-    std::printf("%s  (%s)\n", package_name(package).c_str(), kind_of(package));
+    put("%s  (%s)\n", package_name(package).c_str(), kind_of(package));
     for (ORUMdTypedefMeta &type : records(package.typedefs))
         print_row("type", type.name, definition_words(type));
     for (ORUMdCodMeta &definition : records(package.cds))
@@ -55,7 +56,7 @@ bool print_list(const Model &model) {
     for (const ORUMdPkgMeta *package : model.packages())
         print_package(*package);
     if (model.packages().empty())
-        std::fprintf(stderr, "there are no packages\n");
+        tell("there are no packages");
     return !model.packages().empty();
 }
 

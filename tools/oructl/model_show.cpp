@@ -2,6 +2,7 @@
 
 #include "model_print.h"
 #include "model_words.h"
+#include "terminal_text.h"
 
 namespace oructl {
 namespace {
@@ -13,7 +14,7 @@ class Section {
 
     void begin() {
         if (!begun_)
-            std::printf("%s\n", title_.c_str());
+            put("%s\n", title_.c_str());
         begun_ = true;
     }
 
@@ -21,13 +22,11 @@ class Section {
         begin();
         std::string text = "  " + padded(name, 24) + " " + padded(what, 20) + " " + more;
         text.erase(text.find_last_not_of(' ') + 1);
-        std::printf("%s\n", text.c_str());
+        put("%s\n", text.c_str());
     }
 
     // What belongs to the line above, in the last column.
-    static void continue_line(const std::string &text) {
-        std::printf("%*s%s\n", 48, "", text.c_str());
-    }
+    static void continue_line(const std::string &text) { put("%*s%s\n", 48, "", text.c_str()); }
 
   private:
     static std::string padded(std::string text, size_t width) {
@@ -119,11 +118,11 @@ void print_implementations(ORUMdMrMetaList *first) {
 }
 
 void print_fact(const char *name, const std::string &words) {
-    std::printf("  %-16s %s\n", name, words.c_str());
+    put("  %-16s %s\n", name, words.c_str());
 }
 
 void print_resource(ORUMdMrMeta &mr) {
-    std::printf("%s\n", qualified_name(mr).c_str());
+    put("%s\n", qualified_name(mr).c_str());
     print_fact("kind", std::string(kind_of(*mr.package)) + " resource");
     if (mr.parent_name != nullptr)
         print_fact(mr.is_lib != 0 ? "extends" : "implements", text_of(mr.parent_name));
@@ -140,7 +139,7 @@ void print_resource(ORUMdMrMeta &mr) {
 }
 
 void print_definition(const char *kind, const ORUMdCodMeta &definition) {
-    std::printf("%s\n", qualified_name(*definition.package, definition.name).c_str());
+    put("%s\n", qualified_name(*definition.package, definition.name).c_str());
     print_fact("kind", kind);
     if (definition.extends_name != nullptr)
         print_fact("extends", text_of(definition.extends_name));
@@ -149,7 +148,7 @@ void print_definition(const char *kind, const ORUMdCodMeta &definition) {
 }
 
 void print_type(const ORUMdPkgMeta &package, ORUMdTypedefMeta &type) {
-    std::printf("%s\n", qualified_name(package, type.name).c_str());
+    put("%s\n", qualified_name(package, type.name).c_str());
     print_fact("kind", "type");
     print_fact("definition", definition_words(type));
     for (const std::string &line : constraint_lines(type.constraint_list))
@@ -181,7 +180,7 @@ void print_wanted(const Wanted &wanted, Record *first, bool &printed, Print &&pr
         if (!wanted.is(record.name))
             continue;
         if (printed)
-            std::printf("\n");
+            put("\n");
         printed = true;
         print(record);
     }
@@ -206,7 +205,7 @@ bool print_entity(const Model &model, const std::string &name) {
                      [&](ORUMdTypedefMeta &type) { print_type(*package, type); });
     }
     if (!printed)
-        std::fprintf(stderr, "%s: there is nothing of that name\n", name.c_str());
+        tell(name + ": there is nothing of that name");
     return printed;
 }
 

@@ -4,6 +4,7 @@
 #include "model_print.h"
 #include "model_roots.h"
 #include "model_words.h"
+#include "terminal_text.h"
 
 namespace oructl {
 namespace {
@@ -42,7 +43,7 @@ class Drawing {
     explicit Drawing(int32_t depth) : depth_(depth) {}
 
     void draw(ORUMdMrMeta *root) {
-        std::printf("%s\n", qualified_name(*root).c_str());
+        put("%s\n", qualified_name(*root).c_str());
         draw_below(root, "", 1);
     }
 
@@ -57,8 +58,8 @@ class Drawing {
     void draw_branch(const Branch &branch, const std::string &indent, bool last, int32_t level) {
         const bool has_more = !branches_of(*branch.mr).empty();
         const bool goes_on = has_more && drawn_.count(branch.mr) == 0 && level != depth_;
-        std::printf("%s%s %s%s\n", indent.c_str(), last ? "└──" : "├──", branch.label.c_str(),
-                    has_more && !goes_on ? "  ..." : "");
+        put("%s%s %s%s\n", indent.c_str(), last ? "└──" : "├──", branch.label.c_str(),
+            has_more && !goes_on ? "  ..." : "");
         if (goes_on)
             draw_below(branch.mr, indent + (last ? "    " : "│   "), level + 1);
     }
@@ -76,9 +77,9 @@ bool print_tree(const Model &model, const std::string &root, int32_t depth) {
     for (ORUMdMrMeta *mr : roots)
         drawing.draw(mr);
     if (roots.empty() && root.empty())
-        std::fprintf(stderr, "every resource is held by another: name one with --root\n");
+        tell("every resource is held by another: name one with --root");
     else if (roots.empty())
-        std::fprintf(stderr, "%s: there is no resource of that name\n", root.c_str());
+        tell(root + ": there is no resource of that name");
     return !roots.empty();
 }
 

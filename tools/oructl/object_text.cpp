@@ -2,6 +2,7 @@
 
 #include "handles.h"
 #include "model_words.h"
+#include "terminal_text.h"
 
 namespace oructl {
 namespace {
@@ -21,7 +22,7 @@ class Drawing {
         std::string title = head + text_of(oru_do_dtree_get_name(node));
         if (ORUDoUri *uri = oru_do_dtree_get_mr_uri(node))
             title += "  " + uri_words(uri);
-        add_line(buf_, tabs_, title);
+        add_line(buf_, tabs_, shown_in_line(title));
         const int32_t count = oru_do_dtree_get_child_count(node);
         draw_content(node, indent + (count > 0 ? "│ " : "  "));
         ORUDoIter iter;
@@ -44,8 +45,8 @@ class Drawing {
         oru_do_properties_iter(props, &iter);
         while (ORUDoProperty *property = oru_do_properties_get_next(&iter)) {
             add_line(buf_, tabs_,
-                     indent + text_of(oru_do_property_get_name(property)) + " = " +
-                         value_words(oru_do_property_get_value(property)));
+                     indent + shown_in_line(text_of(oru_do_property_get_name(property)) + " = " +
+                                            value_words(oru_do_property_get_value(property))));
         }
     }
 

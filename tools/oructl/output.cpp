@@ -10,6 +10,7 @@
 #include "database.h"
 #include "model_words.h"
 #include "output_text.h"
+#include "terminal_text.h"
 
 namespace oructl {
 namespace {
@@ -45,33 +46,45 @@ std::string line_of(const std::vector<std::string> &cells, const std::vector<siz
 
 // ---- JSON ----
 
-Value json_safe(ORUDoValue *value) {
+bool is_json_safe(ORUDoValue *value) {
     int32_t status = ORU_OK;
+    std::string text;
+    if (oru_do_value_is_array(value) != 0) {
+        EachValue each(oru_do_value_get_array(value, &status));
+        ORUDoValue *element = each();
+        while (element != nullptr && is_json_safe(element))
+            element = each();
+        return element == nullptr;
+    }
+    if (oru_do_value_get_type(value) == ORU_DO_TYPE_ENUMERATION)
+        text = oru_do_value_get_enumeration(value, &status);
+    else if (ORUDoUri *uri = oru_do_value_get_uri(value))
+        text = oru_do_uri_get_uri_str(uri);
+    return json_escaped(text) == text;
+}
+
+Value safe_value(ORUDoValue *value) {
+    int32_t status = ORU_OK;
+    if (is_json_safe(value))
+        return Value(oru_do_value_ref(value));
     if (oru_do_value_is_array(value) != 0) {
         auto list = made<ValueList>(oru_do_vlist_new());
         for (EachValue each(oru_do_value_get_array(value, &status)); ORUDoValue *element = each();)
-            oru_do_vlist_add(list.get(), json_safe(element).get());
+            oru_do_vlist_add(list.get(), safe_value(element).get());
         return made<Value>(oru_do_value_new_array(list.get()));
     }
     if (oru_do_value_get_type(value) == ORU_DO_TYPE_ENUMERATION)
         return made<Value>(oru_do_value_new_enumeration(
             json_escaped(oru_do_value_get_enumeration(value, &status)).c_str()));
-    if (oru_do_value_get_type(value) == ORU_DO_TYPE_MR_URI) {
-        const std::string text = json_escaped(oru_do_uri_get_uri_str(oru_do_value_get_uri(value)));
-        const auto uri = made<Uri>(oru_do_uri_new(text.c_str()));
-        return made<Value>(oru_do_value_new_mr_uri(uri.get()));
+    const Uri uri = json_safe(oru_do_value_get_uri(value));
+    switch (oru_do_value_get_type(value)) {
+        case ORU_DO_TYPE_MR_URI:
+            return made<Value>(oru_do_value_new_mr_uri(uri.get()));
+        case ORU_DO_TYPE_COLL_URI:
+            return made<Value>(oru_do_value_new_coll_uri(uri.get()));
+        default:
+            return made<Value>(oru_do_value_new_any_uri(uri.get()));
     }
-    return Value(oru_do_value_ref(value));
-}
-
-Properties json_safe(ORUDoProperties *props) {
-    auto safe = made<Properties>(oru_do_properties_new());
-    for (EachProperty each(props); ORUDoProperty *property = each();) {
-        const Value value = json_safe(oru_do_property_get_value(property));
-        oru_do_properties_set_value(safe.get(), oru_do_property_get_name_string(property),
-                                    value.get());
-    }
-    return safe;
 }
 
 // ---- Resources ----
@@ -120,12 +133,38 @@ std::string row_table(const std::vector<Properties> &rows, const std::vector<std
 
 }  // namespace
 
+Uri json_safe(ORUDoUri *uri) {
+    return made<Uri>(oru_do_uri_new(json_escaped(oru_do_uri_get_uri_str(uri)).c_str()));
+}
+
+Properties json_safe(ORUDoProperties *props) {
+    auto safe = made<Properties>(oru_do_properties_new());
+    for (EachProperty each(props); ORUDoProperty *property = each();) {
+        const Value value = safe_value(oru_do_property_get_value(property));
+        oru_do_properties_set_value(safe.get(), oru_do_property_get_name_string(property),
+                                    value.get());
+    }
+    return safe;
+}
+
 void add_format_option(CLI::App *command, DataForm &form) {
     command
         ->add_option_function<std::string>(
             "-f,--format", [&form](const std::string &word) { form = kForms.at(word); },
             "table, tree, text, json, compact or xml")
         ->check(CLI::Validator(check_form, "FORM", "form"));
+}
+
+TextTable::TextTable(std::vector<std::string> head) {
+    add(std::move(head));
+    head_ = std::move(rows_.back());
+    rows_.pop_back();
+}
+
+void TextTable::add(std::vector<std::string> cells) {
+    for (std::string &cell : cells)
+        cell = shown_in_line(cell);
+    rows_.push_back(std::move(cells));
 }
 
 std::string TextTable::draw() const {
@@ -165,24 +204,24 @@ std::string cell_text(ORUDoValue *value) {
         text = list_text(oru_do_value_get_bits(value, &status));
     else if (type == ORU_DO_TYPE_STRING)
         text = oru_do_value_get_string(value, &status);
-    else if (type == ORU_DO_TYPE_MR_URI)
+    else if (type == ORU_DO_TYPE_MR_URI || type == ORU_DO_TYPE_COLL_URI)
         text = without_location(oru_do_uri_get_uri_str(oru_do_value_get_uri(value)));
     else
         text = written([&](ORUDoStrbuf *buf) {
             oru_do_value_to_strbuf_opt(value, 0, buf, ORU_DO_OPT_HIDE_SECRETS);
         });
-    // what would move the cursor of a terminal stands as it does in JSON
-    if (std::ranges::any_of(text, [](char c) { return static_cast<unsigned char>(c) < 0x20; }))
-        text = json_escaped(text);
+    // with escapes in it a text stands as it does in JSON
+    if (shown_in_line(text) != text)
+        text = shown_in_line(json_escaped(text));
     if (text.empty())
         text = "\"\"";
     return oru_do_value_is_default(value) != 0 ? text + "  (default)" : text;
 }
 
 std::string properties_json(ORUDoProperties *props, uint32_t options) {
-    return written([&](ORUDoStrbuf *buf) {
+    return shown(written([&](ORUDoStrbuf *buf) {
         oru_do_properties_to_json_opt(json_safe(props).get(), buf, options);
-    });
+    }));
 }
 
 std::string resource_text(ORUDoProperties *props, DataForm form) {
@@ -190,9 +229,9 @@ std::string resource_text(ORUDoProperties *props, DataForm form) {
         case DataForm::table:
             return column_table(props);
         case DataForm::tree:
-            return branch_of(props);
+            return shown(branch_of(props));
         case DataForm::text:
-            return lines_of(props, "");
+            return shown(lines_of(props, ""));
         case DataForm::json:
             return checked_json(properties_json(props, 0));
         case DataForm::compact:

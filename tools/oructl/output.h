@@ -18,9 +18,9 @@ void add_format_option(CLI::App *command, DataForm &form);
 // A table for people: as wide as its cells, with a bold head on a terminal. A null cell is "-".
 class TextTable {
   public:
-    explicit TextTable(std::vector<std::string> head) : head_(std::move(head)) {}
+    explicit TextTable(std::vector<std::string> head);
 
-    void add(std::vector<std::string> cells) { rows_.push_back(std::move(cells)); }
+    void add(std::vector<std::string> cells);
     bool empty() const { return rows_.empty(); }
     std::string draw() const;
 
@@ -38,6 +38,11 @@ std::string resource_text(ORUDoProperties *props, DataForm form);
 // Resources with the same attributes. A table has a column for each of `names`.
 std::string resources_text(const std::vector<Properties> &rows,
                            const std::vector<std::string> &names, DataForm form);
+
+// What the library's JSON writers do not break: addresses and labels, which they write as they
+// stand, with the escapes of a text.
+Uri json_safe(ORUDoUri *uri);
+Properties json_safe(ORUDoProperties *props);
 
 // Properties in JSON, with addresses and labels escaped as texts are.
 std::string properties_json(ORUDoProperties *props, uint32_t options);

@@ -4,6 +4,7 @@
 
 #include "database.h"
 #include "json_tree.h"
+#include "terminal_text.h"
 #include "xml_text.h"
 
 namespace oructl {
@@ -39,7 +40,7 @@ std::string checked_xml(std::string text) {
         text.insert(head, " xmlns:xsi=\"http://www.w3.org/2001/XMLSchema-instance\"");
     if (const std::string fault = xml_fault(text); !fault.empty())
         throw Failure("no XML comes of it: " + fault);
-    return text + (text.ends_with('\n') ? "" : "\n");
+    return shown_in_xml(text) + (text.ends_with('\n') ? "" : "\n");
 }
 
 }  // namespace oructl

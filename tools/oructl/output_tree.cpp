@@ -5,6 +5,7 @@
 #include "object_text.h"
 #include "output.h"
 #include "output_text.h"
+#include "terminal_text.h"
 
 namespace oructl {
 
@@ -83,7 +84,7 @@ std::string rows_of(ORUDoDtree *tree, bool as_tables) {
     }
     std::string text;
     for (const auto &[name, table] : tables)
-        text += as_tables ? table.draw() : table.lines();
+        text += as_tables ? table.draw() : shown(table.lines());
     return text;
 }
 
@@ -122,6 +123,30 @@ std::string compact_children(ORUDoDtree *node) {
     return members;
 }
 
+// The children of a node beneath another one, as they can be written in JSON.
+void copy_children(ORUDoDtree *from, ORUDoDtree *to) {
+    for (EachChild each(from); ORUDoDtree *child = each();) {
+        if (oru_do_dtree_is_hidden(child) != 0)
+            continue;
+        ORUDoDtree *const copy = oru_do_dtree_add_child(to, oru_do_dtree_get_name(child));
+        if (copy == nullptr)
+            throw std::bad_alloc();
+        if (ORUDoUri *uri = oru_do_dtree_get_mr_uri(child))
+            oru_do_dtree_set_mr_uri(copy, json_safe(uri).get());
+        if (ORUDoProperties *props = oru_do_dtree_get_properties(child))
+            oru_do_dtree_set_properties(copy, json_safe(props).get());
+        oru_do_dtree_set_error(copy, oru_do_dtree_get_error(child));
+        copy_children(child, copy);
+    }
+}
+
+std::string tree_json(ORUDoDtree *tree) {
+    const auto copy = made<Dtree>(oru_do_dtree_new(oru_do_dtree_get_name(tree)));
+    oru_do_dtree_set_error(copy.get(), oru_do_dtree_get_error(tree));
+    copy_children(tree, copy.get());
+    return shown(written([&](ORUDoStrbuf *buf) { oru_do_dtree_to_json(copy.get(), buf); }));
+}
+
 }  // namespace
 
 std::string tree_text(ORUDoDtree *tree, DataForm form) {
@@ -130,8 +155,7 @@ std::string tree_text(ORUDoDtree *tree, DataForm form) {
         case DataForm::text:
             return rows_of(tree, form == DataForm::table);
         case DataForm::json:
-            return checked_json(
-                written([&](ORUDoStrbuf *buf) { oru_do_dtree_to_json(tree, buf); }));
+            return checked_json(tree_json(tree));
         case DataForm::compact:
             return checked_json("{" + compact_children(tree) + "}");
         default:
@@ -147,7 +171,7 @@ std::string tree_text(ORUDoDtree *tree, DataForm form) {
             else
                 dtree_text(child, 0, buf);
         });
-        text += form == DataForm::xml ? checked_xml(one) : without_location(one);
+        text += form == DataForm::xml ? checked_xml(one) : shown(without_location(one));
     }
     return text;
 }

@@ -12,6 +12,7 @@
 #include "fault_words.h"
 #include "model_words.h"
 #include "output.h"
+#include "terminal_text.h"
 
 namespace oructl {
 namespace {
@@ -44,14 +45,12 @@ void print_missing_params(const xmlNode *root, ORUDoNvlist *params) {
     const std::vector<std::string> asked = params_of(root);
     for (const std::string &name : asked) {
         if (oru_do_nvlist_get_value(params, name.c_str()) == nullptr)
-            std::fprintf(stderr, "the document asks for $%s: -p %s=VALUE\n", name.c_str(),
-                         name.c_str());
+            tell("the document asks for $" + name + ": -p " + name + "=VALUE");
     }
     for (int32_t i = 0; i < oru_do_nvlist_get_len(params); ++i) {
         const std::string name = oru_do_nvlist_item_get_name(oru_do_nvlist_get_item(params, i));
         if (std::ranges::find(asked, name) == asked.end())
-            std::fprintf(stderr, "the document does not ask for $%s%s\n", name.c_str(),
-                         similar_question(name, asked).c_str());
+            tell("the document does not ask for $" + name + similar_question(name, asked));
     }
 }
 
@@ -156,9 +155,9 @@ class Query {
         while (code == ORU_OK && (arguments_.all || arguments_.count == 0));
         std::fflush(stdout);
         if (code == ORU_OK)
-            std::fprintf(stderr, "there may be more rows: --all prints them\n");
+            tell("there may be more rows: --all prints them");
         if (code > ORU_RC_NO_MORE_VALUE && !has_errors_)
-            std::fprintf(stderr, "%s\n", words_of_failure(holder(), code).c_str());
+            tell(words_of_failure(holder(), code));
         return code > ORU_RC_NO_MORE_VALUE || has_errors_ ? kFaults : kDone;
     }
 
@@ -183,7 +182,7 @@ class Query {
         if (ORUDoError *error = oru_do_dtree_get_error(node)) {
             const std::string line = error_line(error);
             if (told_.count(line.substr(0, line.rfind(" ("))) == 0)
-                std::fprintf(stderr, "%s\n", line.c_str());
+                tell(line);
             has_errors_ = true;
         }
         for (EachChild each(node); ORUDoDtree *child = each();)
@@ -220,10 +219,13 @@ void add_query_command(CLI::App &app, int &status) {
     auto *command = app.add_subcommand("query", "Answers a document of the data tree language");
     command->add_option("document", arguments->document, "file; - or none is standard input")
         ->check(input_file());
-    command->add_option("-p,--param", arguments->params,
-                        "NAME=VALUE, a parameter of the document: JSON, or else a text");
+    command
+        ->add_option("-p,--param", arguments->params,
+                     "NAME=VALUE, a parameter of the document: JSON, or else a text")
+        ->take_all()
+        ->allow_extra_args(false);
     command->add_option("--count", arguments->count, "leaf rows to read; by default all")
-        ->check(CLI::PositiveNumber);
+        ->check(number_within(1, INT32_MAX));
     command->add_flag("--all", arguments->all, "read on by as many rows until there are no more");
     add_database_options(command, arguments->database);
     add_format_option(command, arguments->form);
