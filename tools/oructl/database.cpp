@@ -8,6 +8,7 @@
 #include <filesystem>
 
 #include "addresses.h"
+#include "command.h"
 #include "fault_words.h"
 #include "model_roots.h"
 #include "model_words.h"

@@ -4,13 +4,16 @@
 
 #include <oruembedded.h>
 
-#include <CLI/CLI.hpp>
 #include <optional>
 #include <stdexcept>
 #include <string>
 
 #include "handles.h"
 #include "model.h"
+
+namespace CLI {
+class App;
+}
 
 namespace oructl {
 

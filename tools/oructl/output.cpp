@@ -7,6 +7,7 @@
 #include <map>
 
 #include "addresses.h"
+#include "command.h"
 #include "database.h"
 #include "model_words.h"
 #include "output_text.h"

@@ -2,11 +2,14 @@
 #ifndef ORU_TOOLS_ORUCTL_OUTPUT_H
 #define ORU_TOOLS_ORUCTL_OUTPUT_H
 
-#include <CLI/CLI.hpp>
 #include <string>
 #include <vector>
 
 #include "handles.h"
+
+namespace CLI {
+class App;
+}
 
 namespace oructl {
 
