@@ -1,8 +1,10 @@
 #include "do/error.h"
 
+#include <atomic>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <utility>
 
 #include "do/print.h"
 #include "frame/text.h"
@@ -41,12 +43,23 @@ bool same_text(const char *a, const char *b) {
     return std::strcmp(a, b) == 0;
 }
 
+// Link by link as far as nobody else holds one: a chain of all that is wrong with a large change is
+// longer than the stack is deep.
+void release_causes(ORUDoError *cause) {
+    while (cause != nullptr && std::atomic_ref(cause->ref).load(std::memory_order_acquire) == 1) {
+        ORUDoError *next = std::exchange(cause->cause, nullptr);
+        oru_do_error_deref(cause);
+        cause = next;
+    }
+    oru_do_error_deref(cause);
+}
+
 }  // namespace
 
 void oru::ObjectType<ORUDoError>::release_members(ORUDoError &self) {
     replace_owned(self.msg, nullptr);
     replace_owned(self.name_space, nullptr);
-    deref(self.cause);
+    release_causes(std::exchange(self.cause, nullptr));
     oru_do_prop_errs_deref(self.prop_errs);
 }
 

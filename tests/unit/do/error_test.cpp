@@ -441,4 +441,17 @@ TEST(ErrorNull, RequiredArgumentsAreNamed) {
     oru_do_error_deref(err);
 }
 
+TEST_F(Error, ChainsOfCausesMayBeLongerThanTheStackIsDeep) {
+    ORUDoError *chain = oru_do_error_new(1, "first");
+    ORUDoError *shared = oru_do_error_ref(chain);
+    for (int i = 0; i < 300000; ++i) {
+        ORUDoError *next = oru_do_error_new_w_cause(1, "next", chain);
+        oru_do_error_deref(chain);
+        chain = next;
+    }
+    oru_do_error_deref(chain);
+    EXPECT_STREQ(oru_do_error_get_msg(shared), "first");
+    oru_do_error_deref(shared);
+}
+
 }  // namespace
