@@ -48,7 +48,7 @@ std::string link(const std::string &to, const std::string &from) {
 std::string source_of_link(const std::string &link_key) {
     size_t length = 0;
     for (size_t i = 1; i <= kLengthBytes; i++)
-        length = length << 8 | static_cast<unsigned char>(link_key[i]);
+        length = length << 8 | static_cast<unsigned char>(link_key.at(i));
     return link_key.substr(1 + kLengthBytes + length);
 }
 

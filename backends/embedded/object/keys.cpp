@@ -174,14 +174,18 @@ Place below(const Place &parent, std::string_view reference) {
 
 namespace {
 
-/* How long the value of a key is that stands at a place in a key of the store. */
+/* How long the value of a key is that stands at a place in a key of the store. Keys and addresses
+   of a damaged database need not fit together. */
 size_t value_size(std::string_view key, size_t at) {
+    constexpr size_t kHead = 1 + 4;
+    if (at + kHead > key.size())
+        throw StoreFault(StoreFault::Kind::damaged, "a key in the database has no end");
     if (key[at] == 'i' || key[at] == 'u')
         return 1 + 8;
     size_t length = 0;
-    for (size_t i = 1; i <= 4; i++)
+    for (size_t i = 1; i < kHead; i++)
         length = length << 8 | static_cast<unsigned char>(key[at + i]);
-    return 1 + 4 + length;
+    return kHead + length;
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 #include <numeric>
 
 #include "cabinet.h"
+#include "object/indexes.h"
 
 namespace embedded {
 namespace {
@@ -58,6 +59,15 @@ TEST_F(EmbeddedHostile, ReferencesThatAreNoAddressesLeadToNothing) {
     const Answer answer = commit();
     EXPECT_EQ(answer.code, ORU_RC_NO_SUCH_RESOURCE);
     EXPECT_EQ(answer.faults.size(), 3U);
+}
+
+// keys and addresses of a damaged database need not fit together
+TEST_F(EmbeddedHostile, DamagedKeysAreFaults) {
+    EXPECT_THROW(collection_of({std::string("r\1", 2), "/folders;name=a"}), StoreFault);
+    EXPECT_THROW(collection_of({std::string("r\1folders\0s\0\0", 13), "/folders;name=a"}),
+                 StoreFault);
+    EXPECT_THROW(source_of_link("l\1"), std::exception);
+    EXPECT_THROW(source_of_link(std::string("l\0\0\0\x9r", 6)), std::exception);
 }
 
 TEST_F(EmbeddedHostile, ManyFaultsAreAllTold) {
