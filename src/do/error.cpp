@@ -43,15 +43,27 @@ bool same_text(const char *a, const char *b) {
     return std::strcmp(a, b) == 0;
 }
 
-// Link by link as far as nobody else holds one: a chain of all that is wrong with a large change is
-// longer than the stack is deep.
-void release_causes(ORUDoError *cause) {
-    while (cause != nullptr && std::atomic_ref(cause->ref).load(std::memory_order_acquire) == 1) {
-        ORUDoError *next = std::exchange(cause->cause, nullptr);
-        oru_do_error_deref(cause);
-        cause = next;
+// The end of the links behind `cause` that nobody else holds, as far as the stack is trusted.
+ORUDoError *last_to_recurse(ORUDoError *cause) {
+    constexpr int kDepth = 200;
+    for (int i = 0; i < kDepth && cause->cause != nullptr; ++i) {
+        if (std::atomic_ref(cause->ref).load(std::memory_order_acquire) != 1)
+            break;
+        cause = cause->cause;
     }
-    oru_do_error_deref(cause);
+    return cause;
+}
+
+// A cause goes with all behind it before the rest of its owner. Chains of all that is wrong with a
+// large change are longer than the stack is deep, so that they go piece by piece.
+void release_causes(ORUDoError *cause) {
+    while (cause != nullptr) {
+        ORUDoError *last = last_to_recurse(cause);
+        const bool is_held = std::atomic_ref(last->ref).load(std::memory_order_acquire) != 1;
+        ORUDoError *rest = is_held ? nullptr : std::exchange(last->cause, nullptr);
+        oru_do_error_deref(cause);
+        cause = rest;
+    }
 }
 
 }  // namespace

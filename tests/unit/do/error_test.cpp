@@ -317,6 +317,27 @@ TEST_F(Error, ReleasesItsCauseBeforeThePropertyErrors) {
     EXPECT_EQ(traces.lines(), (std::vector<Trace>{{8, words[0]}, {8, words[1]}, {8, words[2]}}));
 }
 
+TEST_F(Error, ReleasesTheCauseOfItsCauseBeforeThePropertyErrorsOfThat) {
+    ORUDoError *root = oru_do_error_new(1, nullptr);
+    ORUDoError *cause = oru_do_error_new_w_cause(1, nullptr, root);
+    oru_do_error_deref(root);
+    oru_do_error_set_cause(err, cause);
+    ORUDoPropErrs *errs = oru_do_prop_errs_new();
+    oru_do_error_set_prop_errs(cause, errs);
+    oru_do_error_deref(cause);
+    oru_do_prop_errs_deref(errs);
+    char words[4][100];
+    std::snprintf(words[0], 100, "oru deref oru_do_error %p 1", static_cast<void *>(err));
+    std::snprintf(words[1], 100, "oru deref oru_do_error %p 1", static_cast<void *>(cause));
+    std::snprintf(words[2], 100, "oru deref oru_do_error %p 1", static_cast<void *>(root));
+    std::snprintf(words[3], 100, "oru deref oru_do_prop_errs %p 1", static_cast<void *>(errs));
+    TraceCapture traces(8);
+    oru_do_error_deref(err);
+    err = nullptr;
+    EXPECT_EQ(traces.lines(),
+              (std::vector<Trace>{{8, words[0]}, {8, words[1]}, {8, words[2]}, {8, words[3]}}));
+}
+
 TEST_F(Error, MessageThatCannotBeHadIsLeftOut) {
     poolheap_fail_nth(2, 0);
     remake(oru_do_error_new(8, "message"));
