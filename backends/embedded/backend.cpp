@@ -1,4 +1,5 @@
 /* The entry points that the library looks up. */
+#include <algorithm>
 #include <memory>
 #include <mutex>
 
@@ -108,6 +109,15 @@ class Session {
     CollectionInterface collection_;
 };
 
+/* Options narrow what the store can keep; nothing widens it. */
+Limits limits_of(const ORUEmbeddedOptions &options, Limits limits) {
+    if (options.commit_rows != 0)
+        limits.commit_writes = std::min<size_t>(limits.commit_writes, options.commit_rows);
+    if (options.value_bytes != 0)
+        limits.value_bytes = std::min<size_t>(limits.value_bytes, options.value_bytes);
+    return limits;
+}
+
 void start(const ORUEmbeddedOptions &options, const Report &report) {
     auto started = std::make_unique<BackEnd>();
     started->report = report;
@@ -121,6 +131,7 @@ void start(const ORUEmbeddedOptions &options, const Report &report) {
         started->store.keep_commits = options.keep_commits;
     if (options.keep_seconds != 0)
         started->store.keep_seconds = options.keep_seconds;
+    started->store.limits = limits_of(options, started->store.limits);
     const std::string key_file =
         started->store.path.empty() ? std::string() : started->store.path + ".key";
     started->vault = std::make_shared<Vault>(text_or(options.key_file, key_file.c_str()));

@@ -67,6 +67,12 @@ typedef struct ORUEmbeddedOptions {
      * before its first session.
      */
     const char *const *bundles;
+
+    /* What a commit may hold, at most; beyond it is refused with faults. 0, and what is more than
+       the defaults: those. */
+    uint32_t commit_rows; /* rows that are written: resources, references and secondary keys;
+                             1,000,000 */
+    uint32_t value_bytes; /* of one attribute; 67,108,864 */
 } ORUEmbeddedOptions;
 
 /* ---- Sessions ---- */

@@ -7,8 +7,6 @@ namespace embedded {
 
 namespace {
 
-constexpr Limits kLimits = {4096, size_t{1} << 26, 1'000'000};
-
 Connection open_connection(const SqliteOptions &options) {
     Connection connection(options.path.empty() ? ":memory:" : options.path);
     sqlite3_busy_timeout(connection.get(), options.busy_milliseconds);
@@ -34,12 +32,12 @@ bool is_wanted(const std::vector<std::string> *names, std::string_view name) {
     return false;
 }
 
-void check_limits(const Commit &commit) {
-    bool fits = commit.writes.size() <= kLimits.commit_writes;
+void check_limits(const Limits &limits, const Commit &commit) {
+    bool fits = commit.writes.size() <= limits.commit_writes;
     for (const Write &write : commit.writes) {
-        fits = fits && write.key.size() <= kLimits.key_bytes;
+        fits = fits && write.key.size() <= limits.key_bytes;
         for (const Attribute &attribute : write.attributes)
-            fits = fits && attribute.cell.bytes.size() <= kLimits.value_bytes;
+            fits = fits && attribute.cell.bytes.size() <= limits.value_bytes;
     }
     if (!fits)
         throw StoreFault(StoreFault::Kind::beyond_limits,
@@ -56,7 +54,7 @@ class SqliteStore final : public Store {
               database_->connection.prepare("SELECT name, type, type_name, value FROM attribute "
                                             "WHERE row = ? AND since <= ? AND until > ?")) {}
 
-    Limits limits() const override { return kLimits; }
+    Limits limits() const override { return database_->options.limits; }
 
     Revision head() override {
         const std::lock_guard lock(database_->mutex);
@@ -93,7 +91,7 @@ class SqliteStore final : public Store {
     }
 
     CommitResult commit(const Commit &commit) override {
-        check_limits(commit);
+        check_limits(limits(), commit);
         const std::lock_guard lock(database_->mutex);
         return write_commit(*database_, commit);
     }

@@ -20,6 +20,9 @@ struct SqliteOptions {
        younger than `keep_seconds`. */
     int64_t keep_commits = 1000;
     int64_t keep_seconds = 3600;
+
+    /* Keys are bound by what lies on a page of the database. */
+    Limits limits = {.key_bytes = 4096, .value_bytes = size_t{1} << 26, .commit_writes = 1'000'000};
 };
 
 /* Opens the database and makes it when it is missing. Unlike other stores this one may be used by

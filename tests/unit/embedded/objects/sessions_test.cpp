@@ -176,5 +176,27 @@ TEST_F(EmbeddedSessions, OptionsNeedTheirSizeAndARoot) {
     EXPECT_EQ(oru_lib_init(nullptr, 0, &with), ORU_OK);
 }
 
+class EmbeddedLimits : public EmbeddedSessions {
+  protected:
+    ORUEmbeddedOptions options() const override {
+        ORUEmbeddedOptions with = Network::options();
+        with.commit_rows = 2;
+        with.value_bytes = 20;
+        return with;
+    }
+};
+
+TEST_F(EmbeddedLimits, OptionsNarrowWhatACommitMayHold) {
+    create_links(2);
+    for (const char *id : {"a", "b", "c"})
+        create("/", "links", "", std::string(R"({"id":{"%string":")") + id + R"("}})");
+    EXPECT_EQ(commit().faults, Texts{": too many changes for one commit: expected 2, got 3"});
+    set("/", R"({"location":{"%string":"twenty-one characters"}})");
+    EXPECT_EQ(commit().faults, Texts{" location 115 a value is too long for the store: expected "
+                                     "at most 20 bytes, got 21"});
+    set("/", R"({"location":{"%string":"twenty characters..."}})");
+    EXPECT_EQ(commit().code, ORU_OK);
+}
+
 }  // namespace
 }  // namespace embedded
