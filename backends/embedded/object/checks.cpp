@@ -1,6 +1,7 @@
 #include "checks.h"
 
 #include <algorithm>
+#include <set>
 
 #include "indexes.h"
 #include "members.h"
@@ -189,7 +190,7 @@ class Checker {
                       "a mandatory attribute is missing", type_text(attribute), "nothing");
         } else if (attribute.role == AttributeType::Role::peer) {
             check_references(draft, attribute, value);
-        } else if (!attribute.is_secret() || draft.given.count(attribute.name) != 0) {
+        } else if (!attribute.is_secret() || draft.is_given(attribute)) {
             check_value(draft, attribute, records[index], value);
         }
     }
@@ -208,7 +209,7 @@ class Checker {
         if (code != ORU_OK)
             return fault(draft, code, attribute.name, {}, expectation(attribute, code, props),
                          shown(attribute, value.get()));
-        if (draft.given.count(attribute.name) != 0)
+        if (draft.is_given(attribute))
             check_inner(draft, attribute, value);
         if (attribute.type == ORU_DO_TYPE_MR_URI)
             check_addresses(draft, attribute, value);
@@ -232,7 +233,7 @@ class Checker {
 
     /* What was not given was checked when it was. */
     void check_references(Draft &draft, const AttributeType &attribute, const Value &value) {
-        if (draft.given.count(attribute.name) == 0)
+        if (!draft.is_given(attribute))
             return;
         if (!is_of_addresses(attribute, value.get()))
             return fault(draft, ORU_RC_TYPE_MISMATCH, attribute.name, {}, type_text(attribute),
@@ -281,8 +282,7 @@ class Checker {
     void check_others_may_refer(const Draft &draft) {
         for (const Draft *from : referrers_of(draft)) {
             for (const AttributeType &attribute : from->after.type->attributes) {
-                if (attribute.role == AttributeType::Role::peer &&
-                    from->given.count(attribute.name) == 0)
+                if (attribute.role == AttributeType::Role::peer && !from->is_given(attribute))
                     check_references_to(draft, *from, attribute);
             }
         }

@@ -27,6 +27,15 @@ Value Draft::State::value(const AttributeType &attribute) const {
     return Value::share(oru_do_properties_get_value_n(props.get(), attribute.object.get()));
 }
 
+bool Draft::is_given(const AttributeType &attribute) const {
+    return !given.empty() && given[after.type->index_of(attribute)];
+}
+
+void Draft::note_given(const AttributeType &attribute) {
+    given.resize(after.type->attributes.size());
+    given[after.type->index_of(attribute)] = true;
+}
+
 void set_property(Properties &props, const AttributeType &attribute, const Value &value) {
     if (!value) {
         oru_do_properties_remove_by_name(props.get(), attribute.name.c_str());

@@ -3,7 +3,7 @@
 #define EMBEDDED_DRAFT_H
 
 #include <map>
-#include <set>
+#include <memory>
 
 #include "session.h"
 
@@ -24,14 +24,18 @@ struct Draft {
     bool was_there() const { return before.exists() || !unknown_kind.empty(); }
     bool is_there() const { return after.exists() || (!unknown_kind.empty() && !is_dropped); }
 
+    /* The attributes, of the type behind the change, that operations gave a value. */
+    bool is_given(const AttributeType &attribute) const;
+    void note_given(const AttributeType &attribute);
+
     Place place;
     State before;
     State after;
-    std::string unknown_kind;    /* the type of what is there, when the model does not know it */
-    std::set<std::string> given; /* the attributes that operations gave a value */
-    bool is_touched = false;     /* by an operation */
-    bool is_made_anew = false;   /* deleted, and created again */
-    bool is_dropped = false;     /* what is there of an unknown type goes */
+    std::string unknown_kind;  /* the type of what is there, when the model does not know it */
+    std::vector<bool> given;   /* by their places in the type; empty for none */
+    bool is_touched = false;   /* by an operation */
+    bool is_made_anew = false; /* deleted, and created again */
+    bool is_dropped = false;   /* what is there of an unknown type goes */
 };
 
 /* Sets a property, or takes it away for a null value. */

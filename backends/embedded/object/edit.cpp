@@ -214,7 +214,7 @@ void Edit::give(Draft &draft, const AttributeType &attribute, ORUDoValue *value)
                   given ? shown(attribute, given.get()) : std::string("nothing"));
         return;
     }
-    draft.given.insert(attribute.name);
+    draft.note_given(attribute);
     set_property(draft.after.props, attribute, given);
 }
 

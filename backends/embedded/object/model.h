@@ -93,6 +93,9 @@ struct ResourceType {
     std::unordered_map<std::string_view, size_t> by_name;
 
     const AttributeType *find_attribute(std::string_view attribute) const;
+    size_t index_of(const AttributeType &attribute) const {
+        return static_cast<size_t>(&attribute - attributes.data());
+    }
     bool is_operational() const { return access == 0; }
 
     /* Of the type or of what implements it; null for none. */

@@ -78,10 +78,10 @@ class Writer {
 
     void set(const Draft &draft) {
         Write write{Write::Kind::set, draft.place.key, {}, {}, {}};
-        for (const std::string &name : draft.given) {
-            const AttributeType *const attribute = draft.after.type->find_attribute(name);
-            if (!is_same(draft.before.value(*attribute), draft.after.value(*attribute)))
-                add(draft, *attribute, write);
+        for (const AttributeType &attribute : draft.after.type->attributes) {
+            if (draft.is_given(attribute) &&
+                !is_same(draft.before.value(attribute), draft.after.value(attribute)))
+                add(draft, attribute, write);
         }
         if (!write.attributes.empty())
             writes_.push_back(std::move(write));
@@ -92,7 +92,7 @@ class Writer {
         Value value = draft.after.value(attribute);
         if (!value && write.kind == Write::Kind::create)
             return;
-        if (value && draft.given.count(attribute.name) != 0)
+        if (value && draft.is_given(attribute))
             value = closed(draft, attribute, value);
         if (value && attribute.role == AttributeType::Role::peer)
             value = with_full_addresses(value);
