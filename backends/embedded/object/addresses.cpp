@@ -87,10 +87,20 @@ const ResourceType *choose_implementation(const ResourceType &type, const Segmen
     return &type;
 }
 
+/* The type that decides on the children of a resource. What implements an abstract type may have
+   children of different types under the same name. */
+const ResourceType &parent_type(const Target &target, std::string_view reference,
+                                const Lookup &lookup) {
+    const ResourceType *const found = lookup.type_at && target.type->leaves_open(reference)
+                                          ? lookup.type_at(target.place)
+                                          : nullptr;
+    return found != nullptr ? *found : *target.type;
+}
+
 /* Walks the segments of an address from the root on. */
 class Walk {
   public:
-    Walk(const ResourceType &root, const FindBySecondaryKey &find) : find_(find) {
+    Walk(const ResourceType &root, const Lookup &lookup) : lookup_(lookup) {
         target_.place = Place::root();
         target_.type = &root;
     }
@@ -99,7 +109,8 @@ class Walk {
         Segment segment;
         if (!target_.is_whole || target_.place.depth() == kMaxDepth || !read_segment(text, segment))
             return false;
-        target_.reference = target_.type->find_child(segment.reference);
+        target_.reference =
+            parent_type(target_, segment.reference, lookup_).find_child(segment.reference);
         if (target_.reference == nullptr)
             return false;
         target_.parent_key = target_.place.key;
@@ -124,22 +135,21 @@ class Walk {
             return true;
         }
         const std::string key = secondary_key_of(segment, *target_.type, target_.place);
-        if (key.empty() || !find_)
+        if (key.empty() || !lookup_.owner_of)
             return false;
-        std::optional<Place> found = find_(key);
+        std::optional<Place> found = lookup_.owner_of(key);
         if (!found)
             return false;
         target_.place = std::move(*found);
         return true;
     }
 
-    const FindBySecondaryKey &find_;
+    const Lookup &lookup_;
     Target target_;
 };
 
-std::optional<Target> walk(const ResourceType &root, std::string_view path,
-                           const FindBySecondaryKey &find) {
-    Walk at(root, find);
+std::optional<Target> walk(const ResourceType &root, std::string_view path, const Lookup &lookup) {
+    Walk at(root, lookup);
     if (path.ends_with('/'))
         path.remove_suffix(1);
     if (path.starts_with('/'))
@@ -178,17 +188,16 @@ std::optional<std::string_view> Addresses::behind_location(std::string_view addr
     return address;
 }
 
-std::optional<Target> Addresses::resolve(std::string_view address,
-                                         const FindBySecondaryKey &find) const {
+std::optional<Target> Addresses::resolve(std::string_view address, const Lookup &lookup) const {
     const std::optional<std::string_view> path = behind_location(address);
     if (address.empty() || !path || path->find('?') != std::string_view::npos)
         return std::nullopt;
-    std::optional<Target> target = walk(model_.root(), *path, find);
+    std::optional<Target> target = walk(model_.root(), *path, lookup);
     return target && target->is_whole ? std::move(target) : std::nullopt;
 }
 
 std::optional<Members> Addresses::resolve_collection(std::string_view address,
-                                                     const FindBySecondaryKey &find) const {
+                                                     const Lookup &lookup) const {
     const size_t mark = address.find('?');
     if (mark == std::string_view::npos)
         return std::nullopt;
@@ -203,14 +212,15 @@ std::optional<Members> Addresses::resolve_collection(std::string_view address,
     const std::optional<std::string_view> path = behind_location(base_text);
     if (!path || (type == nullptr && (!type_text.empty() || reference.empty())))
         return std::nullopt;
-    const std::optional<Target> base = walk(model_.root(), *path, find);
+    const std::optional<Target> base = walk(model_.root(), *path, lookup);
     if (!base || (!reference.empty() && !base->is_whole))
         return std::nullopt;
 
     if (base->is_whole && reference.empty())
         return below_at_any_depth(*base, type);
     const ChildReference *const child =
-        base->is_whole ? base->type->find_child(reference) : base->reference;
+        base->is_whole ? parent_type(*base, reference, lookup).find_child(reference)
+                       : base->reference;
     if (child == nullptr)
         return std::nullopt;
     const Place place = base->is_whole ? below(base->place, reference) : base->place;

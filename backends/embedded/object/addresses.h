@@ -18,8 +18,13 @@ struct Target {
     bool is_whole = true; /* false for a member of a collection without its keys */
 };
 
-/* Finds the resource that a row of the store leads to, by the key of a secondary key. */
-using FindBySecondaryKey = std::function<std::optional<Place>(const std::string &)>;
+/* What the data tells where the model leaves it open. What is empty knows nothing. */
+struct Lookup {
+    /* The resource that a row of the store leads to, by the key of a secondary key. */
+    std::function<std::optional<Place>(const std::string &key)> owner_of;
+    /* The type of the resource at a place; null where there is none. */
+    std::function<const ResourceType *(const Place &place)> type_at;
+};
 
 /* What a collection has. */
 struct Members {
@@ -40,15 +45,14 @@ class Addresses {
 
     /*
      * The place of an address, with or without the location in front. Nothing for one that the
-     * model does not know, that is malformed, or that is at another location. Without `find`, one
-     * with a secondary key is not known.
+     * model does not know, that is malformed, or that is at another location. Without a lookup,
+     * one with a secondary key is not known.
      */
-    std::optional<Target> resolve(std::string_view address, const FindBySecondaryKey &find) const;
+    std::optional<Target> resolve(std::string_view address, const Lookup &lookup) const;
 
     /* All forms of collections: "BASE?ref", "BASE?ref:Type", "BASE/ref?:Type", "BASE?:Type" for
        everything below a resource, and "//?:Type" for everything. */
-    std::optional<Members> resolve_collection(std::string_view address,
-                                              const FindBySecondaryKey &find) const;
+    std::optional<Members> resolve_collection(std::string_view address, const Lookup &lookup) const;
 
   private:
     std::optional<std::string_view> behind_location(std::string_view address) const;

@@ -181,7 +181,14 @@ std::vector<std::string> Drafts::keys(const Range &range, size_t most) {
 
 std::optional<Target> Drafts::resolve(std::string_view address) {
     return source_.addresses.resolve(address,
-                                     [this](const std::string &key) { return owner_of(key); });
+                                     {[this](const std::string &key) { return owner_of(key); },
+                                      [this](const Place &place) { return type_at(place); }});
+}
+
+/* Of what goes, the type that it had: addresses that led below it are looked for, too. */
+const ResourceType *Drafts::type_at(const Place &place) {
+    const Draft &draft = at(place);
+    return draft.after.exists() ? draft.after.type : draft.before.type;
 }
 
 std::optional<Place> Drafts::stored_owner_of(const std::string &key) {

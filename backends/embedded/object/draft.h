@@ -83,6 +83,7 @@ class Drafts {
     using Keys = std::vector<std::string>;
 
     std::optional<Place> owner_of(const std::string &key);
+    const ResourceType *type_at(const Place &place);
     Keys secondary_keys_of(const Draft &draft, const Draft::State &state) const;
     void catch_up();
 

@@ -190,22 +190,44 @@ size_t value_size(std::string_view key, size_t at) {
 
 }  // namespace
 
-Place collection_of(const Place &place) {
-    size_t at = 2;       // in the key
-    size_t values = at;  // where those of the last segment begin
-    size_t path_end = 0;
+namespace {
+
+/* The places in a resource's key and path that its last segment divides them at. */
+struct LastSegment {
+    size_t key_begin = 2;
+    size_t key_values = 2; /* behind the reference */
+    size_t path_begin = 0;
+    size_t path_values = 0;
+};
+
+LastSegment last_segment_of(const Place &place) {
+    LastSegment last;
+    size_t at = last.key_begin;
     for (size_t slash = 0; slash < place.path.size();) {
         const size_t end = std::min(place.path.find('/', slash + 1), place.path.size());
         const std::string_view segment(place.path.data() + slash + 1, end - slash - 1);
-        const std::string_view reference = segment.substr(0, segment.find(';'));
-        values = at + reference.size() + 1;
-        path_end = slash + 1 + reference.size();
-        at = values;
+        const size_t reference = segment.substr(0, segment.find(';')).size();
+        last = {at, at + reference + 1, slash, slash + 1 + reference};
+        at = last.key_values;
         for (const char c : segment)
             at += c == ';' ? value_size(place.key, at) : 0;
         slash = end;
     }
-    return {place.key.substr(0, values), place.path.substr(0, path_end)};
+    return last;
+}
+
+}  // namespace
+
+Place collection_of(const Place &place) {
+    const LastSegment last = last_segment_of(place);
+    return {place.key.substr(0, last.key_values), place.path.substr(0, last.path_values)};
+}
+
+Place parent_of(const Place &place) {
+    const LastSegment last = last_segment_of(place);
+    Place parent = {place.key.substr(0, last.key_begin), place.path.substr(0, last.path_begin)};
+    parent.key[1]--;
+    return parent;
 }
 
 bool add_key_text(Place &place, const AttributeType &key, std::string_view escaped) {

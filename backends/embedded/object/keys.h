@@ -42,6 +42,9 @@ Place below(const Place &parent, std::string_view reference);
 /* The collection that a resource is a member of: its place without its own key values. */
 Place collection_of(const Place &place);
 
+/* The resource above another one, which is not the root. */
+Place parent_of(const Place &place);
+
 /* Adds the value of a primary key to the place of a child: from the text in an address, still
    escaped, or from a value. False for a text or value that is none of the key's type. */
 bool add_key_text(Place &place, const AttributeType &key, std::string_view escaped);

@@ -1,5 +1,6 @@
 #include "model.h"
 
+#include <algorithm>
 #include <array>
 
 namespace embedded {
@@ -130,6 +131,15 @@ const ChildReference *ResourceType::find_child(std::string_view reference) const
             return child;
     }
     return nullptr;
+}
+
+bool ResourceType::leaves_open(std::string_view reference) const {
+    const ChildReference *const first = find_child(reference);
+    return std::any_of(
+        implementations.begin(), implementations.end(), [&](const ResourceType *implementation) {
+            const ChildReference *const child = implementation->find_child(reference);
+            return child != nullptr && child->target != first->target;
+        });
 }
 
 bool ResourceType::is_a(const ResourceType &other) const {

@@ -101,6 +101,10 @@ struct ResourceType {
     /* Of the type or of what implements it; null for none. */
     const ChildReference *find_child(std::string_view reference) const;
 
+    /* Whether children of different types are found under the reference, by what implements the
+       type. */
+    bool leaves_open(std::string_view reference) const;
+
     /* Whether resources of this type are of `other`: the same, or one that it implements. */
     bool is_a(const ResourceType &other) const;
 };

@@ -19,16 +19,19 @@ struct Source {
     std::shared_ptr<const SecretReader> secrets;
     Addresses addresses;
 
-    /* Names a resource by what stands in an address, looking at a revision where a secondary key
-       does so. */
+    /* What an address names, looking at a revision where the data tells it: by secondary keys, and
+       below abstract types. */
     std::optional<Target> resolve(std::string_view address, Revision at) const;
     std::optional<Members> resolve_collection(std::string_view address, Revision at) const;
 
     /* The resource that a row of the store leads to, which is none itself. */
     std::optional<Place> owner_of(const std::string &index_key, Revision at) const;
 
+    /* The type of the resource at a place; null where there is none that the model knows. */
+    const ResourceType *type_at(const Place &place, Revision at) const;
+
   private:
-    FindBySecondaryKey finder(Revision at) const;
+    Lookup lookup(Revision at) const;
 };
 
 /* Single resources. */
