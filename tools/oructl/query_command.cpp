@@ -110,9 +110,8 @@ void check_data_addresses(const ORUDtlNode &above) {
 
 Document read_document(const DtlDocument &source) {
     ORUDoError *error = nullptr;
-    oru_md_rdlock();
+    const MetadataLock lock;
     Document document(oru_dtl_from_str(source.safe_text().c_str(), &error));
-    oru_md_unlock();
     oru_do_error_deref(error);
     return document;
 }
