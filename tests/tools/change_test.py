@@ -36,6 +36,55 @@ class Set(Change):
                 self.assertRegex(self.does("set", address, f"{name}={text}"), "^written as revis")
                 self.assertEqual(self.value(address, name), value)
 
+    # One resource has a time, the other a duration: what is given, its count, and what is printed.
+    def times(self, address, name, cases):
+        for text, count, printed in cases:
+            with self.subTest(text=text):
+                self.does("set", address, f"{name}={text}", "--system")
+                self.assertEqual(self.does("get", address, name, "-f", "compact"),
+                                 f'{{"{name}":{count}}}\n')
+                self.assertEqual(self.value(address, name), printed)
+                self.assertEqual(self.does("set", address, f"{name}={printed}", "--system"),
+                                 "nothing changes; nothing was written\n")
+
+    def test_points_in_time_are_taken_as_they_are_printed(self):
+        self.times("/users;name=ada", "lastLogin", (
+            ("1970-01-01T00:00:00Z", 0, "1970-01-01T00:00:00Z"),
+            ("1", 1, "1970-01-01T00:00:00.000001Z"),
+            ("-1", -1, "1969-12-31T23:59:59.999999Z"),
+            ("2024-02-29T12:30:05.5Z", 1709209805500000, "2024-02-29T12:30:05.5Z"),
+            ("0000-01-01T00:00:00Z", -62167219200000000, "0000-01-01T00:00:00Z"),
+            ("-62167219200000001", -62167219200000001, "-62167219200000001"),
+            ("9999-12-31T23:59:59.999999Z", 253402300799999999, "9999-12-31T23:59:59.999999Z"),
+            ("253402300800000000", 253402300800000000, "253402300800000000"),
+            (str(2**63 - 1), 2**63 - 1, str(2**63 - 1)), (str(-2**63), -2**63, str(-2**63))))
+
+    def test_durations_are_taken_as_they_are_printed(self):
+        self.times("/", "uptime", (
+            ("0s", 0, "0s"), ("90min", 5400000000, "1h 30min"), ("1.5h", 5400000000, "1h 30min"),
+            ("1d 2h 3min 4.5s", 93784500000, "1d 2h 3min 4.5s"),
+            ("1d2h3min4.5s", 93784500000, "1d 2h 3min 4.5s"), ("50ms", 50000, "50ms"),
+            ("1.5ms", 1500, "1.5ms"), ("250us", 250, "250us"), ("1000", 1000, "1ms"),
+            ("-2min 0.25s", -120250000, "-2min 250ms"), ("59.000001s", 59000001, "59.000001s"),
+            (str(2**63 - 1), 2**63 - 1, "106751991d 4h 54.775807s"),
+            (str(-2**63), -2**63, "-106751991d 4h 54.775808s")))
+
+    def test_what_is_no_time_is_told(self):
+        for text in ("2023-02-29T00:00:00Z", "2023-13-01T00:00:00Z", "2023-11-14", "", "Z",
+                     "2023-11-14T24:00:00Z", "2023-11-14T22:60:00Z", "2023-11-14T22:13:60Z",
+                     "2023-11-14T22:13:20", "2023-11-14T22:13:20.Z", "2023-11-14T22:13:20.1234567Z",
+                     "02023-11-14T22:13:20Z", "2023-11-14T22:13:20ZZ", "-2023-11-14T22:13:20Z"):
+            with self.subTest(text=text):
+                self.fails("set", "/users;name=ada", f"lastLogin={text}", "--system", errors=[
+                    "oructl: lastLogin takes a time like 2023-11-14T22:13:20Z (dateTime), not "
+                    f'"{text}"'])
+        for text in ("", "s", "1x", "1.s", "1 s", "--1s", "1s 1", "0.5us", "1.1234567s",
+                     "99999999999999999999s", "106751991d 4h 54.775808s", "300000000d", "1s,2s"):
+            with self.subTest(text=text):
+                self.fails("set", "/", f"uptime={text}", "--system", errors=[
+                    "oructl: uptime takes a duration like 1h 30min or 2.5s (duration), not "
+                    f'"{text}"'])
+
     def test_what_does_not_fit_is_told_before_it_is_sent(self):
         for text, words in (
                 ("mtu=x", 'mtu takes unsignedShort, not "x"'),

@@ -58,6 +58,25 @@ class Get(Database):
     def test_lists_stand_on_one_line(self):
         self.assertEqual(self.value(PORT, "vlans"), "[10, 101]")
 
+    def test_times_are_read_by_people_and_counted_on_the_wire(self):
+        ada = "/users;name=ada"
+        for form, output in (
+                ("table", "attribute  value\nlastLogin  2023-11-14T22:13:20.001001Z\n"),
+                ("text", "lastLogin = 2023-11-14T22:13:20.001001Z\n"),
+                ("tree", "\n  lastLogin = 2023-11-14T22:13:20.001001Z\n"),
+                ("compact", '{"lastLogin":1700000000001001}\n')):
+            with self.subTest(form=form):
+                self.assertEqual(self.does("get", ada, "lastLogin", "-f", form), output)
+        self.assertIn('{"%datetime":1700000000001001',
+                      self.does("get", ada, "lastLogin", "-f", "json"))
+        self.assertIn(">1700000000001001<", self.does("get", ada, "lastLogin", "-f", "xml"))
+        self.assertEqual(self.value("/logging/targets;name=messages", "rotateAt"),
+                         "[2023-11-14T22:13:20Z, 2023-11-15T10:13:20Z]")
+        self.assertEqual(self.value("/", "uptime"), "1d")
+        self.assertEqual(self.value("/logging/targets;name=collector", "retry"), "30s")
+        self.assertEqual(self.does("get", "/", "uptime", "-f", "compact"),
+                         '{"uptime":86400000000}\n')
+
     def test_secrets_are_hidden_unless_they_are_asked_for(self):
         for form in ("table", "text", "tree", "json", "compact", "xml"):
             result = self.run_tool("get", "/users;name=ada", "-f", form)

@@ -51,6 +51,27 @@ class Query(Database):
         self.fails("query", document("03-ports.xml"), "-p", "a=1", "-p", "a=2",
                    errors=["oructl: the parameter a is given twice"])
 
+    def test_parameters_that_are_compared_with_times_are_times(self):
+        read = '<r uri="/logging?records" mr="com.example.network.management:1.0/LogRecord" ' \
+               'op="get" xmlns:dtl="urn:oru:dtl"><dtl:where><and><time op="ge">$t</time></and>' \
+               '</dtl:where><time order="asc"/></r>'
+        rows = "r.time\n2023-11-14T22:13:23Z\n2023-11-14T22:13:24Z\n"
+        for text in ("2023-11-14T22:13:23Z", "1700000003000000", "2023-11-14T22:13:22.000001Z",
+                     '{"%datetime":1700000003000000}'):
+            with self.subTest(text=text):
+                self.assertEqual(self.does("query", "-p", "t=" + text, "-f", "table", read=read),
+                                 rows)
+        self.assertIn("  time = 2023-11-14T22:13:24Z",
+                      self.does("query", "-p", "t=1700000004000000", read=read).splitlines())
+        self.fails("query", "-p", "t=noon", read=read, errors=[
+            'oructl: the parameter t takes a time like 2023-11-14T22:13:20Z, not "noon"'])
+
+    def test_parts_stand_on_one_line_of_a_drawing(self):
+        read = '<s uri="/" mr="com.example.network:1.0/System" op="get"><position/><uptime/></s>'
+        self.does("set", "/", 'position={"row":2,"rack":3,"side":"rear"}')
+        self.assertEqual(self.does("query", read=read).splitlines()[1:], [
+            '  position = {"row":2,"rack":3,"side":"rear"}', "  uptime = 1d"])
+
     def test_a_parameter_leaves_the_document_behind_it(self):
         self.assertEqual(self.does("query", "-p", "slot=2", "-p", "mtu=9000",
                                    document("03-ports.xml"), "-f", "text").count("port.name"), 2)

@@ -8,6 +8,7 @@
 #include "json_tree.h"
 #include "model_words.h"
 #include "terminal_text.h"
+#include "time_text.h"
 
 namespace oructl {
 namespace {
@@ -109,12 +110,21 @@ class Reader {
             fail(text, "members: {\"NAME\":...}");
         if (type_ == ORU_DO_TYPE_MR_URI)
             read_address(text);
+        if (is_time_type(type_))
+            return read_time_text(text);
         int32_t status = ORU_OK;
         Value value(oru_do_value_new_from_string(text.c_str(), type_, &status));
         if (value == nullptr || status != ORU_OK)
             fail(text, oru_do_get_typestr_by_typecode(type_));
         if (is_integer(type_) && is_cut(text, value.get()))
             fail(text, "a number from " + bounds());
+        return value;
+    }
+
+    Value read_time_text(const std::string &text) const {
+        Value value = read_time(text, type_);
+        if (value == nullptr)
+            fail(text, time_example(type_));
         return value;
     }
 

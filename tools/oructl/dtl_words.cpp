@@ -2,6 +2,7 @@
 
 #include "model_words.h"
 #include "object_text.h"
+#include "value_text.h"
 
 namespace oructl {
 namespace {

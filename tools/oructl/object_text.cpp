@@ -3,6 +3,7 @@
 #include "handles.h"
 #include "model_words.h"
 #include "terminal_text.h"
+#include "value_text.h"
 
 namespace oructl {
 namespace {
@@ -133,12 +134,6 @@ void mr_meta_text(ORUDoMrMeta *meta, int32_t tabs, ORUDoStrbuf *buf) {
 void mr_meta_list_text(ORUDoMrMetaList *list, int32_t tabs, ORUDoStrbuf *buf) {
     for (int32_t i = 0; i < oru_do_mr_meta_list_get_len(list); ++i)
         mr_meta_text(oru_do_mr_meta_list_get_mr_meta(list, i), tabs, buf);
-}
-
-std::string value_words(ORUDoValue *value) {
-    if (value == nullptr)
-        return "null";
-    return written([&](ORUDoStrbuf *buf) { oru_do_value_to_compact_json(value, buf); });
 }
 
 std::string uri_words(ORUDoUri *uri) {

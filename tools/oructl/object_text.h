@@ -20,7 +20,6 @@ void mr_meta_text(ORUDoMrMeta *meta, int32_t tabs, ORUDoStrbuf *buf);
 void mr_meta_list_text(ORUDoMrMetaList *list, int32_t tabs, ORUDoStrbuf *buf);
 
 // Objects on one line.
-std::string value_words(ORUDoValue *value);
 std::string uri_words(ORUDoUri *uri);
 std::string error_words(ORUDoError *error);
 

@@ -6,12 +6,11 @@
 #include <cstdlib>
 #include <map>
 
-#include "addresses.h"
 #include "command.h"
 #include "database.h"
-#include "model_words.h"
 #include "output_text.h"
 #include "terminal_text.h"
+#include "value_text.h"
 
 namespace oructl {
 namespace {
@@ -180,43 +179,6 @@ std::string TextTable::draw() const {
     for (const auto &row : rows_)
         text += line_of(row, widths) + "\n";
     return text;
-}
-
-namespace {
-
-std::string list_text(ORUDoVlist *list) {
-    std::vector<std::string> texts;
-    for (EachValue each(list); ORUDoValue *element = each();)
-        texts.push_back(cell_text(element));
-    return "[" + joined(texts) + "]";
-}
-
-}  // namespace
-
-std::string cell_text(ORUDoValue *value) {
-    if (value == nullptr || oru_do_value_is_null(value) != 0)
-        return "-";
-    const int32_t type = oru_do_value_get_type(value);
-    int32_t status = ORU_OK;
-    std::string text;
-    if (type == ORU_DO_TYPE_ARRAY)
-        text = list_text(oru_do_value_get_array(value, &status));
-    else if (type == ORU_DO_TYPE_BITS)
-        text = list_text(oru_do_value_get_bits(value, &status));
-    else if (type == ORU_DO_TYPE_STRING)
-        text = oru_do_value_get_string(value, &status);
-    else if (type == ORU_DO_TYPE_MR_URI || type == ORU_DO_TYPE_COLL_URI)
-        text = without_location(oru_do_uri_get_uri_str(oru_do_value_get_uri(value)));
-    else
-        text = written([&](ORUDoStrbuf *buf) {
-            oru_do_value_to_strbuf_opt(value, 0, buf, ORU_DO_OPT_HIDE_SECRETS);
-        });
-    // with escapes in it a text stands as it does in JSON
-    if (shown_in_line(text) != text)
-        text = shown_in_line(json_escaped(text));
-    if (text.empty())
-        text = "\"\"";
-    return oru_do_value_is_default(value) != 0 ? text + "  (default)" : text;
 }
 
 std::string properties_json(ORUDoProperties *props, uint32_t options) {

@@ -32,9 +32,6 @@ class TextTable {
     std::vector<std::vector<std::string>> rows_;
 };
 
-// A value in a cell or on a line.
-std::string cell_text(ORUDoValue *value);
-
 // A resource as its attributes, which include "_uri" unless only others were asked for.
 std::string resource_text(ORUDoProperties *props, DataForm form);
 

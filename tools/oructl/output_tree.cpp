@@ -6,6 +6,7 @@
 #include "output.h"
 #include "output_text.h"
 #include "terminal_text.h"
+#include "value_text.h"
 
 namespace oructl {
 

@@ -4,7 +4,7 @@
 #include <memory>
 #include <set>
 
-#include "assignments.h"
+#include "addresses.h"
 #include "command.h"
 #include "database.h"
 #include "dtl_check.h"
@@ -12,6 +12,7 @@
 #include "fault_words.h"
 #include "model_words.h"
 #include "output.h"
+#include "query_params.h"
 #include "terminal_text.h"
 
 namespace oructl {
@@ -28,17 +29,6 @@ struct Arguments {
     bool all = false;
     DataForm form = DataForm::tree;
 };
-
-NameValueList read_params(const std::vector<std::string> &texts) {
-    auto params = made<NameValueList>(oru_do_nvlist_new());
-    for (const std::string &text : texts) {
-        const auto [name, value] = split_assignment(text);
-        if (oru_do_nvlist_get_value(params.get(), name.c_str()) != nullptr)
-            throw Failure("the parameter " + name + " is given twice");
-        oru_do_nvlist_add(params.get(), name.c_str(), read_free_value(name, value).get());
-    }
-    return params;
-}
 
 // Without a value a variable stays as its own text, which is seldom what was meant.
 void print_missing_params(const xmlNode *root, ORUDoNvlist *params) {
@@ -208,7 +198,8 @@ int run(const Arguments &arguments) {
     if (document == nullptr)
         return kFaults;
     check_data_addresses(*document);
-    return Query(database, arguments, document.get(), std::move(told)).run(params.get());
+    return Query(database, arguments, document.get(), std::move(told))
+        .run(with_times(params.get(), *document).get());
 }
 
 }  // namespace
