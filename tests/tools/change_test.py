@@ -85,6 +85,15 @@ class Set(Change):
                     "oructl: uptime takes a duration like 1h 30min or 2.5s (duration), not "
                     f'"{text}"'])
 
+    def test_many_faults_are_counted_unless_all_are_wanted(self):
+        gone = [f"/vlans;id={i}" for i in range(1000, 1060)]
+        faults = [f"{address}: there is no such resource (102)" for address in gone]
+        self.fails("delete", *gone, errors=[
+            *faults[:50], "and 10 more; --all-faults prints them",
+            "the change was refused: 60 faults"])
+        self.refuses("delete", *gone, "--all-faults", faults=faults)
+        self.refuses("delete", *gone[:50], faults=faults[:50])
+
     def test_what_does_not_fit_is_told_before_it_is_sent(self):
         for text, words in (
                 ("mtu=x", 'mtu takes unsignedShort, not "x"'),

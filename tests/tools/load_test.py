@@ -205,6 +205,10 @@ class Files(Database):
         for file, change, words in (
                 ("other.db", "CREATE TABLE other (x)", "the file is a database of another program"),
                 ("newer.db", "PRAGMA user_version = 99",
+        self.assertEqual(result.stderr.splitlines()[50:], [
+            b"and 4950 more; --all-faults prints them", b"the change was refused: 5000 faults",
+            b"nothing was written"])
+        result = self.run_tool("load", "-", "--all-faults", read=as_list(*many))
                  "the database was written by a newer version of this program")):
             with contextlib.closing(sqlite3.connect(self.path(file))) as connection:
                 connection.execute(change)

@@ -3,6 +3,7 @@
 #include <memory>
 
 #include "assignments.h"
+#include "change_faults.h"
 #include "command.h"
 #include "database.h"
 #include "fault_words.h"
@@ -21,6 +22,7 @@ struct Arguments {
     std::vector<std::string> addresses;
     bool is_dry_run = false;
     bool is_system = false;
+    bool all_faults = false;
 };
 
 int commit(const Database &database, Change &change, const Arguments &arguments) {
@@ -31,7 +33,7 @@ int commit(const Database &database, Change &change, const Arguments &arguments)
         flags |= ORU_EMBEDDED_SYSTEM;
     const Database::Answer answer = database.commit(change.get(), flags);
     if (answer.code != ORU_OK) {
-        print_refusal(answer);
+        print_refusal(answer, arguments.all_faults);
         return kFaults;
     }
     if (arguments.is_dry_run)
@@ -113,6 +115,7 @@ void add_change_options(CLI::App *command, Arguments &arguments) {
     command->add_flag("--dry-run", arguments.is_dry_run, "check everything, write nothing");
     command->add_flag("--system", arguments.is_system,
                       "as a provider: operational data too, whatever clients may do");
+    add_faults_option(command, arguments.all_faults);
 }
 
 constexpr char kAssignmentWords[] =

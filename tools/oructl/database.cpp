@@ -7,13 +7,10 @@
 #include <cstdlib>
 #include <filesystem>
 
-#include "addresses.h"
 #include "command.h"
 #include "fault_words.h"
 #include "model_roots.h"
 #include "model_words.h"
-#include "object_text.h"
-#include "terminal_text.h"
 
 namespace oructl {
 namespace {
@@ -186,62 +183,6 @@ std::string words_of_failure(ORUErrorIfc *holder, int32_t code) {
     const char *words = is_it ? oru_do_error_get_msg(held) : nullptr;
     return std::string(words != nullptr ? words : oru_do_get_err_msg(code)) + " (" +
            std::to_string(code) + ")";
-}
-
-// ---- Refusals ----
-
-namespace {
-
-// Values are shown on several lines where they have parts.
-std::string on_one_line(const std::string &words) {
-    std::string line;
-    for (const char c : words) {
-        if (static_cast<unsigned char>(c) > ' ')
-            line += c;
-        else if (!line.ends_with(' '))
-            line += ' ';
-    }
-    while (line.ends_with(' '))
-        line.pop_back();
-    return line;
-}
-
-std::string with_code(const std::string &words, ORUDoError *error) {
-    return on_one_line(words) + " (" + std::to_string(oru_do_error_get_code(error)) + ")";
-}
-
-// The error of one resource: "ADDRESS", or "ADDRESS: WORDS" for what is wrong with it as a whole.
-void print_resource(ORUDoError *error) {
-    const std::string words = oru_do_error_get_msg(error);
-    const size_t colon = words.find(": ");
-    if (colon != std::string::npos)
-        tell(with_code(without_location(words), error));
-    const std::string address = without_location(words.substr(0, colon));
-    for (EachPropErr each(oru_do_error_get_prop_errs(error)); ORUDoPropErr *entry = each();) {
-        ORUDoError *const of = oru_do_prop_err_get_err(entry);
-        tell(address + ": " + text_of(oru_do_prop_err_get_name(entry)) + ": " +
-             with_code(without_location(oru_do_error_get_msg(of)), of));
-    }
-}
-
-}  // namespace
-
-std::string error_line(ORUDoError *error) {
-    return with_code(without_location(oru_do_error_get_msg(error)), error);
-}
-
-void print_refusal(const Database::Answer &answer) {
-    if (answer.error == nullptr) {
-        tell(answer.file + ": " + oru_do_get_err_msg(answer.code) + " (" +
-             std::to_string(answer.code) + ")");
-        return;
-    }
-    ORUDoError *cause = oru_do_error_get_cause(answer.error.get());
-    if (cause == nullptr)
-        return tell(answer.file + ": " + error_line(answer.error.get()));
-    for (; cause != nullptr; cause = oru_do_error_get_cause(cause))
-        print_resource(cause);
-    tell(oru_do_error_get_msg(answer.error.get()));
 }
 
 }  // namespace oructl

@@ -83,12 +83,6 @@ class Database {
 // The words of what was held when a call failed, or those of its code.
 std::string words_of_failure(ORUErrorIfc *holder, int32_t code);
 
-// An error on one line: its words and its code.
-std::string error_line(ORUDoError *error);
-
-// Prints what is wrong with a refused change to standard error, a line for each fault.
-void print_refusal(const Database::Answer &answer);
-
 }  // namespace oructl
 
 #endif

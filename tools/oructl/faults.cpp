@@ -22,7 +22,7 @@ std::string trimmed(std::string text) {
 
 }  // namespace
 
-void print(std::FILE *stream, const Fault &fault) {
+std::string line_of(const Fault &fault) {
     std::string text = fault.file;
     if (fault.line > 0)
         text += ":" + std::to_string(fault.line);
@@ -32,7 +32,11 @@ void print(std::FILE *stream, const Fault &fault) {
         text += ": ";
     if (!fault.element.empty())
         text += "<" + fault.element + ">: ";
-    std::fprintf(stream, "%s\n", shown_in_line(text + fault.words).c_str());
+    return text + fault.words;
+}
+
+void print(std::FILE *stream, const Fault &fault) {
+    std::fprintf(stream, "%s\n", shown_in_line(line_of(fault)).c_str());
 }
 
 void print(std::FILE *stream, const std::vector<Fault> &faults) {

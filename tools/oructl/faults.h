@@ -21,7 +21,9 @@ struct Fault {
     int32_t column = 0;  // 0 where it is the whole line
 };
 
-// Prints `file:line:column: <element>: words` as far as the place is known.
+// `file:line:column: <element>: words` as far as the place is known.
+std::string line_of(const Fault &fault);
+
 void print(std::FILE *stream, const Fault &fault);
 void print(std::FILE *stream, const std::vector<Fault> &faults);
 

@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "assignments.h"
+#include "change_faults.h"
 #include "command.h"
 #include "database.h"
 #include "load_read.h"
@@ -21,6 +22,7 @@ struct Arguments {
     std::vector<std::string> files;
     size_t batch = 0;  // resources in a commit; 0 for all in one
     bool is_dry_run = false;
+    bool all_faults = false;
 };
 
 class Load {
@@ -41,7 +43,7 @@ class Load {
         }
         if (!faults_.empty()) {
             progress_.clear();
-            print(stderr, faults_);
+            print_faults(faults_, arguments_.all_faults);
             tell_written();
             return kFaults;
         }
@@ -86,7 +88,7 @@ class Load {
         const Database::Answer answer = database_.commit(change_.get(), flags);
         if (answer.code != ORU_OK) {
             progress_.clear();
-            print_refusal(answer);
+            print_refusal(answer, arguments_.all_faults);
             tell_written();
             return false;
         }
@@ -127,7 +129,7 @@ int run(const Arguments &arguments) {
     LoadedFiles files = read_resources(arguments.files, progress);
     if (!files.faults.empty()) {
         progress.clear();
-        print(stderr, files.faults);
+        print_faults(files.faults, arguments.all_faults);
         tell("nothing was written");
         return kFaults;
     }
@@ -154,6 +156,7 @@ void add_load_command(CLI::App &app, int &status) {
     batch->check(number_within(1, INT32_MAX));
     command->add_flag("--dry-run", arguments->is_dry_run, "check everything, write nothing")
         ->excludes(batch);
+    add_faults_option(command, arguments->all_faults);
     command->callback([arguments, &status] { status = run(*arguments); });
 }
 

@@ -5,6 +5,7 @@
 #include <set>
 
 #include "addresses.h"
+#include "change_faults.h"
 #include "command.h"
 #include "database.h"
 #include "dtl_check.h"
