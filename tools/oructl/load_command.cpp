@@ -7,6 +7,7 @@
 #include "change_faults.h"
 #include "command.h"
 #include "database.h"
+#include "load_later.h"
 #include "load_read.h"
 #include "model_words.h"
 #include "operations.h"
@@ -29,9 +30,31 @@ class Load {
   public:
     Load(const Database &database, const Arguments &arguments, LoadedFiles &files,
          Progress &progress)
-        : database_(database), arguments_(arguments), files_(files), progress_(progress) {}
+        : database_(database),
+          arguments_(arguments),
+          files_(files),
+          progress_(progress),
+          later_(files.resources, arguments.batch) {}
 
     int run() {
+        if (!write_resources())
+            return kFaults;
+        if (!faults_.empty()) {
+            progress_.clear();
+            print_faults(faults_, arguments_.all_faults);
+            tell_written();
+            return kFaults;
+        }
+        if (!write_references())
+            return kFaults;
+        progress_.clear();
+        std::printf("%zu created, %zu updated%s\n", created_, updated_,
+                    arguments_.is_dry_run ? "; nothing was written" : "");
+        return kDone;
+    }
+
+  private:
+    bool write_resources() {
         for (LoadedResource &resource : files_.resources) {
             add(resource);
             resource = {};  // the change has what is left of it
@@ -39,33 +62,36 @@ class Load {
             if (progress_.is_due())
                 progress_.show("looking up " + far());
             if (change_.size() == arguments_.batch && !commit())
-                return kFaults;
+                return false;
         }
-        if (!faults_.empty()) {
-            progress_.clear();
-            print_faults(faults_, arguments_.all_faults);
-            tell_written();
-            return kFaults;
-        }
-        if (change_.size() != 0 && !commit())
-            return kFaults;
-        progress_.clear();
-        std::printf("%s, %s%s\n", (std::to_string(created_) + " created").c_str(),
-                    (std::to_string(updated_) + " updated").c_str(),
-                    arguments_.is_dry_run ? "; nothing was written" : "");
-        return kDone;
+        return change_.size() == 0 || commit();
     }
 
-  private:
+    // The resources are there now that these lead to.
+    bool write_references() {
+        for (const LaterReferences &references : later_.taken()) {
+            change_.set(references.address, references.props.get());
+            if (change_.size() == arguments_.batch && !commit())
+                return false;
+        }
+        return change_.size() == 0 || commit();
+    }
+
     void add(const LoadedResource &resource) try {
-        if (database_.type_at(resource.address.path)) {
+        const auto there = database_.type_at(resource.address.path);
+        const ORUMdMrMeta *const type =
+            there ? oru_md_get_mr_meta_by_name(there->c_str()) : type_of(resource);
+        if (type != nullptr)
+            later_.take(*type, resource, looked_at_);
+        if (there) {
             change_.set(resource.address, resource.props.get());
             ++updates_;
             return;
         }
-        if (const ORUMdMrMeta *type = type_of(resource))
+        if (type != nullptr)
             add_keys(*type, resource.address, resource.props.get());
         change_.create(resource.address, resource.type, resource.props.get());
+        ++creates_;
     } catch (const Failure &failure) {
         faults_.push_back(files_.fault(resource, failure.what()));
     }
@@ -92,9 +118,8 @@ class Load {
             tell_written();
             return false;
         }
-        created_ += change_.size() - updates_;
-        updated_ += updates_;
-        updates_ = 0;
+        created_ += std::exchange(creates_, 0);
+        updated_ += std::exchange(updates_, 0);
         change_ = {};
         return true;
     }
@@ -116,10 +141,12 @@ class Load {
     const Arguments &arguments_;
     LoadedFiles &files_;
     Progress &progress_;
+    Later later_;
     Change change_;
     std::vector<Fault> faults_;
     size_t looked_at_ = 0;
-    size_t updates_ = 0;  // in the change
+    size_t creates_ = 0;  // in the change
+    size_t updates_ = 0;
     size_t created_ = 0;
     size_t updated_ = 0;
 };
