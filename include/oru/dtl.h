@@ -200,7 +200,7 @@ ORU_API int32_t oru_dtl_tree_count_where_clause(ORUDtlNode *dtl_node);
 ORU_API const char *oru_dtl_tree_get_op_str(int32_t op);
 ORU_API const char *oru_dtl_tree_get_node_type_str(int32_t type);
 
-/* The numbers, as set. */
+/* Rows per fetch and fetches per cursor, as set; 0 when not given. */
 ORU_API int32_t oru_dtl_tree_get_batch_size(ORUDtlNode *dtl_node);
 ORU_API int32_t oru_dtl_tree_get_max_batches(ORUDtlNode *dtl_node);
 
@@ -211,7 +211,8 @@ ORU_API const char *oru_dtl_tree_get_order_param(ORUDtlNode *dtl_node);
 
 /* ---- Trees: changing a node ---- */
 
-/* Numbers of the node. */
+/* Set the type, ORU_DTL_NODE_..., the operation, ORU_DTL_OP_..., the rows per fetch and the fetches
+   per cursor, 0 for no limit. Nothing is checked. */
 ORU_API void oru_dtl_tree_set_type(ORUDtlNode *dtl_node, int32_t type);
 ORU_API void oru_dtl_tree_set_op(ORUDtlNode *dtl_node, int32_t op);
 ORU_API void oru_dtl_tree_set_batch_size(ORUDtlNode *dtl_node, int32_t n);
@@ -233,7 +234,7 @@ ORU_API void oru_dtl_tree_set_error(ORUDtlNode *dtl_node, ORUDoError *error);
 /* ---- Trees: changing what is read ----
  * Without `mr_info` these do nothing. */
 
-/* Flags. */
+/* Set the flags of those names in `mr_info`, 0 for no; `_one` and `_last` set `return_mode`. */
 ORU_API void oru_dtl_tree_set_return_default(ORUDtlNode *dtl_node, uint8_t flag);
 ORU_API void oru_dtl_tree_set_return_w_child(ORUDtlNode *dtl_node, uint8_t flag);
 ORU_API void oru_dtl_tree_set_use_where_clause_once(ORUDtlNode *dtl_node, uint8_t flag);

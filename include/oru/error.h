@@ -34,7 +34,7 @@ ORU_API ORUDoError *oru_do_error_new_w_cause(int32_t code, const char *msg, ORUD
 /* ---- Errors: changing ----
  * These assert "err" on null but for the first, which ignores it. */
 
-/* Sets the code. */
+/* Sets the code, one of oru/rc.h or any other number. */
 ORU_API void oru_do_error_set_code(ORUDoError *err, int32_t code);
 
 /* Replaces the cause. Null is ignored: the old one stays. */

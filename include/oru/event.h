@@ -26,7 +26,8 @@ ORU_API ORUDoEvent *oru_do_event_new_2(ORUDoName *pkg_name, const char *pkg_vs, 
                                        ORUDoProperties *info);
 
 /* ---- Reading ----
- * Results are borrowed, null where there is nothing. All assert "event". */
+ * What the event was made with. Objects and texts are borrowed, null where there is nothing. Time
+ * and severity have the units of whoever made the event. All assert "event". */
 ORU_API ORUDoName *oru_do_event_get_pkg_name(ORUDoEvent *event);
 ORU_API const char *oru_do_event_get_pkg_vs(ORUDoEvent *event);
 ORU_API ORUDoName *oru_do_event_get_name(ORUDoEvent *event);

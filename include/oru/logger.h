@@ -23,7 +23,7 @@ enum {
     ORU_LOG_LOCK = 9
 };
 
-/* The current level. */
+/* The current level, ORU_LOG_...; a number that is none is kept too. */
 ORU_API uint32_t oru_logger_get_level(void);
 ORU_API void oru_logger_set_level(uint32_t level);
 

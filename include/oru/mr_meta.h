@@ -36,7 +36,8 @@ ORU_API ORUDoMrMeta *oru_do_mr_meta_new(ORUDoName *pkg_name, const char *version
 
 /* ---- Reading ---- */
 
-/* The fields. */
+/* What the description was made with: the names, of which that of the package may be null, and the
+   qualified one; the access, a set of ORU_ACCESS_...; whether it is of a library, as it was set. */
 ORU_API ORUDoName *oru_do_mr_meta_get_pkg_name(ORUDoMrMeta *meta);
 ORU_API ORUDoName *oru_do_mr_meta_get_mr_name(ORUDoMrMeta *meta);
 ORU_API ORUDoName *oru_do_mr_meta_get_mr_fq_name(ORUDoMrMeta *meta);
@@ -63,7 +64,8 @@ ORU_API ORUDoPropMeta *oru_do_mr_meta_get_prop_meta(ORUDoMrMeta *meta, ORUDoName
 ORU_API ORUDoPropMeta *oru_do_mr_meta_get_prop_meta_str(ORUDoMrMeta *meta, const char *name);
 
 /* Add to `out` every property, the keys, the references to children, those to peers. The result is
-   how many were added, -1 when memory runs out on the way. */
+   how many were added, -1 when memory runs out on the way. A null `out` asserts "list" when there is
+   one to add, here and in the two below. */
 ORU_API int32_t oru_do_mr_meta_get_all_prop_meta(ORUDoMrMeta *meta, ORUDoPropMetaList *out);
 ORU_API int32_t oru_do_mr_meta_get_key_prop_meta(ORUDoMrMeta *meta, ORUDoPropMetaList *out);
 ORU_API int32_t oru_do_mr_meta_get_child_ref_meta(ORUDoMrMeta *meta, ORUDoPropMetaList *out);
@@ -104,7 +106,7 @@ ORU_API ORUDoMrMetaList *oru_do_mr_meta_get_impl_mr_meta(ORUDoMrMeta *lib_meta);
 
 /* ---- Changing ---- */
 
-/* Writes the field. */
+/* Tells whether the description is of a library resource, 0 for no. */
 ORU_API void oru_do_mr_meta_set_is_lib_mr(ORUDoMrMeta *meta, int32_t is_lib_mr);
 
 /* Replaces the shared flag; null clears. A null description is ignored. */

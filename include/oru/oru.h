@@ -25,6 +25,11 @@
  *     so it is inspected once before it is shared. `meta_rwlock` guards the metadata store.
  *  9. Messages go to the platform's tracer with a level: 0 fatal, 3 failures that are reported,
  *     5 configuration, 6 notable actions, 7 detail, 8 reference counts.
+ * 10. `init_chunk_poolheap_...` sizes the pool that records of a kind come from, once and before
+ *     the first of them is made: `count` elements, from 1, and as many again whenever it runs
+ *     empty; `flags` are those of `oruplatform/chunk.h`, or 0. The result is the pool, which is
+ *     not freed. A pool that cannot be made ends the process. Without one the records come from
+ *     the heap.
  */
 #ifndef ORU_ORU_H
 #define ORU_ORU_H

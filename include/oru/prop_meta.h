@@ -49,7 +49,10 @@ ORU_API ORUDoPropMeta *oru_do_prop_meta_new(ORUDoName *name, int32_t category,
 /* ---- Reading ----
  * All assert "meta". Objects are borrowed. */
 
-/* The fields. Typedef and constraints are null where there are none. */
+/* What the description was made with, see oru_do_prop_meta_new: the category is ORU_PROP_..., the
+   multiplicity ORU_MULTIPLICITY_..., the role ORU_REF_..., the type code that of oru/value.h or -3;
+   the flags are 0 for no. Typedef and constraints are those that were set; null where there are
+   none. */
 ORU_API ORUDoName *oru_do_prop_meta_get_name(ORUDoPropMeta *meta);
 ORU_API int32_t oru_do_prop_meta_get_category(ORUDoPropMeta *meta);
 ORU_API ORUDoName *oru_do_prop_meta_get_type_name(ORUDoPropMeta *meta);
@@ -82,7 +85,7 @@ ORU_API int32_t oru_attribute_is_builtin(const char *name);
 /* ---- Changing ----
  * All assert "meta". */
 
-/* Write the field. */
+/* Write the type code, and the role of a reference, ORU_REF_...; neither is checked. */
 ORU_API void oru_do_prop_meta_set_typecode(ORUDoPropMeta *meta, int32_t typecode);
 ORU_API void oru_do_prop_meta_set_ref_role(ORUDoPropMeta *meta, int32_t ref_role);
 

@@ -33,7 +33,8 @@ ORU_API ORUDoTypedefMeta *oru_do_typedef_meta_new_builtin(int32_t typecode,
 ORU_API ORUDoTypedefMeta *oru_do_typedef_meta_new_simpletype(ORUDoName *name, int32_t typecode,
                                                              ORUDoConstraintList *constraints);
 
-/* An enumeration: labels and their numbers. */
+/* An enumeration: labels, and their numbers as values of the type int. Null lists are accepted here
+   and below. */
 ORU_API ORUDoTypedefMeta *oru_do_typedef_meta_new_enum(ORUDoName *name, ORUDoNvlist *enums);
 
 /* A sequence or a choice: names and types of the members. */
@@ -55,8 +56,9 @@ ORU_API int32_t oru_do_typedef_meta_get_simple_type(ORUDoTypedefMeta *meta);
 /* The constraints of a simple type; null when it has none and for the other categories. */
 ORU_API ORUDoConstraintList *oru_do_typedef_meta_get_constraint_list(ORUDoTypedefMeta *meta);
 
-/* The first of these constraints that applies, see `oru_do_constraint_list_appl_constraint`; null
-   when none does. */
+/* The first of these constraints that applies, see `oru_do_constraint_list_appl_constraint`: `name`
+   is the attribute that conditions without a property ask about, `props` the resource that they
+   are evaluated on. Null when none does. */
 ORU_API ORUDoConstraint *oru_do_typedef_meta_get_constraint(ORUDoTypedefMeta *meta, ORUDoName *name,
                                                             ORUDoProperties *props);
 
