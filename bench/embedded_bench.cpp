@@ -111,10 +111,9 @@ std::vector<Write> link_writes(int count) {
 void create_in_store(benchmark::State &state) {
     for (auto _ : state) {
         state.PauseTiming();
-        Commit change;
-        change.writes = link_writes(kCreates);
+        const WriteList writes(link_writes(kCreates));
         state.ResumeTiming();
-        if (store->commit(change).status != CommitResult::Status::done)
+        if (store->commit({}, writes).status != CommitResult::Status::done)
             fail("commit in the store", 0);
     }
 }

@@ -31,16 +31,16 @@ Attempt try_once(const Source &source, const SecretWriter &secrets, const Change
     if (!edit.faults().empty())
         return {Status::done, refusal(edit)};
 
-    Texts texts;
-    std::deque<Value> values;
-    Commit commit = commit_of(edit, secrets, texts, values);
+    EditWrites writes(edit, secrets);
+    writes.prepare();
     if (!edit.faults().empty())
         return {Status::done, refusal(edit)};
-    if (request.is_dry_run || commit.writes.empty())
+    if (request.is_dry_run || writes.empty())
         return {};
+    Commit commit = preconditions_of(edit.drafts());
     commit.who = request.who;
     commit.request = request.request;
-    const CommitResult result = source.store->commit(commit);
+    const CommitResult result = source.store->commit(commit, writes);
     return {result.status, {ORU_OK, result.revision, {}}};
 }
 
@@ -86,9 +86,9 @@ void make_root(const Source &source) {
                              "the database is that of another location: " + found.text);
         return;
     }
-    Commit commit;
-    commit.writes.push_back({Write::Kind::create, root.key, label, source.model->root().name, {}});
-    source.store->commit(commit);  // a conflict is one with who made it at the same time
+    // a conflict is one with who made it at the same time
+    source.store->commit(
+        {}, WriteList{{Write::Kind::create, root.key, label, source.model->root().name}});
 }
 
 }  // namespace embedded

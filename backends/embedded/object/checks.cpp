@@ -62,8 +62,8 @@ class Checker {
         // checks read further drafts, which are not checked themselves
         std::vector<Draft *> touched;
         for (auto &[key, draft] : drafts_.all()) {
-            if (draft.is_touched)
-                touched.push_back(&draft);
+            if (draft->is_touched)
+                touched.push_back(draft.get());
         }
         for (Draft *draft : touched) {
             if (!draft->after.exists()) {
@@ -164,16 +164,16 @@ class Checker {
         const Draft &other = drafts_.at(*owner);
         if (!other.after.exists())
             return false;
-        IndexRows rows;
-        add_secondary_keys(drafts_.source(), other.place, other.after, rows);
-        return rows.count(key) != 0;
+        IndexKeys keys;
+        add_secondary_keys(other.place, other.after, keys);
+        return keys.count(key) != 0;
     }
 
     Edit &edit_;
     Drafts &drafts_;
     ReferenceChecker references_;
     RecordsByType records_;
-    std::map<std::string, const Draft *> taken_; /* secondary keys */
+    std::unordered_map<std::string, const Draft *> taken_; /* secondary keys */
 };
 
 }  // namespace

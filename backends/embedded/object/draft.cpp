@@ -15,12 +15,6 @@ constexpr uint32_t kPage = 1000;
     throw StoreFault(StoreFault::Kind::busy, "the store changed too much meanwhile");
 }
 
-Range only(const std::string &key) {
-    Range range{key, key};
-    range.end += '\0';
-    return range;
-}
-
 }  // namespace
 
 Value Draft::State::value(const AttributeType &attribute) const {
@@ -65,9 +59,8 @@ class DraftReader final : public RowSink {
 
     void row(const Row &row) override {
         finish();
-        draft_ = &drafts_.drafts_[std::string(row.key)];
         const size_t location = drafts_.source_.addresses.location().size();
-        draft_->place = {std::string(row.key), std::string(row.label.substr(location))};
+        draft_ = &drafts_.add({std::string(row.key), std::string(row.label.substr(location))});
         draft_->before.type = drafts_.source_.model->find(row.kind);
         if (!draft_->before.exists())
             draft_->unknown_kind = row.kind;
@@ -100,11 +93,10 @@ namespace {
 /* The rows of a range that have no draft yet. */
 class NewRows final : public RowSink {
   public:
-    NewRows(const std::map<std::string, Draft> &known, DraftReader &reader)
-        : known_(known), reader_(reader) {}
+    NewRows(const Drafts::ByKey &known, DraftReader &reader) : known_(known), reader_(reader) {}
 
     void row(const Row &row) override {
-        is_new_ = known_.count(std::string(row.key)) == 0;
+        is_new_ = known_.count(row.key) == 0;
         if (is_new_)
             reader_.row(row);
     }
@@ -114,7 +106,7 @@ class NewRows final : public RowSink {
     }
 
   private:
-    const std::map<std::string, Draft> &known_;
+    const Drafts::ByKey &known_;
     DraftReader &reader_;
     bool is_new_ = false;
 };
@@ -132,16 +124,22 @@ class KeyList final : public RowSink {
 Draft &Drafts::at(const Place &place) {
     const auto known = drafts_.find(place.key);
     if (known != drafts_.end())
-        return known->second;
-    ranges_.push_back(only(place.key));
+        return *known->second;
     DraftReader reader(*this);
-    if (source_.store->read(place.key, nullptr, at_, reader) == ReadStatus::expired)
+    const ReadStatus status = source_.store->read(place.key, nullptr, at_, reader);
+    if (status == ReadStatus::expired)
         fail_expired();
+    if (status == ReadStatus::missing)
+        return add(place);
     reader.finish();
-    Draft &draft = drafts_[place.key];
-    if (!draft.before.exists())
-        draft.place = place;
-    return draft;
+    return *drafts_.find(place.key)->second;
+}
+
+Draft &Drafts::add(Place place) {
+    auto draft = std::make_unique<Draft>();
+    draft->place = std::move(place);
+    const std::string_view key = draft->place.key;
+    return *drafts_.emplace(key, std::move(draft)).first->second;
 }
 
 void Drafts::read(const Range &range) {
@@ -174,7 +172,7 @@ std::vector<std::string> Drafts::keys(const Range &range, size_t most) {
     if (status == ReadStatus::expired)
         fail_expired();
     // what comes behind the last key was not asked for
-    ranges_.push_back(status == ReadStatus::more ? Range{range.first, only(list.keys.back()).end}
+    ranges_.push_back(status == ReadStatus::more ? Range{range.first, list.keys.back() + '\0'}
                                                  : range);
     return std::move(list.keys);
 }
@@ -192,7 +190,7 @@ const ResourceType *Drafts::type_at(const Place &place) {
 }
 
 std::optional<Place> Drafts::stored_owner_of(const std::string &key) {
-    ranges_.push_back(only(key));
+    keys_.push_back(key);
     return source_.owner_of(key, at_);
 }
 
@@ -206,15 +204,11 @@ void Drafts::note_change(Draft &draft) {
         changed_.push_back(&draft);
 }
 
-Drafts::Keys Drafts::secondary_keys_of(const Draft &draft, const Draft::State &state) const {
-    Keys keys;
-    if (!state.exists())
-        return keys;
-    IndexRows rows;
-    add_secondary_keys(source_, draft.place, state, rows);
-    for (const auto &[key, label] : rows)
-        keys.push_back(key);
-    return keys;
+Drafts::Keys Drafts::secondary_keys_of(const Draft &draft, const Draft::State &state) {
+    IndexKeys keys;
+    if (state.exists())
+        add_secondary_keys(draft.place, state, keys);
+    return {keys.begin(), keys.end()};
 }
 
 /* First all of them let go of what they had, then they take what they have. */
@@ -251,7 +245,7 @@ std::vector<Draft *> Drafts::below(const Place &place) {
         const Range range = descendants_of(place, levels);
         const auto end = drafts_.lower_bound(range.end);
         for (auto at = drafts_.lower_bound(range.first); at != end; ++at)
-            found.push_back(&at->second);
+            found.push_back(at->second.get());
     }
     return found;
 }
@@ -261,8 +255,9 @@ size_t Drafts::count_after(const Range &range, size_t most) {
     size_t gone = 0;
     const auto end = drafts_.lower_bound(range.end);
     for (auto at = drafts_.lower_bound(range.first); at != end; ++at) {
-        made += !at->second.was_there() && at->second.is_there() ? 1 : 0;
-        gone += at->second.was_there() && !at->second.is_there() ? 1 : 0;
+        const Draft &draft = *at->second;
+        made += !draft.was_there() && draft.is_there() ? 1 : 0;
+        gone += draft.was_there() && !draft.is_there() ? 1 : 0;
     }
     // all that the drafts take away may be among those that are read
     return keys(range, most + 1 + gone).size() + made - gone;

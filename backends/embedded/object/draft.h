@@ -72,25 +72,33 @@ class Drafts {
        more. */
     size_t count_after(const Range &range, size_t most);
 
-    std::map<std::string, Draft> &all() { return drafts_; }
+    /* In the order of their keys, which stand in their places. */
+    using ByKey = std::map<std::string_view, std::unique_ptr<Draft>>;
+
+    const ByKey &all() const { return drafts_; }
     const Source &source() const { return source_; }
     Revision revision() const { return at_; }
+
+    /* All that was read, beside the places of the drafts. */
     std::vector<Range> &ranges_read() { return ranges_; }
+    std::vector<std::string> &keys_read() { return keys_; }
 
   private:
     friend class DraftReader;
 
     using Keys = std::vector<std::string>;
 
+    Draft &add(Place place);
     std::optional<Place> owner_of(const std::string &key);
     const ResourceType *type_at(const Place &place);
-    Keys secondary_keys_of(const Draft &draft, const Draft::State &state) const;
+    static Keys secondary_keys_of(const Draft &draft, const Draft::State &state);
     void catch_up();
 
     const Source &source_;
     Revision at_;
-    std::map<std::string, Draft> drafts_; /* by key */
+    ByKey drafts_;
     std::vector<Range> ranges_;
+    Keys keys_; /* of rows that lead to resources */
     // who has which secondary key beside what the store says, found out when somebody asks
     std::vector<Draft *> changed_; /* since then */
     std::map<const Draft *, Keys> keys_of_changed_;

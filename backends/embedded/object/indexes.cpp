@@ -27,13 +27,12 @@ std::string secondary_key(const Place &collection, const ResourceType &type, siz
     return values.key;
 }
 
-void add_secondary_keys(const Source &source, const Place &place, const Draft::State &state,
-                        IndexRows &rows) {
+void add_secondary_keys(const Place &place, const Draft::State &state, IndexKeys &keys) {
     const Place collection = collection_of(place);
     for (size_t group = 0; group < state.type->secondary_keys.size(); group++) {
         std::string key = secondary_key(collection, *state.type, group, state.props.get());
         if (!key.empty())
-            rows.emplace(std::move(key), source.addresses.label_of(place));
+            keys.insert(std::move(key));
     }
 }
 

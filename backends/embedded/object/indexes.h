@@ -9,17 +9,17 @@
 #ifndef EMBEDDED_INDEXES_H
 #define EMBEDDED_INDEXES_H
 
-#include <map>
+#include <set>
 
 #include "draft.h"
 
 namespace embedded {
 
-/* The rows that a state of a resource has in the store: keys and labels. */
-using IndexRows = std::map<std::string, std::string>;
+/* The keys of the rows that a state of a resource has in the store. All have its address for a
+   label. */
+using IndexKeys = std::set<std::string>;
 
-void add_secondary_keys(const Source &source, const Place &place, const Draft::State &state,
-                        IndexRows &rows);
+void add_secondary_keys(const Place &place, const Draft::State &state, IndexKeys &keys);
 
 /* One group of secondary keys of a collection; empty when a value is missing or is none of its
    key's type. */

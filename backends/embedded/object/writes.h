@@ -3,6 +3,7 @@
 #define EMBEDDED_WRITES_H
 
 #include "edit.h"
+#include "indexes.h"
 
 namespace embedded {
 
@@ -20,10 +21,43 @@ class SecretFault : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-/* The writes of an edit without faults, with the preconditions of all that it read. What the
-   writes point to is lent by the edit and by `texts` and `values`. What the store does not take is
-   added to the faults of the edit. */
-Commit commit_of(Edit &edit, const SecretWriter &secrets, Texts &texts, std::deque<Value> &values);
+/* The writes of an edit without faults, which has to stay while they are handed over. */
+class EditWrites final : public WriteSource {
+  public:
+    EditWrites(Edit &edit, const SecretWriter &secrets);
+
+    /* Brings the values of the drafts into the form in which they are kept. What the store does not
+       take is added to the faults of the edit. */
+    void prepare();
+
+    bool empty() const { return count_ == 0; }
+    void hand_to(WriteSink &sink) const override;
+
+  private:
+    void prepare_indexes(const Draft &draft);
+    void prepare_values(Draft &draft);
+    void prepare_value(Draft &draft, const AttributeType &attribute);
+    Value closed(const Draft &draft, const AttributeType &attribute, const Value &value);
+    Value with_full_addresses(const Value &value);
+    Value with_full_address(ORUDoValue *value);
+    IndexKeys index_keys(const Draft &draft, const Draft::State &state);
+    void hand_over(const Draft &draft, WriteSink &sink) const;
+    std::string label(const Draft &draft) const;
+    void fault(const Place &place, int32_t code, const std::string &attribute, std::string rule,
+               std::string expected, std::string got);
+
+    Edit &edit_;
+    Drafts &drafts_;
+    const Limits limits_;
+    const SecretWriter &secrets_;
+    size_t count_ = 0;
+    // the rows that lead to resources
+    std::vector<std::string> gone_;
+    std::vector<std::pair<std::string, const Draft *>> new_;
+};
+
+/* The commit of an edit, but for its names: it holds as long as nothing changed that was read. */
+Commit preconditions_of(Drafts &drafts);
 
 }  // namespace embedded
 

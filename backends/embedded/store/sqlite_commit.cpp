@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <chrono>
+#include <functional>
 
 #include "sqlite_parts.h"
 
@@ -20,30 +21,36 @@ int64_t now() {
 }
 
 /* One commit, within its transaction. */
-class Committer {
+class Committer final : public WriteSink {
   public:
     explicit Committer(SqliteDatabase &database) : database_(database) {}
 
-    bool is_unchanged(Revision base, const std::vector<Range> &ranges) {
-        if (ranges.empty() || base == database_.head())
+    /* Whether what the commit builds on is as it was. */
+    bool holds(const Commit &commit) {
+        const bool asks = !commit.unchanged.empty() || !commit.unchanged_keys.empty();
+        if (!asks || commit.base == database_.head())
             return true;
-        if (base < database_.setting("horizon"))
+        if (commit.base < database_.setting("horizon"))
             return false;
-        const std::vector<std::string> changed = changed_since(base);
-        return std::none_of(ranges.begin(), ranges.end(), [&](const Range &range) {
+        const std::vector<std::string> changed = changed_since(commit.base);
+        const auto has_changed = [&](const Range &range) {
             const auto at = std::lower_bound(changed.begin(), changed.end(), range.first);
             return at != changed.end() && *at < range.end;
-        });
+        };
+        const auto key_has_changed = [&](std::string_view key) {
+            return std::binary_search(changed.begin(), changed.end(), key, std::less<>());
+        };
+        return std::ranges::none_of(commit.unchanged, has_changed) &&
+               std::ranges::none_of(commit.unchanged_keys, key_has_changed);
     }
 
     /* Whether all of it could be written. */
-    bool write(const Commit &commit) {
+    bool write(const Commit &commit, const WriteSource &writes) {
         revision_ = database_.head() + 1;
         next_row_ = database_.setting("next_row");
-        for (const Write &write : commit.writes) {
-            if (!apply(write))
-                return false;
-        }
+        writes.hand_to(*this);
+        if (has_conflict_)
+            return false;
         database_.set_setting("next_row", next_row_);
         Statement insert = prepare("INSERT INTO revision VALUES (?, ?, ?, ?)");
         insert.bind(revision_).bind(now()).bind_text(commit.who);
@@ -57,8 +64,8 @@ class Committer {
 
     /* Forgets the oldest commits that nobody asked to keep, and what they replaced. One with many
        changes goes in parts; none of it can be read from the first on. */
-    void forget(size_t written) {
-        size_t left = std::max(kForgottenAtOnce, 2 * written);
+    void forget() {
+        size_t left = std::max(kForgottenAtOnce, 2 * written_);
         Statement oldest =
             prepare("SELECT revision, time FROM revision WHERE revision <= ? ORDER BY revision");
         oldest.bind(revision_ - database_.options.keep_commits);
@@ -92,6 +99,23 @@ class Committer {
             keys.emplace_back(changes.bytes(0));
         std::sort(keys.begin(), keys.end());
         return keys;
+    }
+
+    /* Behind one that is in vain, all are. */
+    void write(const Write &write) override {
+        written_++;
+        if (!is_within_limits(write))
+            throw StoreFault(StoreFault::Kind::beyond_limits,
+                             "the commit is beyond the limits of the store");
+        has_conflict_ = has_conflict_ || !apply(write);
+    }
+
+    bool is_within_limits(const Write &write) const {
+        const Limits &limits = database_.options.limits;
+        return written_ <= limits.commit_writes && write.key.size() <= limits.key_bytes &&
+               std::ranges::all_of(write.attributes, [&](const Attribute &attribute) {
+                   return attribute.cell.bytes.size() <= limits.value_bytes;
+               });
     }
 
     bool apply(const Write &write) {
@@ -189,6 +213,8 @@ class Committer {
     SqliteDatabase &database_;
     Revision revision_ = 0;
     int64_t next_row_ = 0;
+    size_t written_ = 0;
+    bool has_conflict_ = false;
     Revision horizon_ = 0; /* that is new */
     Statement find_row_ = prepare("SELECT id FROM row WHERE key = ? AND until = ?");
     Statement insert_row_ = prepare("INSERT INTO row VALUES (?, ?, ?, ?, ?, ?)");
@@ -202,14 +228,14 @@ class Committer {
 };
 
 CommitResult commit_within(SqliteDatabase &database, const Commit &commit,
-                           Transaction &transaction) {
+                           const WriteSource &writes, Transaction &transaction) {
     const Revision earlier = find_request(database, commit.request);
     if (earlier != 0)
         return {Status::done, earlier};
     Committer committer(database);
-    if (!committer.is_unchanged(commit.base, commit.unchanged) || !committer.write(commit))
+    if (!committer.holds(commit) || !committer.write(commit, writes))
         return {Status::conflict, 0};
-    committer.forget(commit.writes.size());
+    committer.forget();
     try {
         transaction.commit();
     } catch (const StoreFault &fault) {
@@ -231,10 +257,11 @@ Revision find_request(SqliteDatabase &database, std::string_view request) {
     return find.bind_text(request).step() ? find.integer(0) : 0;
 }
 
-CommitResult write_commit(SqliteDatabase &database, const Commit &commit) {
+CommitResult write_commit(SqliteDatabase &database, const Commit &commit,
+                          const WriteSource &writes) {
     Transaction transaction(database.connection, Transaction::Aim::write);
     try {
-        const CommitResult result = commit_within(database, commit, transaction);
+        const CommitResult result = commit_within(database, commit, writes, transaction);
         if (result.status == Status::done)
             database.words.keep_added();
         else

@@ -59,7 +59,8 @@ std::unique_ptr<Scan> new_scan(std::shared_ptr<SqliteDatabase> database, Query q
 /* The revision of the commit that bears the name, or 0. */
 Revision find_request(SqliteDatabase &database, std::string_view request);
 
-CommitResult write_commit(SqliteDatabase &database, const Commit &commit);
+CommitResult write_commit(SqliteDatabase &database, const Commit &commit,
+                          const WriteSource &writes);
 
 ReadStatus read_changes(SqliteDatabase &database, Revision after, uint32_t limit, ChangeSink &sink);
 

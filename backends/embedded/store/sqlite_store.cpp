@@ -32,18 +32,6 @@ bool is_wanted(const std::vector<std::string> *names, std::string_view name) {
     return false;
 }
 
-void check_limits(const Limits &limits, const Commit &commit) {
-    bool fits = commit.writes.size() <= limits.commit_writes;
-    for (const Write &write : commit.writes) {
-        fits = fits && write.key.size() <= limits.key_bytes;
-        for (const Attribute &attribute : write.attributes)
-            fits = fits && attribute.cell.bytes.size() <= limits.value_bytes;
-    }
-    if (!fits)
-        throw StoreFault(StoreFault::Kind::beyond_limits,
-                         "the commit is beyond the limits of the store");
-}
-
 class SqliteStore final : public Store {
   public:
     explicit SqliteStore(const SqliteOptions &options)
@@ -90,10 +78,9 @@ class SqliteStore final : public Store {
         return new_scan(database_, std::move(query));
     }
 
-    CommitResult commit(const Commit &commit) override {
-        check_limits(limits(), commit);
+    CommitResult commit(const Commit &commit, const WriteSource &writes) override {
         const std::lock_guard lock(database_->mutex);
-        return write_commit(*database_, commit);
+        return write_commit(*database_, commit, writes);
     }
 
     Revision find_commit(std::string_view request) override {

@@ -16,6 +16,7 @@
 #define EMBEDDED_STORE_H
 
 #include <cstdint>
+#include <initializer_list>
 #include <limits>
 #include <memory>
 #include <span>
@@ -149,15 +150,52 @@ struct Write {
                                 nothing */
 };
 
+/* Takes the writes of a commit, one after the other. A write and what it points to are lent for the
+   call. */
+class WriteSink {
+  public:
+    virtual void write(const Write &write) = 0;
+
+  protected:
+    ~WriteSink() = default;
+};
+
+/* Makes the writes of a commit as they are written, so that nobody has to hold all of them. It must
+   not ask the store for anything meanwhile. */
+class WriteSource {
+  public:
+    virtual void hand_to(WriteSink &sink) const = 0;
+
+  protected:
+    ~WriteSource() = default;
+};
+
+/* Writes that are there already. */
+class WriteList final : public WriteSource {
+  public:
+    WriteList(std::initializer_list<Write> writes) : writes_(writes) {}
+    explicit WriteList(std::vector<Write> writes) : writes_(std::move(writes)) {}
+
+    void hand_to(WriteSink &sink) const override {
+        for (const Write &write : writes_)
+            sink.write(write);
+    }
+
+  private:
+    std::vector<Write> writes_;
+};
+
+/* What a commit is but its writes. */
 struct Commit {
     std::string who;
     /* Names the commit for as long as it is kept: a second one of that name changes nothing and is
        answered as the first. Empty: no name. */
     std::string request;
-    /* The commit holds only if nothing in these ranges changed behind this revision. */
+    /* The commit holds only if nothing in these ranges and at these keys, which are lent, changed
+       behind this revision. */
     Revision base = 0;
     std::vector<Range> unchanged;
-    std::vector<Write> writes;
+    std::vector<std::string_view> unchanged_keys;
 };
 
 struct CommitResult {
@@ -227,7 +265,7 @@ class Store {
     /* What the query points to is lent until the scan ends, which is before the store does. */
     virtual std::unique_ptr<Scan> scan(Query query) = 0;
 
-    virtual CommitResult commit(const Commit &commit) = 0;
+    virtual CommitResult commit(const Commit &commit, const WriteSource &writes) = 0;
 
     /* The revision of the commit of that name, 0 when none is kept. */
     virtual Revision find_commit(std::string_view request) = 0;

@@ -22,11 +22,11 @@ class RecordingStore final : public Store {
     ReadStatus changes(Revision after, uint32_t limit, ChangeSink &sink) override {
         return store_->changes(after, limit, sink);
     }
-    CommitResult commit(const Commit &commit) override {
+    CommitResult commit(const Commit &commit, const WriteSource &writes) override {
         // a commit of the action is none that it acts on
         if (const auto act = std::exchange(before_commit, nullptr))
             act();
-        CommitResult result = store_->commit(commit);
+        CommitResult result = store_->commit(commit, writes);
         if (result.status == CommitResult::Status::done && std::exchange(forgets_answer, false))
             result = {CommitResult::Status::unknown, 0};
         return result;

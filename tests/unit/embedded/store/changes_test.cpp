@@ -50,8 +50,7 @@ TEST_F(StoreChanges, TellWhatEachCommitDid) {
     Commit change;
     change.who = "ann";
     change.request = "r1";
-    change.writes = {create("a", {number("x", 1), text("t", "old text")})};
-    store->commit(change);
+    store->commit(change, WriteList{create("a", {number("x", 1), text("t", "old text")})});
     commit(*store, {set("a", {number("x", 2), gone("t"), number("y", 3), gone("z")})});
     commit(*store, {erase("a"), create("b")});
     EXPECT_EQ(changes(0), (Texts{"1 ann r1", "+a:K", "x - -> 1", "t - -> \"old text\"", "2 test ",

@@ -115,8 +115,7 @@ class StorePrecondition : public StoreCommit {
         Commit change;
         change.base = base;
         change.unchanged = std::move(unchanged);
-        change.writes = {create("new" + std::to_string(next_++))};
-        return store->commit(change);
+        return store->commit(change, WriteList{create("new" + std::to_string(next_++))});
     }
 
     int next_ = 0;
@@ -128,6 +127,19 @@ TEST_F(StorePrecondition, RangesThatNobodyTouchedHold) {
     EXPECT_EQ(commit_if(1, {{"a", "c"}}).status, Status::done);
     EXPECT_EQ(commit_if(1, {{"ca", "d"}}).status, Status::done);
     EXPECT_EQ(commit_if(2, {{"a", "d"}}).status, Status::done);
+}
+
+TEST_F(StorePrecondition, SingleKeysAreConflictsThemselves) {
+    commit(*store, {create("a"), create("c")});
+    commit(*store, {set("c", {number("x", 1)})});
+    Commit change;
+    change.base = 1;
+    change.unchanged_keys = {"a", "ca", "b"};
+    EXPECT_EQ(store->commit(change, WriteList{}).status, Status::done);
+    change.unchanged_keys = {"a", "c"};
+    EXPECT_EQ(store->commit(change, WriteList{}).status, Status::conflict);
+    change.base = 2;
+    EXPECT_EQ(store->commit(change, WriteList{}).status, Status::done);
 }
 
 TEST_F(StorePrecondition, EachKindOfChangeIsAConflict) {
@@ -144,10 +156,9 @@ TEST_F(StorePrecondition, EachKindOfChangeIsAConflict) {
 TEST_F(StoreCommit, SecondOfOneNameIsAnsweredAsTheFirst) {
     Commit change;
     change.request = "r1";
-    change.writes = {create("a")};
-    EXPECT_EQ(store->commit(change).revision, 1);
+    EXPECT_EQ(store->commit(change, WriteList{create("a")}).revision, 1);
     commit(*store, {create("b")});
-    const CommitResult again = store->commit(change);
+    const CommitResult again = store->commit(change, WriteList{create("a")});
     EXPECT_EQ(again.status, Status::done);
     EXPECT_EQ(again.revision, 1);
     EXPECT_EQ(store->head(), 2);
@@ -156,10 +167,8 @@ TEST_F(StoreCommit, SecondOfOneNameIsAnsweredAsTheFirst) {
 TEST_F(StoreCommit, NameOfARefusedCommitIsFree) {
     Commit change;
     change.request = "r1";
-    change.writes = {erase("a")};
-    EXPECT_EQ(store->commit(change).status, Status::conflict);
-    change.writes = {create("a")};
-    EXPECT_EQ(store->commit(change).revision, 1);
+    EXPECT_EQ(store->commit(change, WriteList{erase("a")}).status, Status::conflict);
+    EXPECT_EQ(store->commit(change, WriteList{create("a")}).revision, 1);
 }
 
 /* ---- Forgetting ---- */
@@ -193,9 +202,9 @@ TEST(StoreHistory, PreconditionBehindTheHorizonIsAConflict) {
     Commit change;
     change.base = 1;
     change.unchanged = {{"x", "y"}};
-    EXPECT_EQ(store->commit(change).status, Status::conflict);
+    EXPECT_EQ(store->commit(change, WriteList{}).status, Status::conflict);
     change.base = store->horizon();
-    EXPECT_EQ(store->commit(change).status, Status::done);
+    EXPECT_EQ(store->commit(change, WriteList{}).status, Status::done);
 }
 
 TEST(StoreHistory, OpenScanExpires) {
@@ -214,9 +223,8 @@ TEST(StoreKeeping, IsFoundByItsNameWhileItIsKept) {
     const std::unique_ptr<Store> store = open_sqlite_store({.keep_commits = 1, .keep_seconds = -1});
     Commit change;
     change.request = "first";
-    change.writes = {create("a")};
     EXPECT_EQ(store->find_commit("first"), 0);
-    EXPECT_EQ(store->commit(change).revision, 1);
+    EXPECT_EQ(store->commit(change, WriteList{create("a")}).revision, 1);
     EXPECT_EQ(store->find_commit("first"), 1);
     EXPECT_EQ(store->find_commit(""), 0);
     commit(*store, {create("b")});

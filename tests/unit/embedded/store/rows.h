@@ -68,8 +68,7 @@ inline Write erase(std::string key) {
 inline CommitResult commit(Store &store, std::vector<Write> writes) {
     Commit change;
     change.who = "test";
-    change.writes = std::move(writes);
-    return store.commit(change);
+    return store.commit(change, WriteList(std::move(writes)));
 }
 
 inline const Range kEverything = {"", "\xff"};
