@@ -105,9 +105,9 @@ void EditWrites::prepare_value(Draft &draft, const AttributeType &attribute) {
     const Value given = draft.after.value(attribute);
     if (!given)
         return;
-    Value kept = closed(draft, attribute, given);
-    if (kept && attribute.role == AttributeType::Role::peer)
-        kept = with_full_addresses(kept);
+    const Value kept = attribute.role == AttributeType::Role::peer
+                           ? with_full_addresses(given)
+                           : closed(draft, attribute, given);
     if (!kept)
         return;
     if (kept.get() != given.get())
