@@ -124,7 +124,7 @@ int32_t take_rows(Batch &batch, ORUDoVtable *table) {
     batch.all_names =
         NlistRef::adopt(oru_do_nlist_merge(batch.cfg_list.get(), batch.oper_list.get()));
     if (!batch.all_names)
-        return ORU_RC_MALLOC;
+        return ORU_OK;
     int32_t result = ORU_OK;
     for (auto *item = table->first; item != nullptr; item = item->next)
         result = take_row(batch, *item->row);

@@ -170,4 +170,26 @@ TEST(DtlWalkMemory, OfEverySettingWithALimit) {
     sweep_walk(1, make_settings, kOfSettings);
 }
 
+// Beyond the record of a level only lists can be lacking, and nothing tells of these.
+TEST(DtlWalkMemory, AListThatCannotBeHadIsNoFailure) {
+    static Tree doc;
+    static Nvlist params;
+    static FakeSystem *system;
+    FakeSystem fake;
+    system = &fake;
+    doc.reset(oru_dtl_tree_new());
+    add_mr_node(doc.get(), "a", ORU_DTL_OP_COLL_GET, "/sys?as");
+    params.reset(oru_do_nvlist_new());
+    sweep_oom([] {
+        ORUDtlCtx *ctx = oru_dtl_ctx_new(doc.get(), system->data(), system->coll());
+        if (ctx == nullptr)
+            return;
+        const int32_t rc = oru_dtl_get_next(system->data(), ctx, params.get(), 0);
+        EXPECT_TRUE(rc == 0 || system->take_calls() == Calls{"context"}) << rc;
+        oru_dtl_ctx_delete(ctx);
+    });
+    doc.reset();
+    params.reset();
+}
+
 }  // namespace
