@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <set>
 
 #include "check_parts.h"
 
