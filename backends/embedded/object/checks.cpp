@@ -9,26 +9,32 @@ namespace embedded {
 namespace {
 
 /* The records of the metadata that belong to the attributes of a type, in their order; null for
-   references. */
-using Records = std::vector<ORUMdAttrMeta *>;
+   references. Nothing when the process has let go of them. */
+using Records = std::optional<std::vector<ORUMdAttrMeta *>>;
 
 class RecordsByType {
   public:
     const Records &of(const ResourceType &type) {
         const auto [at, is_new] = records_.try_emplace(&type);
         if (is_new)
-            read(type, at->second);
+            at->second = read(type);
         return at->second;
     }
 
   private:
-    static void read(const ResourceType &type, Records &records) {
+    static Records read(const ResourceType &type) {
         ORUMdMrMeta *const meta = find_record(type.name.c_str());
+        if (meta == nullptr)
+            return std::nullopt;
+        std::vector<ORUMdAttrMeta *> records;
         for (const AttributeType &attribute : type.attributes) {
-            const bool is_known = meta != nullptr && attribute.role != AttributeType::Role::peer;
-            records.push_back(is_known ? oru_md_get_attr_meta_w_str(meta, attribute.name.c_str())
-                                       : nullptr);
+            const bool is_reference = attribute.role == AttributeType::Role::peer;
+            records.push_back(
+                is_reference ? nullptr : oru_md_get_attr_meta_w_str(meta, attribute.name.c_str()));
+            if (!is_reference && records.back() == nullptr)
+                return std::nullopt;
         }
+        return records;
     }
 
     std::unordered_map<const ResourceType *, Records> records_;
@@ -81,13 +87,17 @@ class Checker {
     void check_state(Draft &draft) {
         const Records &records = records_.of(*draft.after.type);
         const std::vector<AttributeType> &attributes = draft.after.type->attributes;
+        if (!records)
+            return tell(edit_, draft, ORU_RC_METADATA, {},
+                        "the metadata of the process has no type " + draft.after.type->name +
+                            " any more, or another one of that name",
+                        {}, {});
         for (size_t i = 0; i < attributes.size(); i++)
-            check_attribute(draft, attributes[i], records, i);
+            check_attribute(draft, attributes[i], (*records)[i]);
         check_secondary_keys(draft);
     }
 
-    void check_attribute(Draft &draft, const AttributeType &attribute, const Records &records,
-                         size_t index) {
+    void check_attribute(Draft &draft, const AttributeType &attribute, ORUMdAttrMeta *record) {
         const Value value = draft.after.value(attribute);
         if (!value) {
             if (attribute.role != AttributeType::Role::oper && is_mandatory(attribute))
@@ -98,7 +108,7 @@ class Checker {
             if (draft.is_given(attribute))
                 references_.check_value(draft, attribute, value);
         } else if (!attribute.is_secret() || draft.is_given(attribute)) {
-            check_value(draft, attribute, records[index], value);
+            check_value(draft, attribute, record, value);
         }
     }
 
@@ -107,8 +117,7 @@ class Checker {
                      const Value &value) {
         ORUDoProperties *const props = draft.after.props.get();
         int32_t code = certain(int32_t{ORU_OK}, [&] {
-            return record != nullptr ? oru_md_eval_attr_constraint(record, value.get(), props)
-                                     : int32_t{ORU_OK};
+            return oru_md_eval_attr_constraint(record, value.get(), props);
         });
         // the library takes a value of the elements' type, too
         if (code == ORU_OK && attribute.is_many && oru_do_value_is_array(value.get()) == 0)

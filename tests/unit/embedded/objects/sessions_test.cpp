@@ -152,6 +152,18 @@ TEST_F(EmbeddedSessions, ManyThreadsOnOneStoreInMemory) {
     EXPECT_EQ(faults, 0);
 }
 
+/* Its constraints cannot be asked any more: nothing is written that was not checked. */
+TEST_F(EmbeddedSessions, NothingIsWrittenWithoutTheMetadata) {
+    oru_md_free();
+    create("/", "links", "", R"({"id":{"%string":"a"}})");
+    const Answer answer = commit();
+    EXPECT_EQ(answer.code, ORU_RC_METADATA);
+    EXPECT_EQ(answer.faults,
+              (Texts{"/links;id=a: the metadata of the process has no type "
+                     "com.example.network:1.0/Link any more, or another one of that name"}));
+    EXPECT_EQ(query("/?links", {"id"}), Texts());
+}
+
 TEST_F(EmbeddedSessions, ActionsHaveNoProvider) {
     const Uri link(oru_do_uri_new(kLinks));
     const Name reset(oru_do_name_new("reset"));
