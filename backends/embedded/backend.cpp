@@ -1,5 +1,6 @@
 /* The entry points that the library looks up. */
 #include <algorithm>
+#include <limits>
 #include <memory>
 #include <mutex>
 
@@ -126,7 +127,8 @@ void start(const ORUEmbeddedOptions &options, const Report &report) {
     started->store.path = text_or(options.database, "");
     started->store.durable = options.durability == ORU_EMBEDDED_DURABLE;
     if (options.busy_milliseconds != 0)
-        started->store.busy_milliseconds = static_cast<int>(options.busy_milliseconds);
+        started->store.busy_milliseconds = static_cast<int>(
+            std::min<uint32_t>(options.busy_milliseconds, std::numeric_limits<int>::max()));
     if (options.keep_commits != 0)
         started->store.keep_commits = options.keep_commits;
     if (options.keep_seconds != 0)

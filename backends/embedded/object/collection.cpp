@@ -87,18 +87,26 @@ class Cursor final : public RowTaker {
     /* A cursor over configuration is asked once where the number is left to it, and gives all. */
     int32_t get_next(uint32_t count, ORUDoVtable *rows) {
         return errors_.guard([&]() -> int32_t {
-            const uint32_t page = count == 0 ? kPage : count;
-            const bool is_all = count == 0 && kind_ == Kind::config;
-            for (uint32_t given = 0; is_all || given < page; given++) {
-                if (waiting_.empty() && !read_more(is_all ? kPage : page - given))
-                    break;
-                hand_on(rows);
-            }
+            if (is_broken_)
+                return errors_.fail(ORU_RC_OBJECT_UNUSABLE, "an earlier batch failed");
+            is_broken_ = true;
+            read_batch(count, rows);
+            is_broken_ = false;
             if (status_ == ReadStatus::expired)
                 return errors_.fail(ORU_RC_OBJECT_UNUSABLE,
                                     "the state that the cursor reads is not kept any more");
             return status_ == ReadStatus::more || !waiting_.empty() ? ORU_OK : ORU_RC_NO_MORE_VALUE;
         });
+    }
+
+    void read_batch(uint32_t count, ORUDoVtable *rows) {
+        const uint32_t page = count == 0 ? kPage : count;
+        const bool is_all = count == 0 && kind_ == Kind::config;
+        for (uint32_t given = 0; is_all || given < page; given++) {
+            if (waiting_.empty() && !read_more(is_all ? kPage : page - given))
+                break;
+            hand_on(rows);
+        }
     }
 
     void hand_on(ORUDoVtable *rows) {
@@ -146,6 +154,7 @@ class Cursor final : public RowTaker {
     ErrorHolder errors_;
     std::deque<ValueList> waiting_; /* a page at most */
     ReadStatus status_ = ReadStatus::more;
+    bool is_broken_ = false; /* a batch ended on the way, within a row maybe */
 };
 
 }  // namespace

@@ -249,8 +249,12 @@ std::string shown(const AttributeType &attribute, ORUDoValue *value) {
     const Buffer buffer = made<Buffer>(oru_do_strbuf_new());
     oru_do_value_to_strbuf_opt(value, 0, buffer.get(), ORU_DO_OPT_HIDE_SECRETS);
     std::string text = text_in(buffer);
-    if (text.size() > kMost)
-        text = text.substr(0, kMost) + "...";
+    if (text.size() > kMost) {
+        size_t end = kMost;
+        while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xc0) == 0x80)
+            end--;  // not within a character
+        text = text.substr(0, end) + "...";
+    }
     return text.empty() ? "an empty value" : text;
 }
 

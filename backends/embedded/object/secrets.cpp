@@ -87,44 +87,64 @@ Vault::~Vault() {
     sodium_memzero(key_.data(), key_.size());
 }
 
+namespace {
+
+/* Whether a name in the folder of a file would be there after a loss of power. */
+bool is_on_disk(const std::string &path) {
+    const size_t slash = path.rfind('/');
+    const File folder(slash == std::string::npos ? "." : path.substr(0, slash + 1),
+                      O_RDONLY | O_DIRECTORY);
+    return folder && fsync(folder.get()) == 0;
+}
+
+bool write_key(const std::string &path, const unsigned char *key, size_t size) {
+    unlink(path.c_str());  // of a process of that number that died on the way
+    const File file(path, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW);
+    return file && write(file.get(), key, size) == static_cast<ssize_t>(size) &&
+           fsync(file.get()) == 0;
+}
+
+}  // namespace
+
 /* Two processes may make the key at once: it is written under another name and linked, and the
    second one reads what the first has linked. */
-const Vault::Key &Vault::key() const {
+void Vault::make_key() const {
+    randombytes_buf(key_.data(), key_.size());
+    const std::string made_as = key_file_ + "." + std::to_string(getpid());
+    const bool is_there = write_key(made_as, key_.data(), key_.size()) &&
+                          (::link(made_as.c_str(), key_file_.c_str()) == 0 || errno == EEXIST);
+    unlink(made_as.c_str());
+    if (!is_there || !is_on_disk(key_file_))
+        fail("the key for secrets cannot be written: " + key_file_);
+}
+
+void Vault::read_key() const {
+    const File file(key_file_, O_RDONLY | O_NOFOLLOW);
+    struct stat state = {};
+    if (!file || fstat(file.get(), &state) != 0 || state.st_size != static_cast<off_t>(kKeyBytes) ||
+        read(file.get(), key_.data(), key_.size()) != static_cast<ssize_t>(key_.size()))
+        fail("the key for secrets cannot be read: " + key_file_);
+}
+
+const Vault::Key &Vault::key(bool may_make) const {
     const std::lock_guard lock(mutex_);
     if (has_key_)
         return key_;
     initialise_sodium();
     if (key_file_.empty()) {
         randombytes_buf(key_.data(), key_.size());
-        has_key_ = true;
-        return key_;
+    } else {
+        if (may_make && access(key_file_.c_str(), F_OK) != 0)
+            make_key();
+        read_key();
     }
-    if (access(key_file_.c_str(), F_OK) != 0) {
-        const std::string made_as = key_file_ + "." + std::to_string(getpid());
-        const File file(made_as, O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW);
-        randombytes_buf(key_.data(), key_.size());
-        const bool is_written =
-            file &&
-            write(file.get(), key_.data(), key_.size()) == static_cast<ssize_t>(key_.size()) &&
-            fsync(file.get()) == 0;
-        const bool is_there =
-            is_written && (::link(made_as.c_str(), key_file_.c_str()) == 0 || errno == EEXIST);
-        unlink(made_as.c_str());
-        if (!is_there)
-            fail("the key for secrets cannot be written: " + key_file_);
-    }
-    const File file(key_file_, O_RDONLY | O_NOFOLLOW);
-    struct stat state = {};
-    if (!file || fstat(file.get(), &state) != 0 || state.st_size != static_cast<off_t>(kKeyBytes) ||
-        read(file.get(), key_.data(), key_.size()) != static_cast<ssize_t>(key_.size()))
-        fail("the key for secrets cannot be read: " + key_file_);
     has_key_ = true;
     return key_;
 }
 
 /* The nonce stands in front. */
 std::string Vault::seal(std::string_view clear) const {
-    const Key &with = key();
+    const Key &with = key(true);
     std::string sealed(crypto_secretbox_NONCEBYTES + crypto_secretbox_MACBYTES + clear.size(),
                        '\0');
     auto *const nonce = reinterpret_cast<unsigned char *>(sealed.data());
@@ -135,7 +155,8 @@ std::string Vault::seal(std::string_view clear) const {
 }
 
 std::string Vault::open(std::string_view text) const {
-    const Key &with = key();
+    // a new key opens nothing, and would stand in the way of the one that is missing
+    const Key &with = key(false);
     const std::string sealed = from_base64(text);
     constexpr size_t kHead = crypto_secretbox_NONCEBYTES + crypto_secretbox_MACBYTES;
     if (sealed.size() < kHead)

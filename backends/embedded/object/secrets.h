@@ -12,7 +12,8 @@
 
 namespace embedded {
 
-/* Seals and opens. The key is read, or made, when it is first needed. */
+/* Seals and opens. The key is read when it is first needed, and made when something is sealed
+   without one. */
 class Vault {
   public:
     /* An empty path: a key that lives as long as the vault. */
@@ -30,7 +31,9 @@ class Vault {
     static constexpr size_t kKeyBytes = 32;
     using Key = std::array<unsigned char, kKeyBytes>;
 
-    const Key &key() const;
+    const Key &key(bool may_make) const;
+    void make_key() const;
+    void read_key() const;
 
     std::string key_file_;
     mutable std::mutex mutex_;

@@ -5,6 +5,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <thread>
 
 #include "network.h"
 #include "store/sqlite.h"
@@ -109,6 +110,48 @@ TEST_F(EmbeddedFile, WriterThatWaitsTooLongIsTold) {
     const Answer answer = commit();
     EXPECT_EQ(answer.code, ORU_RC_RESOURCE_LOCKED);
     EXPECT_EQ(query("/?links", {"id"}), Texts());
+}
+
+TEST_F(EmbeddedFile, LongestWaitIsAWait) {
+    ORUEmbeddedOptions with = options();
+    with.busy_milliseconds = UINT32_MAX;
+    ASSERT_EQ(oru_lib_init(nullptr, 0, &with), ORU_OK);
+    close_session(session);
+    session = open_session();
+    Connection other(database);
+    auto transaction = std::make_unique<Transaction>(other, Transaction::Aim::write);
+    std::thread ends([&] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(100));
+        transaction.reset();
+    });
+    create_link("L1");
+    EXPECT_EQ(commit().code, ORU_OK);
+    ends.join();
+}
+
+/* What was lost with a batch is not passed over by the next one. */
+TEST_F(EmbeddedFile, CursorEndsWithABatchThatFails) {
+    for (const char *const id : {"L1", "L2", "L3"})
+        create_link(id);
+    commit();
+    Connection(database).execute(
+        "UPDATE attribute SET type = 77 WHERE row = (SELECT id FROM row WHERE label LIKE '%=L2')");
+    const Uri uri(oru_do_uri_new("/?links"));
+    const NameList names(oru_do_nlist_new());
+    oru_do_nlist_add_string(names.get(), "id");
+    ORUDtlCursor *cursor = nullptr;
+    ASSERT_EQ(session->coll->new_config_cursor(session->coll, uri.get(), names.get(), nullptr,
+                                               nullptr, 1, &cursor),
+              ORU_OK);
+    ORUDoVtable *const rows = oru_do_vtable_new();
+    EXPECT_EQ(cursor->cursor_get_next(cursor, 1, rows), ORU_OK);
+    EXPECT_EQ(cursor->cursor_get_next(cursor, 1, rows), ORU_RC_DATABASE);
+    EXPECT_EQ(cursor->cursor_get_next(cursor, 1, rows), ORU_RC_OBJECT_UNUSABLE);
+    cursor->cursor_close(cursor);
+    const Buffer text(oru_do_strbuf_new());
+    oru_do_vtable_to_json(rows, text.get());
+    EXPECT_STREQ(oru_do_strbuf_to_string(text.get()), R"({"%vtable":[{"%string":["L1"]}]})");
+    oru_do_vtable_deref(rows);
 }
 
 TEST_F(EmbeddedFile, CursorReadsTheRevisionAtWhichItWasOpened) {

@@ -70,6 +70,16 @@ TEST_F(EmbeddedHostile, DamagedKeysAreFaults) {
     EXPECT_THROW(source_of_link(std::string("l\0\0\0\x9r", 6)), std::exception);
 }
 
+TEST_F(EmbeddedHostile, LongValuesAreCutBetweenCharacters) {
+    std::string text = "x";
+    for (int i = 0; i < 60; i++)
+        text += "\u00e9";
+    set("/", R"({"weight":{"%string":")" + text + R"("}})");
+    const Answer answer = commit();
+    ASSERT_EQ(answer.faults.size(), 1U);
+    EXPECT_TRUE(answer.faults[0].ends_with("\u00e9...")) << answer.faults[0];
+}
+
 TEST_F(EmbeddedHostile, ManyFaultsAreAllTold) {
     constexpr int kMany = 20000;
     for (int i = 0; i < kMany; i++)

@@ -1,6 +1,7 @@
 #include <crypt.h>
 #include <stdlib.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <fstream>
@@ -122,8 +123,23 @@ TEST_F(VaultFile, KeyIsForItsOwnerAlone) {
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder), {}), 1);
 }
 
+/* A process of the same number may have died on the way, or somebody has put a file there. */
+TEST_F(VaultFile, KeyIsNotWrittenIntoWhatIsThere) {
+    const std::string beside = key + "." + std::to_string(getpid());
+    std::ofstream(beside) << "old";
+    std::filesystem::permissions(beside, std::filesystem::perms(0666));
+    Vault(key).seal("text");
+    struct stat state = {};
+    ASSERT_EQ(stat(key.c_str(), &state), 0);
+    EXPECT_EQ(state.st_mode & 0777, 0600U);
+    EXPECT_EQ(state.st_size, 32);
+}
+
 TEST_F(VaultFile, OtherKeysAndDamageAreTold) {
     const std::string sealed = Vault(key).seal("text");
+    EXPECT_THROW(Vault(key + "2").open(sealed), StoreFault);
+    EXPECT_FALSE(std::filesystem::exists(key + "2"));  // it may come back
+    Vault(key + "2").seal("text");
     EXPECT_THROW(Vault(key + "2").open(sealed), StoreFault);
     EXPECT_THROW(Vault(key).open("not base 64!"), StoreFault);
     EXPECT_THROW(Vault(key).open("QUJD"), StoreFault);
