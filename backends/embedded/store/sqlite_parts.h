@@ -52,6 +52,10 @@ struct Sql {
     }
 };
 
+/* What `what` tells of the attribute `a` of `row`, as a query in a query without its end. */
+void add_lookup(Sql &sql, SqliteDatabase &database, std::string_view name, Revision at,
+                const Sql &what);
+
 void add_condition(Sql &sql, SqliteDatabase &database, const Condition &condition, Revision at);
 
 std::unique_ptr<Scan> new_scan(std::shared_ptr<SqliteDatabase> database, Query query);
