@@ -109,6 +109,20 @@ TEST_F(StoreCommit, WordsOfARefusedCommitAreForgotten) {
               (Texts{"a:K{}", "c:OtherKind{other/5=2}", "d:NewKind{new/5=3}"}));
 }
 
+TEST_F(StoreCommit, NothingIsWrittenWhereMakingTheWritesFails) {
+    class Failing final : public WriteSource {
+        void hand_to(WriteSink &sink) const override {
+            sink.write(create("a", {number("new", 1)}, "NewKind"));
+            throw std::bad_alloc();
+        }
+    };
+    EXPECT_THROW(store->commit({}, Failing()), std::bad_alloc);
+    EXPECT_EQ(store->head(), 0);
+    commit(*store, {create("b", {number("other", 2)}, "OtherKind")});
+    commit(*store, {create("c", {number("new", 3)}, "NewKind")});
+    EXPECT_EQ(everything_in(*store), (Texts{"b:OtherKind{other/5=2}", "c:NewKind{new/5=3}"}));
+}
+
 class StorePrecondition : public StoreCommit {
   protected:
     CommitResult commit_if(Revision base, std::vector<Range> unchanged) {
