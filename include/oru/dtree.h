@@ -145,7 +145,7 @@ ORU_API ORUDoValue *oru_do_dtree_get_value_by_path(ORUDoDtree *dtree, const char
 ORU_API ORUDoDtree *oru_do_dtree_get_node_by_uri(ORUDoDtree *dtree, ORUDoUri *uri);
 
 /* The value that "uri#path" names: the path, from the node of that URI. `default_value` when there
-   is none, and without a "#". */
+   is none, without a "#", and for a null text, which leaves an error as if memory had run out. */
 ORU_API ORUDoValue *oru_do_dtree_get_value_by_uri(ORUDoDtree *dtree, const char *query_uri,
                                                   ORUDoValue *default_value, ORUDoError **error);
 

@@ -64,8 +64,8 @@ ORU_API ORUDoPropMeta *oru_do_mr_meta_get_prop_meta(ORUDoMrMeta *meta, ORUDoName
 ORU_API ORUDoPropMeta *oru_do_mr_meta_get_prop_meta_str(ORUDoMrMeta *meta, const char *name);
 
 /* Add to `out` every property, the keys, the references to children, those to peers. The result is
-   how many were added, -1 when memory runs out on the way. A null `out` asserts "list" when there is
-   one to add, here and in the two below. */
+   how many were added, -1 when memory runs out on the way. A null `out` asserts "list" when there
+   is one to add, here and in the two below. */
 ORU_API int32_t oru_do_mr_meta_get_all_prop_meta(ORUDoMrMeta *meta, ORUDoPropMetaList *out);
 ORU_API int32_t oru_do_mr_meta_get_key_prop_meta(ORUDoMrMeta *meta, ORUDoPropMetaList *out);
 ORU_API int32_t oru_do_mr_meta_get_child_ref_meta(ORUDoMrMeta *meta, ORUDoPropMetaList *out);

@@ -114,8 +114,8 @@ typedef struct ORUPrHexData {
  * `mode` 1 chooses the second code of the operation, everything else the first.
  */
 
-/* Reading the attributes in `nlist` of one resource, from its operational data or its configuration.
-   The handler fills `vlist`. */
+/* Reading the attributes in `nlist` of one resource, from its operational data or its
+   configuration. The handler fills `vlist`. */
 ORU_API int32_t oru_pr_ctx_new_get_oper_prop_values(ORUPrCrudxHandler *crudx, ORUDoUri *uri,
                                                     ORUDoNlist *nlist, ORUDoVlist *vlist,
                                                     ORUPrCtx **oru_ctxp,

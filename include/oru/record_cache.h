@@ -50,7 +50,8 @@ ORU_API int32_t init_query_record_cache(query_record_cache *cache, uint32_t max_
 ORU_API int32_t add_query_record_cache(query_record_cache *cache, const char *key,
                                        ORUDoProperties *properties);
 
-/* The properties of `key`, lent until the entry goes, or null. The entry becomes the newest. */
+/* The properties of `key`, lent until the entry goes; null when there are none, for a null key, and
+   in a destroyed cache. The entry becomes the newest. */
 ORU_API ORUDoProperties *find_query_record_cache(query_record_cache *cache, const char *key);
 
 /* ---- Reading ---- */
