@@ -1,4 +1,4 @@
-// The check of one document, over three units: objects, records and values.
+// The check of one document, over four units: objects, lists, records and values.
 #ifndef ORU_TOOLS_ORUCTL_WIRE_CHECKER_H
 #define ORU_TOOLS_ORUCTL_WIRE_CHECKER_H
 
@@ -74,6 +74,9 @@ class Checker {
     void check_beside(const Form &form, const JsonNode &payload);
     bool check_filled(const Form &form, const JsonNode &payload, JsonNode::Kind kind,
                       const char *wanted);
+
+    // ---- Lists ----
+
     void check_objects(const Form &form, const JsonNode &payload);
     void check_named(const Form &form, const JsonNode &payload);
     void check_rows(const JsonNode &payload);
