@@ -69,6 +69,12 @@ class Set(Change):
             (str(2**63 - 1), 2**63 - 1, "106751991d 4h 54.775807s"),
             (str(-2**63), -2**63, "-106751991d 4h 54.775808s")))
 
+    def test_elements_of_a_list_are_times_too(self):
+        target = "/logging/targets;name=messages"
+        self.does("set", target, 'rotateAt=["2024-02-29T00:00:00Z",1]')
+        self.assertEqual(self.value(target, "rotateAt"),
+                         "[2024-02-29T00:00:00Z, 1970-01-01T00:00:00.000001Z]")
+
     def test_what_is_no_time_is_told(self):
         for text in ("2023-02-29T00:00:00Z", "2023-13-01T00:00:00Z", "2023-11-14", "", "Z",
                      "2023-11-14T24:00:00Z", "2023-11-14T22:60:00Z", "2023-11-14T22:13:60Z",

@@ -23,9 +23,6 @@ void add_keys(const ORUMdMrMeta &mr, const Address &address, ORUDoProperties *pr
 // The names of keys, attributes and references to peers.
 std::vector<std::string> attributes_of(const ORUMdMrMeta &mr);
 
-// A value that stands for itself: JSON, or else a text. Throws `Failure`.
-Value read_free_value(const std::string &name, const std::string &text);
-
 // NAME and VALUE of an argument. Throws `Failure` without a "=".
 std::pair<std::string, std::string> split_assignment(const std::string &text);
 

@@ -48,11 +48,8 @@ int commit(const Database &database, Change &change, const Arguments &arguments)
 int set(const Arguments &arguments) {
     const Address address = read_address(arguments.address);
     const Database database(arguments.database, Missing::fault);
-    const auto type = database.type_at(address.path);
-    ORUMdMrMeta *const mr = type ? oru_md_get_mr_meta_by_name(type->c_str()) : nullptr;
-    if (mr == nullptr)
-        throw Failure(address.path + ": there is no such resource");
-    const Properties props = read_assignments(*mr, arguments.assignments, arguments.unset);
+    ORUMdMrMeta &mr = database.resource_at(address.path);
+    const Properties props = read_assignments(mr, arguments.assignments, arguments.unset);
     Change change;
     change.set(address, props.get());
     return commit(database, change, arguments);

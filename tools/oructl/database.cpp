@@ -168,6 +168,14 @@ std::optional<std::string> Database::type_at(const std::string &address) const {
     return oru_do_value_get_string(each(), &status);
 }
 
+ORUMdMrMeta &Database::resource_at(const std::string &address) const {
+    const auto type = type_at(address);
+    ORUMdMrMeta *const mr = type ? oru_md_get_mr_meta_by_name(type->c_str()) : nullptr;
+    if (mr == nullptr)
+        throw Failure(address + ": there is no such resource");
+    return *mr;
+}
+
 Database::Answer Database::commit(ORUDoConfigOps *operations, uint32_t flags) const {
     Answer answer{.file = file_, .error = {}};
     ORUDoError *error = nullptr;

@@ -63,6 +63,8 @@ class Database {
 
     // The type of the resource at an address; nothing when there is none.
     std::optional<std::string> type_at(const std::string &address) const;
+    // The same, as the model has it. Throws `Failure` when there is none.
+    ORUMdMrMeta &resource_at(const std::string &address) const;
 
     struct Answer {
         std::string file;  // of the database

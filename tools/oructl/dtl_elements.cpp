@@ -105,9 +105,8 @@ void DtlElements::check_keys(DtlItem &item, const xmlNode *element, const ORUMdM
         known.push_back(text_of(key.name));
     for (const ORUMdAttrMeta &key : records(mr.secondary_keys))
         known.push_back(text_of(key.name));
-    ORUDoNvlist *keys = oru_do_uri_get_keys(uri.get());
-    for (int32_t i = 0; keys != nullptr && i < oru_do_nvlist_get_len(keys); ++i) {
-        const std::string name = oru_do_nvlist_item_get_name(oru_do_nvlist_get_item(keys, i));
+    for (EachItem each(oru_do_uri_get_keys(uri.get())); ORUDoNvlistItem *key = each();) {
+        const std::string name = oru_do_nvlist_item_get_name(key);
         if (!contains(known, name))
             add(item, element,
                 text_of(mr.name) + " has no key " + in_quotes(name) +

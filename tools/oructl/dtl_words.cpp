@@ -1,5 +1,6 @@
 #include "dtl_words.h"
 
+#include "handles.h"
 #include "model_words.h"
 #include "object_text.h"
 #include "value_text.h"
@@ -23,20 +24,16 @@ std::string condition_words(ORUDoNvlistItem *item) {
 
 std::string conditions_words(ORUDoNvlist *list, const std::string &between) {
     std::string words;
-    for (int32_t i = 0; i < oru_do_nvlist_get_len(list); ++i)
-        words += (i > 0 ? between : "") + condition_words(oru_do_nvlist_get_item(list, i));
+    for (EachItem each(list); ORUDoNvlistItem *item = each();)
+        words += (words.empty() ? "" : between) + condition_words(item);
     return words;
 }
 
 std::string parameters_words(ORUDoProperties *params) {
     std::vector<std::string> words;
-    ORUDoIter iter;
-    oru_do_iter_init(&iter);
-    oru_do_properties_iter(params, &iter);
-    while (ORUDoProperty *param = oru_do_properties_get_next(&iter)) {
+    for (EachProperty each(params); ORUDoProperty *param = each();)
         words.push_back(text_of(oru_do_property_get_name(param)) + " = " +
                         value_words(oru_do_property_get_value(param)));
-    }
     return joined(words);
 }
 
@@ -126,12 +123,7 @@ std::vector<std::string> details_of(const ORUDtlNode &node) {
 
 std::vector<std::string> names_of(ORUDoNlist *list) {
     std::vector<std::string> names;
-    if (list == nullptr)
-        return names;
-    ORUDoIter iter;
-    oru_do_iter_init(&iter);
-    oru_do_nlist_iter(list, &iter);
-    while (ORUDoName *name = oru_do_nlist_get_next(&iter))
+    for (EachName each(list); ORUDoName *name = each();)
         names.push_back(text_of(name));
     return names;
 }

@@ -4,11 +4,11 @@
 #include <memory>
 
 #include "addresses.h"
-#include "assignments.h"
 #include "command.h"
 #include "model_words.h"
 #include "output.h"
 #include "reading.h"
+#include "secrets.h"
 #include "terminal_text.h"
 
 namespace oructl {
@@ -38,32 +38,21 @@ std::vector<ORUMdMrMeta *> types_from(ORUMdMrMeta &root) {
     return types;
 }
 
-enum class Secret { none, sealed, hashed };
-
 // A value is as secret as the most secret one in it.
 Secret secrecy_of(ORUDoValue *value);
 
 Secret secrecy_of_members(ORUDoNvlist *members) {
     Secret most = Secret::none;
-    for (int32_t i = 0; i < oru_do_nvlist_get_len(members); ++i)
-        most = std::max(
-            most, secrecy_of(oru_do_nvlist_item_get_value(oru_do_nvlist_get_item(members, i))));
+    for (EachItem each(members); ORUDoNvlistItem *item = each();)
+        most = std::max(most, secrecy_of(oru_do_nvlist_item_get_value(item)));
     return most;
-}
-
-Secret secrecy_of_text(ORUDoValue *value) {
-    const char *name = oru_do_value_get_typedef_name(value);
-    const std::string type_name = name != nullptr ? name : "";
-    if (type_name.starts_with("PasswordString"))
-        return Secret::hashed;
-    return type_name.starts_with("EncryptedString") ? Secret::sealed : Secret::none;
 }
 
 Secret secrecy_of(ORUDoValue *value) {
     int32_t status = ORU_OK;
     switch (oru_do_value_get_type(value)) {
         case ORU_DO_TYPE_STRING:
-            return secrecy_of_text(value);
+            return secrecy_of_type(view(oru_do_value_get_typedef_name(value)));
         case ORU_DO_TYPE_SEQUENCE:
             return secrecy_of_members(oru_do_value_get_sequence(value, &status));
         case ORU_DO_TYPE_CHOICE:
@@ -92,7 +81,7 @@ class Export {
             write_base(base);
         const std::string below = base.path == "/" ? "//" : base.path;
         for (ORUMdMrMeta *mr : types)
-            read_collection(database_, below + "?:" + qualified_name(*mr), names_of(*mr), false,
+            read_collection(database_, below + "?:" + qualified_name(*mr), all_names(*mr), false,
                             [&](Properties props) { write(props.get()); });
         std::fputs("\n]}\n", stdout);
         if (left_out_ != 0)
@@ -102,17 +91,11 @@ class Export {
     }
 
   private:
-    static std::vector<std::string> names_of(const ORUMdMrMeta &mr) {
-        std::vector<std::string> names = attributes_of(mr);
-        names.insert(names.begin(), {ORU_DO_NAME_URI, ORU_DO_NAME_MR});
-        return names;
-    }
-
     void write_base(const Address &base) {
         const auto type = database_.type_at(base.path);
         ORUMdMrMeta *const mr = type ? oru_md_get_mr_meta_by_name(type->c_str()) : nullptr;
         if (mr != nullptr)
-            write(read_resource(database_, base.path, names_of(*mr), false).get());
+            write(read_resource(database_, base.path, all_names(*mr), false).get());
     }
 
     void write(ORUDoProperties *props) {

@@ -3,7 +3,6 @@
 #include <memory>
 
 #include "addresses.h"
-#include "assignments.h"
 #include "command.h"
 #include "fault_words.h"
 #include "model_words.h"
@@ -20,22 +19,12 @@ struct Arguments {
     DataForm form = DataForm::table;
 };
 
-// What is read when nothing was asked for by name.
-std::vector<std::string> all_names(const ORUMdMrMeta &mr) {
-    std::vector<std::string> names = attributes_of(mr);
-    names.insert(names.begin(), {ORU_DO_NAME_URI, ORU_DO_NAME_MR});
-    return names;
-}
-
 void get_resource(const Database &database, const Arguments &arguments) {
     const Address address = read_address(arguments.address);
-    const auto type = database.type_at(address.path);
-    ORUMdMrMeta *const mr = type ? oru_md_get_mr_meta_by_name(type->c_str()) : nullptr;
-    if (mr == nullptr)
-        throw Failure(address.path + ": there is no such resource");
-    check_names(*mr, arguments.names);
+    const ORUMdMrMeta &mr = database.resource_at(address.path);
+    check_names(mr, arguments.names);
     const Properties props = read_resource(
-        database, address.path, arguments.names.empty() ? all_names(*mr) : arguments.names, true);
+        database, address.path, arguments.names.empty() ? all_names(mr) : arguments.names, true);
     std::fputs(resource_text(props.get(), arguments.form).c_str(), stdout);
 }
 

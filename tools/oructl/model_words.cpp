@@ -1,5 +1,7 @@
 #include "model_words.h"
 
+#include "handles.h"
+
 #include "model.h"
 
 namespace oructl {
@@ -21,9 +23,7 @@ std::string typecode_words(int32_t typecode) {
 
 std::string enum_words(ORUDoNvlist *labels) {
     std::vector<std::string> texts;
-    const int32_t count = labels != nullptr ? oru_do_nvlist_get_len(labels) : 0;
-    for (int32_t i = 0; i < count; ++i) {
-        ORUDoNvlistItem *item = oru_do_nvlist_get_item(labels, i);
+    for (EachItem each(labels); ORUDoNvlistItem *item = each();) {
         int32_t code = 0;
         const int32_t number = oru_do_value_get_int(oru_do_nvlist_item_get_value(item), &code);
         texts.push_back(std::string(oru_do_nvlist_item_get_name(item)) + " = " +

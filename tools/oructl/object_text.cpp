@@ -26,10 +26,8 @@ class Drawing {
         add_line(buf_, tabs_, shown_in_line(title));
         const int32_t count = oru_do_dtree_get_child_count(node);
         draw_content(node, indent + (count > 0 ? "│ " : "  "));
-        ORUDoIter iter;
-        oru_do_iter_init(&iter);
-        oru_do_dtree_child_iter(node, &iter);
-        for (int32_t i = 1; ORUDoDtree *child = oru_do_dtree_get_next_child(&iter); ++i)
+        EachChild each(node);
+        for (int32_t i = 1; ORUDoDtree *child = each(); ++i)
             draw(child, indent + (i < count ? "├── " : "└── "),
                  indent + (i < count ? "│   " : "    "));
     }
@@ -38,13 +36,8 @@ class Drawing {
     void draw_content(ORUDoDtree *node, const std::string &indent) {
         if (ORUDoError *error = oru_do_dtree_get_error(node))
             add_line(buf_, tabs_, indent + error_words(error));
-        ORUDoProperties *props = oru_do_dtree_get_properties(node);
-        if (props == nullptr)
-            return;
-        ORUDoIter iter;
-        oru_do_iter_init(&iter);
-        oru_do_properties_iter(props, &iter);
-        while (ORUDoProperty *property = oru_do_properties_get_next(&iter)) {
+        for (EachProperty each(oru_do_dtree_get_properties(node));
+             ORUDoProperty *property = each();) {
             add_line(buf_, tabs_,
                      indent + shown_in_line(text_of(oru_do_property_get_name(property)) + " = " +
                                             value_words(oru_do_property_get_value(property))));

@@ -38,8 +38,8 @@ void print_missing_params(const xmlNode *root, ORUDoNvlist *params) {
         if (oru_do_nvlist_get_value(params, name.c_str()) == nullptr)
             tell("the document asks for $" + name + ": -p " + name + "=VALUE");
     }
-    for (int32_t i = 0; i < oru_do_nvlist_get_len(params); ++i) {
-        const std::string name = oru_do_nvlist_item_get_name(oru_do_nvlist_get_item(params, i));
+    for (EachItem each(params); ORUDoNvlistItem *item = each();) {
+        const std::string name = oru_do_nvlist_item_get_name(item);
         if (std::ranges::find(asked, name) == asked.end())
             tell("the document does not ask for $" + name + similar_question(name, asked));
     }

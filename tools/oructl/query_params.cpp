@@ -6,6 +6,7 @@
 #include "database.h"
 #include "fault_words.h"
 #include "time_text.h"
+#include "value_reader.h"
 
 namespace oructl {
 namespace {
@@ -28,8 +29,7 @@ void collect(ORUDoNvlist *clauses, ORUDoMrMeta *meta, TimeTypes &types) {
         const std::string_view clause = view(oru_do_nvlist_item_get_name(item));
         const std::string attribute(clause.substr(0, clause.find(' ')));
         ORUDoPropMeta *const prop = oru_do_mr_meta_get_prop_meta_str(meta, attribute.c_str());
-        const int32_t type =
-            prop != nullptr ? oru_do_prop_meta_get_typecode(prop) : ORU_DO_TYPE_UNKNOWN;
+        const int32_t type = prop != nullptr ? value_type_of(prop) : ORU_DO_TYPE_UNKNOWN;
         if (text.starts_with('$') && is_time_type(type))
             types.emplace(text.substr(1), type);
     }

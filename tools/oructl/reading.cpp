@@ -99,6 +99,12 @@ ORUMdMrMeta *type_of_collection(const Database &database, const std::string &add
                          read_address((parent.path == "/" ? "" : parent.path) + "/" + query));
 }
 
+std::vector<std::string> all_names(const ORUMdMrMeta &mr) {
+    std::vector<std::string> names = attributes_of(mr);
+    names.insert(names.begin(), {ORU_DO_NAME_URI, ORU_DO_NAME_MR});
+    return names;
+}
+
 void check_names(const ORUMdMrMeta &mr, const std::vector<std::string> &names) {
     std::vector<std::string> known = attributes_of(mr);
     for (const ORUMdMrMetaList &entry : records(mr.impl_mr_metas)) {

@@ -23,6 +23,9 @@ void read_collection(const Database &database, const std::string &address,
 // The type of the members of a collection as far as the model tells; null for none.
 ORUMdMrMeta *type_of_collection(const Database &database, const std::string &address);
 
+// What is read of a resource when nothing was asked for by name: address, type and all attributes.
+std::vector<std::string> all_names(const ORUMdMrMeta &mr);
+
 // Throws `Failure` for a name that resources of the type do not have.
 void check_names(const ORUMdMrMeta &mr, const std::vector<std::string> &names);
 
