@@ -67,10 +67,12 @@ class Query(Database):
             'oructl: the parameter t takes a time like 2023-11-14T22:13:20Z, not "noon"'])
 
     def test_parts_stand_on_one_line_of_a_drawing(self):
-        read = '<s uri="/" mr="com.example.network:1.0/System" op="get"><position/><uptime/></s>'
+        read = '<s uri="/" mr="com.example.network:1.0/System" op="get"><position/><uptime/>' \
+               "<capabilities/></s>"
         self.does("set", "/", 'position={"row":2,"rack":3,"side":"rear"}')
         self.assertEqual(self.does("query", read=read).splitlines()[1:], [
-            '  position = {"row":2,"rack":3,"side":"rear"}', "  uptime = 1d"])
+            '  position = {"row":2,"rack":3,"side":"rear"}', "  uptime = 1d",
+            '  capabilities = ["switching","routing"]'])
 
     def test_a_parameter_leaves_the_document_behind_it(self):
         self.assertEqual(self.does("query", "-p", "slot=2", "-p", "mtu=9000",

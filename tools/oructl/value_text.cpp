@@ -92,6 +92,8 @@ std::string value_words(ORUDoValue *value) {
         return time_text(value);
     if (type == ORU_DO_TYPE_ARRAY)
         return list_text(oru_do_value_get_array(value, &status), ",", value_words);
+    if (type == ORU_DO_TYPE_BITS)
+        return list_text(oru_do_value_get_bits(value, &status), ",", value_words);
     if (oru_do_is_complex_type(type) != 0)
         return members_words(value);
     return written([&](ORUDoStrbuf *buf) { oru_do_value_to_compact_json(value, buf); });
