@@ -20,9 +20,10 @@ ORU_BEGIN_DECLS
 
 /* What `oru_do_dtree_flatten` does to each node that it moves, a set of bits. */
 #define ORU_DTREE_FLATTEN_NODE_NAMES 0x1u /* the name becomes "parent.node" */
-#define ORU_DTREE_FLATTEN_ATTR_NAMES 0x2u /* attributes get the name's part behind its first "." \
-                                           */
-#define ORU_DTREE_FLATTEN_URIS 0x4u       /* the parent's URI is set as "parent.__uri" */
+#define ORU_DTREE_FLATTEN_ATTR_NAMES                                                       \
+    0x2u                            /* attributes get the name's part behind its first "." \
+                                     */
+#define ORU_DTREE_FLATTEN_URIS 0x4u /* the parent's URI is set as "parent.__uri" */
 
 /* ---- Making ----
  * Null when memory runs out. */
