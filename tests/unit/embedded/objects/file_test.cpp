@@ -38,6 +38,16 @@ class EmbeddedFile : public Network {
         return with;
     }
 
+    /* A cursor over the identifiers of all links. */
+    ORUDtlCursor *open_links() {
+        const Uri uri(oru_do_uri_new("/?links"));
+        const NameList names(oru_do_nlist_new());
+        oru_do_nlist_add_string(names.get(), "id");
+        ORUDtlCursor *cursor = nullptr;
+        session->coll->new_config_cursor(session->coll, uri.get(), names.get(), nullptr, nullptr, 1,
+                                         &cursor);
+        return cursor;
+    }
     void create_link(const std::string &id) {
         create("/", "links", "", R"({"id":{"%string":")" + id + R"("}})");
     }
@@ -136,13 +146,8 @@ TEST_F(EmbeddedFile, CursorEndsWithABatchThatFails) {
     commit();
     Connection(database).execute(
         "UPDATE attribute SET type = 77 WHERE row = (SELECT id FROM row WHERE label LIKE '%=L2')");
-    const Uri uri(oru_do_uri_new("/?links"));
-    const NameList names(oru_do_nlist_new());
-    oru_do_nlist_add_string(names.get(), "id");
-    ORUDtlCursor *cursor = nullptr;
-    ASSERT_EQ(session->coll->new_config_cursor(session->coll, uri.get(), names.get(), nullptr,
-                                               nullptr, 1, &cursor),
-              ORU_OK);
+    ORUDtlCursor *const cursor = open_links();
+    ASSERT_NE(cursor, nullptr);
     ORUDoVtable *const rows = oru_do_vtable_new();
     EXPECT_EQ(cursor->cursor_get_next(cursor, 1, rows), ORU_OK);
     EXPECT_EQ(cursor->cursor_get_next(cursor, 1, rows), ORU_RC_DATABASE);
@@ -158,13 +163,8 @@ TEST_F(EmbeddedFile, CursorReadsTheRevisionAtWhichItWasOpened) {
     for (const char *const id : {"L1", "L2", "L3"})
         create_link(id);
     commit();
-    const Uri uri(oru_do_uri_new("/?links"));
-    const NameList names(oru_do_nlist_new());
-    oru_do_nlist_add_string(names.get(), "id");
-    ORUDtlCursor *cursor = nullptr;
-    ASSERT_EQ(session->coll->new_config_cursor(session->coll, uri.get(), names.get(), nullptr,
-                                               nullptr, 1, &cursor),
-              ORU_OK);
+    ORUDtlCursor *const cursor = open_links();
+    ASSERT_NE(cursor, nullptr);
     ORUDoVtable *const rows = oru_do_vtable_new();
     EXPECT_EQ(cursor->cursor_get_next(cursor, 1, rows), ORU_OK);
     remove("/links;id=L2");

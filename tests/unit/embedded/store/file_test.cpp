@@ -9,6 +9,7 @@
 #include <fstream>
 #include <thread>
 
+#include "in_folder.h"
 #include "rows.h"
 #include "store/schema.h"
 
@@ -18,15 +19,8 @@ namespace {
 using Status = CommitResult::Status;
 using Texts = std::vector<std::string>;
 
-class StoreFile : public testing::Test {
+class StoreFile : public InFolder {
   protected:
-    void SetUp() override {
-        char path[] = "/tmp/oru_store_XXXXXX";
-        ASSERT_NE(mkdtemp(path), nullptr);
-        folder = path;
-    }
-    void TearDown() override { std::filesystem::remove_all(folder); }
-
     std::string path(const char *name = "db") { return folder + "/" + name; }
     std::unique_ptr<Store> open(const char *name = "db") {
         return open_sqlite_store({.path = path(name), .busy_milliseconds = 100});
@@ -53,8 +47,6 @@ class StoreFile : public testing::Test {
         waitpid(child, &status, 0);
         return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
     }
-
-    std::string folder;
 };
 
 TEST_F(StoreFile, KeepsWhatWasCommitted) {

@@ -7,21 +7,15 @@
 
 #include <filesystem>
 
+#include "in_folder.h"
 #include "rows.h"
 #include "store/sqlite.h"
 
 namespace embedded {
 namespace {
 
-class StoreProcesses : public testing::Test {
+class StoreProcesses : public InFolder {
   protected:
-    void SetUp() override {
-        char path[] = "/tmp/oru_store_XXXXXX";
-        ASSERT_NE(mkdtemp(path), nullptr);
-        folder = path;
-    }
-    void TearDown() override { std::filesystem::remove_all(folder); }
-
     std::string path(int number = 0) const { return folder + "/db" + std::to_string(number); }
 
     /* What stands in a file, after it was looked over by the engine itself. */
@@ -35,8 +29,6 @@ class StoreProcesses : public testing::Test {
         head = store->head();
         return everything_in(*store);
     }
-
-    std::string folder;
 };
 
 TEST_F(StoreProcesses, MakeANewFileTogether) {
