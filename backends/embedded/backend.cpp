@@ -187,6 +187,8 @@ intptr_t _oru_cl_session_open(ORUDoNvlist *params, intptr_t out_session, intptr_
         if (back_end->model == nullptr)
             throw Refusal(ORU_RC_METADATA,
                           "the metadata of the process has no resource " + back_end->root_type);
+        if (const std::string key = back_end->model->find_secret_key(); !key.empty())
+            throw Refusal(ORU_RC_METADATA, key + ": a secret, which cannot be a key");
         auto session = std::make_unique<Session>(*back_end, params);
         *reinterpret_cast<ORUEmbeddedSession **>(out_session) = session.release()->lent();
     });

@@ -157,6 +157,21 @@ const ResourceType *Model::find(std::string_view name) const {
     return at != by_name_.end() ? at->second : nullptr;
 }
 
+std::string Model::find_secret_key() const {
+    for (const auto &type : types_) {
+        std::vector<std::vector<size_t>> groups = type->secondary_keys;
+        for (size_t place = 0; place < type->key_count; place++)
+            groups.push_back({place});
+        for (const auto &group : groups) {
+            for (const size_t place : group) {
+                if (type->attributes[place].is_secret())
+                    return type->name + ": " + type->attributes[place].name;
+            }
+        }
+    }
+    return {};
+}
+
 /* Takes the derived types that it is asked for, and those of their members. */
 class ValueTypeReader {
   public:

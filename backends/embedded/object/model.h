@@ -120,6 +120,9 @@ class Model {
     /* By qualified name, or without a version; null for none. */
     const ResourceType *find(std::string_view name) const;
 
+    /* "TYPE: KEY" for a key that is a secret, and so would stand in addresses; empty for none. */
+    std::string find_secret_key() const;
+
   private:
     friend class ModelReader;
 

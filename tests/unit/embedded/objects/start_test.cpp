@@ -105,6 +105,33 @@ TEST_F(EmbeddedStart, NewerRecordsMayBeLonger) {
     EXPECT_EQ(open_and_close(), ORU_OK);
 }
 
+/* ---- Secrets ---- */
+
+TEST_F(EmbeddedStart, KeysAreNoSecrets) {
+    const auto package = [](const std::string &keys) {
+        return R"(<oru2dImpl package="com.example.safe" version="1.0" schemaVersion="1.8">
+            <typeDef><simpleType name="PasswordString" base="string"/></typeDef>
+            <managedResourceDef><managedResource name="Safe" maxAccess="read-write">)" +
+               keys + "</managedResource></managedResourceDef></oru2dImpl>";
+    };
+    const std::string id = R"(<key><attribute name="id" type="string"/></key>)";
+    const std::string pin = R"(<key><attribute name="pin" type="PasswordString"/></key>)";
+    for (const std::string &keys : {pin, id + pin}) {
+        folder.write("safe.oru2d", package(keys));
+        ORUEmbeddedOptions with = options();
+        const std::string model = folder.file("");
+        with.model_dir = model.c_str();
+        with.root_type = "com.example.safe:1.0/Safe";
+        told.clear();
+        EXPECT_EQ(start(with), ORU_OK);
+        EXPECT_EQ(open_and_close(), ORU_RC_METADATA);
+        EXPECT_EQ(told,
+                  Texts{"107 com.example.safe:1.0/Safe: pin: a secret, which cannot be a key"});
+        oru_lib_shutdown(0, 0, 0, 0, 0, 0);
+        oru_md_free();
+    }
+}
+
 /* ---- Bundles ---- */
 
 TEST_F(EmbeddedStart, BundlesHoldTheModel) {
