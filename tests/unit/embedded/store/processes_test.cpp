@@ -72,12 +72,13 @@ TEST_F(StoreProcesses, MakeANewFileTogether) {
 [[noreturn]] void commit_until_killed(const std::string &path, int tell) {
     const auto store =
         open_sqlite_store({.path = path, .durable = false, .keep_commits = 3, .keep_seconds = -1});
+    const std::string long_text(2000, 't');
     while (true) {
         const Revision next = store->head() + 1;
         std::vector<Write> writes;
         for (int row = 0; row < 10; row++)
             writes.push_back(create(std::to_string(next) + "/" + std::to_string(row),
-                                    {number("x", row), text("t", std::string(2000, 't'))}));
+                                    {number("x", row), text("t", long_text)}));
         const CommitResult result = commit(*store, std::move(writes));
         if (write(tell, &result.revision, sizeof result.revision) !=
             static_cast<ssize_t>(sizeof result.revision))
