@@ -83,10 +83,7 @@ void add_get_command(CLI::App &app, int &status) {
     command->add_option("address", arguments->address, "/chassis;id=1, or /chassis;id=1?slots")
         ->required();
     command->add_option("attribute", arguments->names, "attributes; by default all");
-    add_database_options(command, arguments->database);
-    add_format_option(command, arguments->form);
-    command->add_flag("--show-secrets", arguments->database.show_secrets,
-                      "print secrets as they are kept");
+    add_reading_options(command, arguments->database, arguments->form);
     command->callback([arguments, &status] { status = run(*arguments); });
 }
 

@@ -147,12 +147,14 @@ Properties json_safe(ORUDoProperties *props) {
     return safe;
 }
 
-void add_format_option(CLI::App *command, DataForm &form) {
+void add_reading_options(CLI::App *command, DatabaseOptions &options, DataForm &form) {
+    add_database_options(command, options);
     command
         ->add_option_function<std::string>(
             "-f,--format", [&form](const std::string &word) { form = kForms.at(word); },
             "table, tree, text, json, compact or xml")
         ->check(CLI::Validator(check_form, "FORM", "form"));
+    command->add_flag("--show-secrets", options.show_secrets, "print secrets as they are kept");
 }
 
 TextTable::TextTable(std::vector<std::string> head) {

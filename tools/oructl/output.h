@@ -15,8 +15,11 @@ namespace oructl {
 
 enum class DataForm { table, tree, text, json, compact, xml };
 
-// Adds --format; `form` has the default.
-void add_format_option(CLI::App *command, DataForm &form);
+struct DatabaseOptions;
+
+// Adds what commands that print resources have: the database, --format and --show-secrets; `form`
+// has the default.
+void add_reading_options(CLI::App *command, DatabaseOptions &options, DataForm &form);
 
 // A table for people: as wide as its cells, with a bold head on a terminal. A null cell is "-".
 class TextTable {

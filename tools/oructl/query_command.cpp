@@ -218,10 +218,7 @@ void add_query_command(CLI::App &app, int &status) {
     command->add_option("--count", arguments->count, "leaf rows to read; by default all")
         ->check(number_within(1, INT32_MAX));
     command->add_flag("--all", arguments->all, "read on by as many rows until there are no more");
-    add_database_options(command, arguments->database);
-    add_format_option(command, arguments->form);
-    command->add_flag("--show-secrets", arguments->database.show_secrets,
-                      "print secrets as they are kept");
+    add_reading_options(command, arguments->database, arguments->form);
     command->callback([arguments, &status] { status = run(*arguments); });
 }
 

@@ -8,11 +8,9 @@
 
 #include "handles.h"
 #include "json_tree.h"
+#include "support/value_type.h"
 
 namespace oructl {
-
-// The type of the values of an attribute; that of its elements where it has many.
-int32_t value_type_of(ORUDoPropMeta *meta);
 
 // One attribute and its values. Everything throws `Failure`.
 class ValueReader {

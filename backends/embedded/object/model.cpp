@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <array>
 
+#include "support/value_type.h"
+
 namespace embedded {
 
 namespace {
@@ -22,24 +24,6 @@ std::string_view text_of(ORUDoName *name) {
 
 bool is_many(ORUDoPropMeta *meta) {
     return oru_do_prop_meta_get_multiplicity(meta) == ORU_MULTIPLICITY_MANY;
-}
-
-/* The code of the values of a property; enumerations and complex types tell it by their
-   category. */
-int32_t type_of(ORUDoPropMeta *meta) {
-    ORUDoTypedefMeta *const type = oru_do_prop_meta_get_typedef_meta(meta);
-    if (type == nullptr)
-        return oru_do_prop_meta_get_typecode(meta);
-    switch (oru_do_typedef_meta_get_category(type)) {
-        case ORU_TYPEDEF_ENUM:
-            return ORU_DO_TYPE_ENUMERATION;
-        case ORU_TYPEDEF_SEQUENCE:
-            return ORU_DO_TYPE_SEQUENCE;
-        case ORU_TYPEDEF_CHOICE:
-            return ORU_DO_TYPE_CHOICE;
-        default:
-            return oru_do_typedef_meta_get_simple_type(type);
-    }
 }
 
 /* The constraints of the property, and those of its type. */
@@ -260,7 +244,7 @@ class ModelReader {
         AttributeType attribute;
         attribute.name = text_of(name);
         attribute.role = role;
-        attribute.type = role == AttributeType::Role::peer ? ORU_DO_TYPE_MR_URI : type_of(meta);
+        attribute.type = value_type_of(meta);
         attribute.is_many = is_many(meta);
         attribute.type_name = type_name_of(meta);
         attribute.secrecy = secrecy_of(attribute.type_name);
